@@ -1,0 +1,37 @@
+#ifndef INVOICECRITERIA_H
+#define INVOICECRITERIA_H
+
+#include <QDate>
+#include <QString>
+
+// Search conditions of the invoice list and the reports. Every set condition
+// is joined with AND; dates are unset when null, numbers when negative.
+class InvoiceCriteria
+{
+public:
+    InvoiceCriteria();
+
+    void clear();
+    void copy(InvoiceCriteria* target) const;
+
+    QDate dateFrom;
+    QDate dateTo;
+    QDate dueDateFrom;
+    QDate dueDateTo;
+    QDate deliveryDateFrom;
+    QDate deliveryDateTo;
+    int numberFrom;
+    int numberTo;
+    int number;
+    int id;
+    int customerId;
+    int types; // bit n selects type n; negative selects all
+    int paymentStatus; // 0 paid, 1 unpaid, other both
+    QDate balanceDate; // when set, paymentStatus is judged by the caller at this date
+    QString referenceNumber;
+    QString text; // pattern over the row texts; * and ? are wildcards
+    int limit; // only a value above 0 limits
+    bool descending; // newest first: with limit, the latest invoices only
+};
+
+#endif // INVOICECRITERIA_H

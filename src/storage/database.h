@@ -1,0 +1,60 @@
+#ifndef DATABASE_H
+#define DATABASE_H
+
+#include <QObject>
+#include <QSqlQuery>
+#include <QString>
+
+class QSettings;
+class Query;
+
+// One open database: SQLite or PostgreSQL. open() creates a missing database
+// when allowed and brings an older schema up to version 10 step by step.
+class Database : public QObject
+{
+    Q_OBJECT
+public:
+    explicit Database(const QString& connectionName, QObject* parent = nullptr);
+    ~Database() override;
+
+    QString connectionName() const { return m_connectionName; }
+
+public slots:
+    // entry: the settings group of one configured database (its array element).
+    virtual bool open(QSettings* entry) = 0;
+    void close();
+    void setCreateIfNotExist(bool create);
+    bool isCreateIfNotExist() const;
+    virtual bool driverAvailable() const = 0;
+    virtual bool exists() const = 0;
+    bool transaction();
+    bool commit();
+    bool rollback();
+    QString lastError();
+    // A new query on this connection; the caller owns it.
+    virtual Query* query();
+    virtual bool upgrade1To2(QSqlQuery& query);
+    virtual bool upgrade2To3(QSqlQuery& query);
+    virtual bool upgrade3To4(QSqlQuery& query);
+    virtual bool upgrade4To5(QSqlQuery& query);
+    virtual bool upgrade5To6(QSqlQuery& query);
+    virtual bool upgrade6To7(QSqlQuery& query);
+    virtual bool upgrade7To8(QSqlQuery& query);
+    virtual bool upgrade8To9(QSqlQuery& query);
+    virtual bool upgrade9To10(QSqlQuery& query);
+    bool queryExec(QSqlQuery& query, const QString& sql);
+
+protected:
+    // Runs step "from -> from+1" of the schema upgrade.
+    bool upgradeStep(int from, QSqlQuery& query);
+    // Runs the statements of a resource file (one per line) and writes the
+    // initial data in a transaction.
+    bool createTables(const QString& resource, const QString& companyName);
+
+    QString m_connectionName;
+    bool m_createIfNotExist = false;
+    bool m_existed = false;
+    QString m_lastError;
+};
+
+#endif // DATABASE_H
