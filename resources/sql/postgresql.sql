@@ -1,0 +1,15 @@
+CREATE TABLE product (id integer PRIMARY KEY NOT NULL, number varchar(10) NOT NULL, name varchar(100) NOT NULL, unit_code varchar(10) NOT NULL, amount bigint NOT NULL, vat_rate integer NOT NULL, vat_excluded boolean NOT NULL, category varchar(100) NOT NULL)
+CREATE SEQUENCE product_id_seq;
+CREATE TABLE bank_account (id integer PRIMARY KEY NOT NULL, name varchar(50) NOT NULL, short_name varchar(50) NOT NULL, iban varchar(50) NOT NULL, bic varchar(50) NOT NULL, row_number integer NOT NULL, visible boolean NOT NULL, deleted boolean NOT NULL)
+CREATE SEQUENCE bank_account_id_seq;
+CREATE TABLE customer (id integer PRIMARY KEY NOT NULL, number integer NOT NULL, name varchar(200) NOT NULL, street_name varchar(100) NOT NULL, post_code varchar(10) NOT NULL, town_name varchar(100) NOT NULL, country varchar(100) NOT NULL, contact varchar(100) NOT NULL, vat_number varchar(50) NOT NULL, reference_number varchar(50) NOT NULL, email_address varchar(100) NOT NULL, phone_number varchar(100) NOT NULL, payment_terms varchar(100) NOT NULL, properties text NOT NULL, deleted boolean NOT NULL)
+CREATE SEQUENCE customer_id_seq;
+CREATE TABLE invoice (id integer PRIMARY KEY NOT NULL, customer_id integer NOT NULL, type integer NOT NULL, number integer NOT NULL, date date NOT NULL, payment_terms varchar(100) NOT NULL, delivery varchar(100) NOT NULL, delivery_date date, buyer_ref varchar(100) NOT NULL, seller_ref varchar(100) NOT NULL, interest_on_arrears integer NOT NULL, due_date date NOT NULL, reference_number varchar(50) NOT NULL, total_amount integer NOT NULL, balance integer NOT NULL, tags integer NOT NULL DEFAULT 0, properties text NOT NULL, FOREIGN KEY (customer_id) REFERENCES customer (id))
+CREATE SEQUENCE invoice_id_seq;
+CREATE TABLE invoice_item (id integer PRIMARY KEY NOT NULL, invoice_id integer NOT NULL, product_number varchar(10) NOT NULL, product_name varchar(100) NOT NULL, quantity bigint NOT NULL, unit_code varchar(10) NOT NULL, amount bigint NOT NULL, vat_rate integer NOT NULL, vat_excluded boolean NOT NULL, discount integer NOT NULL, text text NOT NULL, row_number integer NOT NULL, FOREIGN KEY (invoice_id) REFERENCES invoice (id))
+CREATE SEQUENCE invoice_item_id_seq;
+CREATE TABLE payment (id integer PRIMARY KEY NOT NULL, invoice_id integer NOT NULL, date date NOT NULL, bank_account_id integer, amount integer NOT NULL, FOREIGN KEY (invoice_id) REFERENCES invoice (id), FOREIGN KEY (bank_account_id) REFERENCES bank_account (id))
+CREATE SEQUENCE payment_id_seq;
+CREATE TABLE print_script (id integer PRIMARY KEY NOT NULL, type varchar(50) NOT NULL, name varchar(100) NOT NULL, source_code text NOT NULL)
+CREATE SEQUENCE print_script_id_seq;
+CREATE TABLE settings (version integer NOT NULL, seller_name varchar(100) NOT NULL, seller_street_name varchar(100) NOT NULL, seller_post_code varchar(10) NOT NULL, seller_town_name varchar(100) NOT NULL, seller_country varchar(100) NOT NULL, seller_business_id varchar(50) NOT NULL, seller_logo bytea NOT NULL, properties text NOT NULL, PRIMARY KEY (version))
