@@ -1,0 +1,417 @@
+#include "registry.h"
+
+#include "core/filelogger.h"
+#include "domain/bankaccount.h"
+#include "domain/customer.h"
+#include "domain/logging.h"
+#include "domain/printscript.h"
+#include "domain/product.h"
+#include "domain/settings.h"
+#include "storage/database.h"
+#include "storage/query.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QSettings>
+
+namespace {
+
+template<typename T>
+T* findById(const QList<T*>& list, int id, bool& found)
+{
+    for (T* item : list) {
+        if (item->id == id) {
+            found = true;
+            return item;
+        }
+    }
+    found = false;
+    return nullptr;
+}
+
+template<typename T>
+int indexById(const QList<T*>& list, int id)
+{
+    for (int i = 0; i < list.size(); ++i) {
+        if (list.at(i)->id == id)
+            return i;
+    }
+    return -1;
+}
+
+template<typename T>
+void appendCopies(const QList<T*>& source, QList<T*>& target)
+{
+    for (const T* item : source) {
+        T* copy = new T();
+        item->copy(copy);
+        target.append(copy);
+    }
+}
+
+} // namespace
+
+Registry::Registry(QObject* parent) : QObject(parent), m_settings(new Settings()) { }
+
+Registry::~Registry()
+{
+    deleteCachedLists();
+    delete m_settings;
+    delete m_appSettings;
+}
+
+void Registry::loadSettings(const QString& configFile)
+{
+    delete m_appSettings;
+    if (configFile.isEmpty()) {
+        m_appSettings = new QSettings(QSettings::IniFormat, QSettings::UserScope,
+            QStringLiteral("Veklari"), QStringLiteral("Veklari"));
+    } else {
+        m_appSettings = new QSettings(configFile, QSettings::IniFormat);
+    }
+
+    // Only the last directory level is made: a configuration path whose
+    // parent is missing is most likely a typing error.
+    const QString dirPath = QFileInfo(m_appSettings->fileName()).absolutePath();
+    if (!QFileInfo::exists(dirPath))
+        QDir().mkdir(dirPath);
+}
+
+void Registry::setupLogging()
+{
+    installFileLogger();
+
+    m_appSettings->beginGroup(QStringLiteral("logging"));
+    QString fileName = m_appSettings->value(QStringLiteral("filename")).toString();
+    if (fileName.isEmpty()) {
+        fileName = QStringLiteral("Veklari.log");
+        m_appSettings->setValue(QStringLiteral("filename"), fileName);
+    }
+    if (!m_appSettings->contains(QStringLiteral("enabled")))
+        m_appSettings->setValue(QStringLiteral("enabled"), true);
+    const bool enabled = m_appSettings->value(QStringLiteral("enabled"), true).toBool();
+    if (!m_appSettings->contains(QStringLiteral("debugEnabled")))
+        m_appSettings->setValue(QStringLiteral("debugEnabled"), false);
+    const bool debugEnabled = m_appSettings->value(QStringLiteral("debugEnabled"), false).toBool();
+    m_appSettings->endGroup();
+
+    if (fileName != QLatin1String("-") && QFileInfo(fileName).isRelative())
+        fileName = QFileInfo(m_appSettings->fileName()).absoluteDir().filePath(fileName);
+
+    FileLogger* logger = FileLogger::getInstance();
+    logger->setOutputFileName(fileName);
+    logger->setEnabled(enabled);
+    logger->setDebugEnabled(debugEnabled);
+
+    qCDebug(logUi).noquote() << QStringLiteral("%1 %2").arg(
+        QCoreApplication::applicationName(), QCoreApplication::applicationVersion());
+}
+
+QSettings* Registry::appSettings() const
+{
+    return m_appSettings;
+}
+
+Database* Registry::database() const
+{
+    return m_database;
+}
+
+void Registry::setDatabase(Database* database)
+{
+    m_database = database;
+}
+
+int Registry::databaseNumber() const
+{
+    return m_databaseNumber;
+}
+
+void Registry::setDatabaseNumber(int number)
+{
+    m_databaseNumber = number;
+}
+
+bool Registry::isConnected() const
+{
+    return m_connected;
+}
+
+void Registry::setConnected(bool connected)
+{
+    m_connected = connected;
+    if (!connected) {
+        // Product views hold pointers into the list: let them reset.
+        emit beginUpdateProducts();
+        deleteCachedLists();
+        emit endUpdateProducts();
+    }
+}
+
+Settings* Registry::settings() const
+{
+    return m_settings;
+}
+
+bool Registry::fetchSettings(Query* query)
+{
+    if (!query->fetchSettings())
+        return false;
+    // A database without a settings row works with the defaults.
+    if (query->next())
+        query->settings(m_settings);
+    else
+        m_settings->clear();
+    return true;
+}
+
+bool Registry::fetchCustomers(Query* query)
+{
+    qDeleteAll(m_customers);
+    m_customers.clear();
+    if (!query->fetchCustomers())
+        return false;
+    while (query->next()) {
+        Customer* customer = new Customer();
+        query->customer(customer);
+        m_customers.append(customer);
+    }
+    emit customersFetched();
+    return true;
+}
+
+int Registry::customerCount() const
+{
+    return m_customers.size();
+}
+
+Customer* Registry::customerAt(int index) const
+{
+    return m_customers.value(index, nullptr);
+}
+
+Customer* Registry::customerById(int id, bool& found) const
+{
+    return findById(m_customers, id, found);
+}
+
+Customer* Registry::customerByNumber(int number, bool& found) const
+{
+    for (Customer* customer : m_customers) {
+        if (customer->number == number) {
+            found = true;
+            return customer;
+        }
+    }
+    found = false;
+    return nullptr;
+}
+
+void Registry::copyCustomersTo(QList<Customer*>& target) const
+{
+    appendCopies(m_customers, target);
+}
+
+void Registry::copyCustomersFrom(const QList<Customer*>& source)
+{
+    qDeleteAll(m_customers);
+    m_customers.clear();
+    appendCopies(source, m_customers);
+    emit customersFetched();
+}
+
+bool Registry::fetchProducts(Query* query)
+{
+    emit beginUpdateProducts();
+    qDeleteAll(m_products);
+    m_products.clear();
+    bool ok = query->fetchProducts();
+    if (ok) {
+        while (query->next()) {
+            Product* product = new Product();
+            query->product(product);
+            m_products.append(product);
+        }
+    }
+    emit endUpdateProducts();
+    return ok;
+}
+
+int Registry::productCount() const
+{
+    return m_products.size();
+}
+
+Product* Registry::productAt(int index) const
+{
+    return m_products.value(index, nullptr);
+}
+
+Product* Registry::productById(int id, bool& found) const
+{
+    return findById(m_products, id, found);
+}
+
+Product* Registry::productByNumber(const QString& number, bool& found) const
+{
+    for (Product* product : m_products) {
+        if (product->number == number) {
+            found = true;
+            return product;
+        }
+    }
+    found = false;
+    return nullptr;
+}
+
+int Registry::productIndexById(int id) const
+{
+    return indexById(m_products, id);
+}
+
+void Registry::copyProducts(QList<Product*>& target) const
+{
+    appendCopies(m_products, target);
+}
+
+bool Registry::fetchBankAccounts(Query* query)
+{
+    qDeleteAll(m_bankAccounts);
+    m_bankAccounts.clear();
+    if (!query->fetchBankAccounts())
+        return false;
+    while (query->next()) {
+        BankAccount* account = new BankAccount();
+        query->bankAccount(account);
+        m_bankAccounts.append(account);
+    }
+    emit bankAccountsFetched();
+    return true;
+}
+
+int Registry::bankAccountCount() const
+{
+    return m_bankAccounts.size();
+}
+
+BankAccount* Registry::bankAccountAt(int index) const
+{
+    return m_bankAccounts.value(index, nullptr);
+}
+
+BankAccount* Registry::bankAccountById(int id, bool& found) const
+{
+    return findById(m_bankAccounts, id, found);
+}
+
+int Registry::bankAccountIndexById(int id) const
+{
+    return indexById(m_bankAccounts, id);
+}
+
+void Registry::copyBankAccountsTo(QList<BankAccount*>& target) const
+{
+    appendCopies(m_bankAccounts, target);
+}
+
+void Registry::copyBankAccountsFrom(const QList<BankAccount*>& source)
+{
+    qDeleteAll(m_bankAccounts);
+    m_bankAccounts.clear();
+    appendCopies(source, m_bankAccounts);
+    emit bankAccountsFetched();
+}
+
+bool Registry::fetchPrintScripts(Query* query)
+{
+    qDeleteAll(m_printScripts);
+    m_printScripts.clear();
+    // Only id, type and name: the source code is read when a script runs.
+    if (!query->fetchPrintScriptSummaries())
+        return false;
+    while (query->next()) {
+        PrintScript* script = new PrintScript();
+        query->printScriptSummary(script);
+        m_printScripts.append(script);
+    }
+    return true;
+}
+
+int Registry::printScriptCount() const
+{
+    return m_printScripts.size();
+}
+
+PrintScript* Registry::printScriptAt(int index) const
+{
+    return m_printScripts.value(index, nullptr);
+}
+
+int Registry::printScriptIndexById(int id) const
+{
+    return indexById(m_printScripts, id);
+}
+
+int Registry::printScriptIndexByName(const QString& name) const
+{
+    for (int i = 0; i < m_printScripts.size(); ++i) {
+        if (m_printScripts.at(i)->name == name)
+            return i;
+    }
+    return -1;
+}
+
+int Registry::printScriptIndexByType(const QString& type) const
+{
+    for (int i = 0; i < m_printScripts.size(); ++i) {
+        if (m_printScripts.at(i)->type == type)
+            return i;
+    }
+    return -1;
+}
+
+void Registry::copyPrintScripts(QList<PrintScript*>& target) const
+{
+    appendCopies(m_printScripts, target);
+}
+
+QStringList Registry::availableLanguages() const
+{
+    return { tr("fi - suomi"), tr("sv - ruotsi"), tr("en - englanti") };
+}
+
+QString Registry::parseLanguageCode(const QString& text)
+{
+    const int dash = text.indexOf(QLatin1Char('-'));
+    if (dash < 0)
+        return text;
+    return text.left(dash).trimmed();
+}
+
+QStringList Registry::builtInPrintScriptNames() const
+{
+    return { tr("Oletuslaskupohja") };
+}
+
+QStringList Registry::builtInPrintScriptFilenames() const
+{
+    return { tr("invoice") };
+}
+
+QList<int> Registry::builtInPrintScriptIds() const
+{
+    return { -1 };
+}
+
+void Registry::deleteCachedLists()
+{
+    qDeleteAll(m_customers);
+    m_customers.clear();
+    qDeleteAll(m_products);
+    m_products.clear();
+    qDeleteAll(m_bankAccounts);
+    m_bankAccounts.clear();
+    qDeleteAll(m_printScripts);
+    m_printScripts.clear();
+}
