@@ -1,10 +1,12 @@
 #include "decimal.h"
 
 #include <QDebug>
+#include <QMetaType>
 
-QDebug operator<<(QDebug debug, const Decimal& decimal)
+namespace {
+
+QString decimalToString(const Decimal& decimal)
 {
-    QDebugStateSaver saver(debug);
     const qint64 value = decimal.toLongLong();
     const int scale = decimal.scale();
     // Work on the unsigned magnitude so that the smallest qint64 prints too.
@@ -20,6 +22,35 @@ QDebug operator<<(QDebug debug, const Decimal& decimal)
     }
     if (value < 0)
         text.prepend(QLatin1Char('-'));
-    debug.noquote().nospace() << text;
+    return text;
+}
+
+double decimalToDouble(const Decimal& decimal)
+{
+    // One division by an exact power of ten keeps the result the nearest
+    // double to the decimal value.
+    double power = 1.0;
+    for (int i = 0; i < decimal.scale() && i < 22; ++i)
+        power *= 10.0;
+    return double(decimal.toLongLong()) / power;
+}
+
+} // namespace
+
+void Decimal::registerMetaType()
+{
+    static const bool registered = [] {
+        qRegisterMetaType<Decimal>("Decimal");
+        QMetaType::registerConverter<Decimal, QString>(&decimalToString);
+        QMetaType::registerConverter<Decimal, double>(&decimalToDouble);
+        return true;
+    }();
+    Q_UNUSED(registered);
+}
+
+QDebug operator<<(QDebug debug, const Decimal& decimal)
+{
+    QDebugStateSaver saver(debug);
+    debug.noquote().nospace() << decimalToString(decimal);
     return debug;
 }

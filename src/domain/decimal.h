@@ -18,6 +18,11 @@ public:
     int scale() const { return m_scale; }
     QVariant toVariant() const { return QVariant::fromValue(*this); }
 
+    // Registers the type with Qt's meta-type system, with conversions to
+    // QString ("123.45") and double, so that item views and scripts can read
+    // a Decimal held in a QVariant. Safe to call more than once.
+    static void registerMetaType();
+
     bool operator==(const Decimal& other) const
     {
         return m_value == other.m_value && m_scale == other.m_scale;

@@ -1,6 +1,8 @@
 #include "invoice.h"
 #include "entityutil.h"
 
+#include <QRegularExpression>
+
 Invoice::Invoice()
 {
     clear();
@@ -98,4 +100,17 @@ QString Invoice::propertiesToString() const
 void Invoice::propertiesFromString(const QString& text)
 {
     EntityUtil::propertiesFromString(text, properties);
+}
+
+QDate Invoice::calculateDueDate() const
+{
+    static const QRegularExpression daysPattern(QStringLiteral("(\\d+)"));
+    const QRegularExpressionMatch match = daysPattern.match(paymentTerms);
+    if (!match.hasMatch())
+        return QDate();
+    bool ok = false;
+    const int days = match.captured(1).toInt(&ok);
+    if (!ok)
+        return QDate();
+    return date.addDays(days);
 }
