@@ -33,11 +33,11 @@ private slots:
             << Q_INT64_C(125000) << Q_INT64_C(100800) << Q_INT64_C(125000) << Q_INT64_C(2016)
             << Q_INT64_C(2500) << 0;
         // 10 % off: 22,50, the discount 2,50; 22,50 / 1,24 = 18,145 -> 18,15.
-        QTest::addRow("with 10 % discount")
+        QTest::addRow("with 10 %% discount")
             << Q_INT64_C(20000) << Q_INT64_C(125000) << 1000 << 2400 << false << Q_INT64_C(100800)
             << Q_INT64_C(125000) << Q_INT64_C(90700) << Q_INT64_C(112500) << Q_INT64_C(1815)
             << Q_INT64_C(2250) << 250;
-        QTest::addRow("VAT excluded 14 %")
+        QTest::addRow("VAT excluded 14 %%")
             << Q_INT64_C(30000) << Q_INT64_C(50000) << 0 << 1400 << true << Q_INT64_C(50000)
             << Q_INT64_C(57000) << Q_INT64_C(50000) << Q_INT64_C(57000) << Q_INT64_C(1500)
             << Q_INT64_C(1710) << 0;
@@ -56,11 +56,11 @@ private slots:
         QTest::addRow("half cent negative") << Q_INT64_C(-10000) << Q_INT64_C(50) << 0 << 0 << true
                                             << Q_INT64_C(50) << Q_INT64_C(50) << Q_INT64_C(50)
                                             << Q_INT64_C(50) << Q_INT64_C(-1) << Q_INT64_C(-1) << 0;
-        QTest::addRow("25.5 % with discount")
+        QTest::addRow("25.5 %% with discount")
             << Q_INT64_C(15000) << Q_INT64_C(33333) << 1500 << 2550 << true << Q_INT64_C(33333)
             << Q_INT64_C(41833) << Q_INT64_C(28333) << Q_INT64_C(35558) << Q_INT64_C(425)
             << Q_INT64_C(533) << 95;
-        QTest::addRow("13.5 % with discount")
+        QTest::addRow("13.5 %% with discount")
             << Q_INT64_C(25000) << Q_INT64_C(19900) << 500 << 1350 << false << Q_INT64_C(17500)
             << Q_INT64_C(19900) << Q_INT64_C(16700) << Q_INT64_C(18905) << Q_INT64_C(416)
             << Q_INT64_C(473) << 25;

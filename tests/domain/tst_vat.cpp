@@ -147,11 +147,11 @@ private slots:
         QTest::addColumn<qint64>("amount");
         QTest::addColumn<int>("rate");
         QTest::addColumn<qint64>("expected");
-        QTest::addRow("24 %") << Q_INT64_C(100000) << 2400 << Q_INT64_C(124000);
-        QTest::addRow("24 % rounds up") << Q_INT64_C(12345) << 2400 << Q_INT64_C(15308);
-        QTest::addRow("24 % negative") << Q_INT64_C(-12345) << 2400 << Q_INT64_C(-15308);
-        QTest::addRow("25.5 %") << Q_INT64_C(10000) << 2550 << Q_INT64_C(12550);
-        QTest::addRow("25.5 % half") << Q_INT64_C(2) << 2550 << Q_INT64_C(3);
+        QTest::addRow("24 %%") << Q_INT64_C(100000) << 2400 << Q_INT64_C(124000);
+        QTest::addRow("24 %% rounds up") << Q_INT64_C(12345) << 2400 << Q_INT64_C(15308);
+        QTest::addRow("24 %% negative") << Q_INT64_C(-12345) << 2400 << Q_INT64_C(-15308);
+        QTest::addRow("25.5 %%") << Q_INT64_C(10000) << 2550 << Q_INT64_C(12550);
+        QTest::addRow("25.5 %% half") << Q_INT64_C(2) << 2550 << Q_INT64_C(3);
         QTest::addRow("zero rate") << Q_INT64_C(777) << 0 << Q_INT64_C(777);
     }
 
@@ -170,13 +170,13 @@ private slots:
         QTest::addColumn<qint64>("expected");
         // 10^9 times the factor shows the truncated nine-digit factor itself:
         // an untruncated 1 / 1.24 would give 806451613 here.
-        QTest::addRow("factor 24 %") << Q_INT64_C(1000000000) << 2400 << Q_INT64_C(806451612);
-        QTest::addRow("factor 25.5 %") << Q_INT64_C(1000000000) << 2550 << Q_INT64_C(796812749);
-        QTest::addRow("factor 14 %") << Q_INT64_C(1000000000) << 1400 << Q_INT64_C(877192982);
-        QTest::addRow("factor 13.5 %") << Q_INT64_C(1000000000) << 1350 << Q_INT64_C(881057268);
-        QTest::addRow("factor 10 %") << Q_INT64_C(1000000000) << 1000 << Q_INT64_C(909090909);
-        QTest::addRow("cents 24 %") << Q_INT64_C(2500) << 2400 << Q_INT64_C(2016);
-        QTest::addRow("price 24 %") << Q_INT64_C(125000) << 2400 << Q_INT64_C(100806);
+        QTest::addRow("factor 24 %%") << Q_INT64_C(1000000000) << 2400 << Q_INT64_C(806451612);
+        QTest::addRow("factor 25.5 %%") << Q_INT64_C(1000000000) << 2550 << Q_INT64_C(796812749);
+        QTest::addRow("factor 14 %%") << Q_INT64_C(1000000000) << 1400 << Q_INT64_C(877192982);
+        QTest::addRow("factor 13.5 %%") << Q_INT64_C(1000000000) << 1350 << Q_INT64_C(881057268);
+        QTest::addRow("factor 10 %%") << Q_INT64_C(1000000000) << 1000 << Q_INT64_C(909090909);
+        QTest::addRow("cents 24 %%") << Q_INT64_C(2500) << 2400 << Q_INT64_C(2016);
+        QTest::addRow("price 24 %%") << Q_INT64_C(125000) << 2400 << Q_INT64_C(100806);
         QTest::addRow("negative") << Q_INT64_C(-2500) << 2400 << Q_INT64_C(-2016);
         // 1240 * 0.806451612 = 999.99999888: the truncated factor still
         // rounds back to 1000.
@@ -264,19 +264,19 @@ private slots:
         QTest::addColumn<qint64>("vat");
         // Default mode: VAT taken once from each rate's VAT-included sum:
         // 3500 / 1.24 = 2822.58 -> 2823, 1710 / 1.14 = 1500.
-        QTest::addRow("default 24 %")
+        QTest::addRow("default 24 %%")
             << 0 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2823) << Q_INT64_C(677);
-        QTest::addRow("default 14 %")
+        QTest::addRow("default 14 %%")
             << 0 << 1400 << Q_INT64_C(1710) << Q_INT64_C(1500) << Q_INT64_C(210);
-        QTest::addRow("default 0 %") << 0 << 0 << Q_INT64_C(199) << Q_INT64_C(199) << Q_INT64_C(0);
+        QTest::addRow("default 0 %%") << 0 << 0 << Q_INT64_C(199) << Q_INT64_C(199) << Q_INT64_C(0);
         QTest::addRow("mode 1 is default")
             << 1 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2823) << Q_INT64_C(677);
         // Mode 2: the rows' own VAT-excluded totals, 2016 + 806.
-        QTest::addRow("mode 2 24 %")
+        QTest::addRow("mode 2 24 %%")
             << 2 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2822) << Q_INT64_C(678);
-        QTest::addRow("mode 2 14 %")
+        QTest::addRow("mode 2 14 %%")
             << 2 << 1400 << Q_INT64_C(1710) << Q_INT64_C(1500) << Q_INT64_C(210);
-        QTest::addRow("mode 2 0 %") << 2 << 0 << Q_INT64_C(199) << Q_INT64_C(199) << Q_INT64_C(0);
+        QTest::addRow("mode 2 0 %%") << 2 << 0 << Q_INT64_C(199) << Q_INT64_C(199) << Q_INT64_C(0);
         QTest::addRow("unknown rate") << 0 << 1000 << Q_INT64_C(0) << Q_INT64_C(0) << Q_INT64_C(0);
         QTest::addRow("unknown rate mode 2")
             << 2 << 1000 << Q_INT64_C(0) << Q_INT64_C(0) << Q_INT64_C(0);
@@ -353,9 +353,9 @@ private slots:
         QTest::addColumn<int>("rate");
         QTest::addColumn<qint64>("included");
         QTest::addColumn<qint64>("excluded");
-        QTest::addRow("excluded 24 %")
+        QTest::addRow("excluded 24 %%")
             << true << Q_INT64_C(1000) << 2400 << Q_INT64_C(1240) << Q_INT64_C(1000);
-        QTest::addRow("included 24 %")
+        QTest::addRow("included 24 %%")
             << false << Q_INT64_C(1240) << 2400 << Q_INT64_C(1240) << Q_INT64_C(1000);
         QTest::addRow("interest without VAT")
             << true << Q_INT64_C(1523) << 0 << Q_INT64_C(1523) << Q_INT64_C(1523);
