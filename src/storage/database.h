@@ -10,6 +10,8 @@ class Query;
 
 // One open database: SQLite or PostgreSQL. open() creates a missing database
 // when allowed and brings an older schema up to version 10 step by step.
+// Each back-end uses one fixed connection name, so only one database of a
+// kind is open at a time.
 class Database : public QObject
 {
     Q_OBJECT
@@ -18,6 +20,9 @@ public:
     ~Database() override;
 
     QString connectionName() const { return m_connectionName; }
+
+    // The schema version that this program creates and upgrades to.
+    static constexpr int currentVersion = 10;
 
 public slots:
     // entry: the settings group of one configured database (its array element).
@@ -30,6 +35,7 @@ public slots:
     bool transaction();
     bool commit();
     bool rollback();
+    // Our own failure text when there is one, else the connection's.
     QString lastError();
     // A new query on this connection; the caller owns it.
     virtual Query* query();
@@ -47,9 +53,13 @@ public slots:
 protected:
     // Runs step "from -> from+1" of the schema upgrade.
     bool upgradeStep(int from, QSqlQuery& query);
+    // Logs the progress line of a step and runs its statements in order,
+    // stopping at the first failure.
+    bool runUpgradeStatements(int toVersion, QSqlQuery& query, const QStringList& statements);
     // Runs the statements of a resource file (one per line) and writes the
     // initial data in a transaction.
     bool createTables(const QString& resource, const QString& companyName);
+    void setLastError(const QString& text);
 
     QString m_connectionName;
     bool m_createIfNotExist = false;

@@ -1,6 +1,7 @@
 #ifndef QUERY_H
 #define QUERY_H
 
+#include <QDate>
 #include <QObject>
 #include <QSqlQuery>
 #include <QString>
@@ -74,10 +75,15 @@ public:
         const PaymentCriteria& paymentCriteria, const InvoiceCriteria& invoiceCriteria);
     void invoiceAndPayment(Invoice* invoice, Payment* payment);
 
-    // Balance-at-date mode of the reports: the sum of each listed invoice's
-    // payments up to a date, read pairwise with paymentAmount().
+    // Balance-at-date mode of the reports. When it is on and the criteria
+    // carry a balanceDate, fetchInvoiceSummaries() and
+    // fetchInvoiceDetails(criteria) read each invoice's balance as its total
+    // minus the payments dated on or before that date.
     void setInvoiceBalanceMode(bool on);
     bool invoiceBalanceMode() const;
+    // The sum of the payments dated on or before date of each invoice that
+    // matches the criteria and has such payments, by invoice id; read the
+    // rows with next() and paymentAmount().
     bool fetchPaymentAmounts(const InvoiceCriteria& criteria, const QDate& date);
     void paymentAmount(int* invoiceId, long long* amount);
 
@@ -121,13 +127,13 @@ protected:
     bool execQuery();
     void bindValues(const QVariantList& values);
 
-    virtual bool insertBankAccount(BankAccount* account);
-    virtual bool insertCustomer(Customer* customer);
-    virtual bool insertInvoice(Invoice* invoice);
-    virtual bool insertInvoiceItem(InvoiceItem* item);
-    virtual bool insertPayment(Payment* payment);
-    virtual bool insertPrintScript(PrintScript* script);
-    virtual bool insertProduct(Product* product);
+    bool insertBankAccount(BankAccount* account);
+    bool insertCustomer(Customer* customer);
+    bool insertInvoice(Invoice* invoice);
+    bool insertInvoiceItem(InvoiceItem* item);
+    bool insertPayment(Payment* payment);
+    bool insertPrintScript(PrintScript* script);
+    bool insertProduct(Product* product);
     bool updateBankAccount(BankAccount* account);
     bool updateCustomer(Customer* customer);
     bool updateInvoice(Invoice* invoice);
@@ -148,6 +154,14 @@ protected:
     // Dialect: "LIKE" and " ESCAPE '\'" in SQLite.
     virtual QString patternOperator() const;
     virtual QString escapeClause() const;
+    // The id expression of an INSERT into table ("NULL" in SQLite) and the
+    // id the INSERT just made; -1 when it cannot be read.
+    virtual QString newIdValue(const QString& table) const;
+    virtual int insertedId(const QString& table);
+
+    bool fetchInvoices(const QString& columns, const InvoiceCriteria& criteria);
+    bool fail();
+    bool runStatement(const QString& sql, const QVariantList& values);
 
     QSqlQuery m_query;
     QString m_lastError;

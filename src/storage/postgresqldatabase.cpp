@@ -1,0 +1,143 @@
+#include "postgresqldatabase.h"
+#include "domain/logging.h"
+#include "postgresqlquery.h"
+
+#include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlError>
+
+PostgreSQLDatabase::PostgreSQLDatabase(QObject* parent)
+    : Database(QStringLiteral("postgresql"), parent)
+{
+}
+
+bool PostgreSQLDatabase::driverAvailable() const
+{
+    return QSqlDatabase::isDriverAvailable(QStringLiteral("QPSQL"));
+}
+
+bool PostgreSQLDatabase::exists() const
+{
+    return m_existed;
+}
+
+Query* PostgreSQLDatabase::query()
+{
+    QSqlQuery q(QSqlDatabase::database(m_connectionName, false));
+    q.setForwardOnly(true);
+    return new PostgreSQLQuery(std::move(q));
+}
+
+bool PostgreSQLDatabase::open(QSettings* entry)
+{
+    m_lastError.clear();
+    const QString host
+        = entry->value(QStringLiteral("host"), QStringLiteral("localhost")).toString();
+    const int port = entry->value(QStringLiteral("port"), 5432).toInt();
+    const QString databaseName
+        = entry->value(QStringLiteral("databaseName"), QStringLiteral("veklari")).toString();
+    const QString username = entry->value(QStringLiteral("username")).toString();
+    const QString password = entry->value(QStringLiteral("password")).toString();
+    if (host.isEmpty() || databaseName.isEmpty()) {
+        m_lastError = tr("Tietokantapalvelimen tai tietokannan nimi puuttuu");
+        return false;
+    }
+
+    qCDebug(logDatabase).noquote() << QStringLiteral("Avataan tietokanta postgresql://%1:%2/%3")
+                                          .arg(host)
+                                          .arg(port)
+                                          .arg(databaseName);
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_connectionName);
+        db.setHostName(host);
+        db.setPort(port);
+        db.setDatabaseName(databaseName);
+        db.setUserName(username);
+        db.setPassword(password);
+    }
+
+    m_existed = true;
+    if (!QSqlDatabase::database(m_connectionName, false).open()) {
+        const QSqlError error = QSqlDatabase::database(m_connectionName, false).lastError();
+        m_lastError = error.text();
+        // The driver's message ends in a line feed; the test is on the words.
+        m_existed = !error.databaseText().trimmed().endsWith(QLatin1String("does not exist"));
+        if (m_existed || !isCreateIfNotExist()) {
+            qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+            return false;
+        }
+        if (!createDatabase(databaseName))
+            return false;
+    }
+
+    bool create = !m_existed;
+    if (m_existed) {
+        const int result = upgrade();
+        if (result == -2)
+            create = true;
+        else if (result < 0)
+            return false;
+    }
+    if (create) {
+        m_lastError.clear();
+        return createTables(QStringLiteral(":/sql/postgresql.sql"),
+            entry->value(QStringLiteral("name")).toString());
+    }
+    return true;
+}
+
+bool PostgreSQLDatabase::createDatabase(const QString& databaseName)
+{
+    qCDebug(logDatabase).noquote() << "Luodaan tietokanta";
+    QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
+    db.setDatabaseName(QStringLiteral("postgres"));
+    bool ok = db.open();
+    if (ok) {
+        QSqlQuery query(db);
+        ok = queryExec(query, QStringLiteral("CREATE DATABASE %1").arg(databaseName));
+        if (ok)
+            qCDebug(logDatabase).noquote() << "Tietokannan luonti onnistui";
+    } else {
+        m_lastError = db.lastError().text();
+        qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+    }
+    db.close();
+    if (!ok)
+        return false;
+
+    db.setDatabaseName(databaseName);
+    if (!db.open()) {
+        m_lastError = db.lastError().text();
+        qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+        db.close();
+        return false;
+    }
+    m_lastError.clear();
+    return true;
+}
+
+int PostgreSQLDatabase::upgrade()
+{
+    QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+    if (!queryExec(query, QStringLiteral("SELECT version FROM settings")))
+        return query.lastError().text().contains(QLatin1String("does not exist")) ? -2 : -1;
+    if (!query.next()) {
+        m_lastError = tr("Tietokannan versiota ei löytynyt");
+        qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+        return -1;
+    }
+    const int version = query.value(0).toInt();
+    if (version >= currentVersion || version < 1)
+        return version;
+
+    query.finish();
+    bool ok = false;
+    for (int from = version; from < currentVersion; ++from)
+        ok = upgradeStep(from, query);
+    if (!ok) {
+        qCWarning(logDatabase).noquote()
+            << "Tietokannan päivittäminen epäonnistui:" << query.lastError().text();
+        return -1;
+    }
+    return currentVersion;
+}

@@ -1,0 +1,28 @@
+#ifndef POSTGRESQLDATABASE_H
+#define POSTGRESQLDATABASE_H
+
+#include "database.h"
+
+// A database on a PostgreSQL server. Entry keys: "host", "port",
+// "databaseName", "username", "password". A missing database is created
+// through the server's "postgres" database when creation is allowed.
+class PostgreSQLDatabase : public Database
+{
+    Q_OBJECT
+public:
+    explicit PostgreSQLDatabase(QObject* parent = nullptr);
+
+public slots:
+    bool open(QSettings* entry) override;
+    bool driverAvailable() const override;
+    bool exists() const override;
+    Query* query() override;
+
+protected:
+    // -2 when the schema is missing, -1 on failure, else the version found
+    // (10 after a successful upgrade).
+    int upgrade();
+    bool createDatabase(const QString& databaseName);
+};
+
+#endif // POSTGRESQLDATABASE_H

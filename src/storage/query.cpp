@@ -1,0 +1,1102 @@
+#include "query.h"
+#include "domain/bankaccount.h"
+#include "domain/customer.h"
+#include "domain/invoice.h"
+#include "domain/invoicecriteria.h"
+#include "domain/invoiceitem.h"
+#include "domain/logging.h"
+#include "domain/payment.h"
+#include "domain/paymentcriteria.h"
+#include "domain/printscript.h"
+#include "domain/product.h"
+#include "domain/settings.h"
+
+#include <QSqlError>
+#include <QStringList>
+
+namespace {
+
+// Qt's drivers bind a null QString as SQL NULL, and the text columns are
+// NOT NULL: an empty text goes in as a non-null empty string.
+QVariant textValue(const QString& text)
+{
+    if (text.isNull())
+        return QVariant(QString(QLatin1String("")));
+    return QVariant(text);
+}
+
+QVariant dateValue(const QDate& date)
+{
+    if (date.isValid())
+        return QVariant(date);
+    return QVariant(QMetaType::fromType<QDate>());
+}
+
+QVariant foreignKeyValue(int id)
+{
+    if (id < 0)
+        return QVariant(QMetaType::fromType<int>());
+    return QVariant(id);
+}
+
+QDate toDate(const QVariant& value)
+{
+    if (value.isNull())
+        return QDate();
+    // SQLite hands dates back as "yyyy-MM-dd" text, PostgreSQL as QDate.
+    if (value.typeId() == QMetaType::QDate)
+        return value.toDate();
+    return QDate::fromString(value.toString(), Qt::ISODate);
+}
+
+int toForeignKey(const QVariant& value)
+{
+    return value.isNull() ? -1 : value.toInt();
+}
+
+const QString invoiceDetailColumns = QStringLiteral(
+    "id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, "
+    "seller_ref, interest_on_arrears, due_date, reference_number, total_amount, %1, properties");
+const QString invoiceSummaryColumns = QStringLiteral(
+    "id, customer_id, type, number, date, due_date, delivery_date, reference_number, "
+    "total_amount, %1");
+const QString invoiceItemColumns = QStringLiteral(
+    "SELECT id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, "
+    "vat_excluded, discount, text, row_number FROM invoice_item");
+const QString paymentColumns
+    = QStringLiteral("SELECT id, invoice_id, date, bank_account_id, amount FROM payment");
+
+} // namespace
+
+Query::Query(QSqlQuery query, QObject* parent) : QObject(parent), m_query(std::move(query)) { }
+
+Query::~Query() = default;
+
+QString Query::lastError() const
+{
+    return m_lastError;
+}
+
+bool Query::next()
+{
+    return m_query.next();
+}
+
+bool Query::prepareQuery(const QString& sql)
+{
+    qCDebug(logDatabase).noquote() << "Tietokantakysely:" << sql;
+    if (m_query.prepare(sql))
+        return true;
+    return fail();
+}
+
+bool Query::execQuery()
+{
+    if (m_query.exec())
+        return true;
+    return fail();
+}
+
+bool Query::fail()
+{
+    m_lastError = m_query.lastError().text();
+    qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+    return false;
+}
+
+void Query::bindValues(const QVariantList& values)
+{
+    for (const QVariant& value : values)
+        m_query.addBindValue(value);
+}
+
+QString Query::patternOperator() const
+{
+    return QStringLiteral("LIKE");
+}
+
+QString Query::escapeClause() const
+{
+    return QStringLiteral(" ESCAPE '\\'");
+}
+
+QString Query::newIdValue(const QString& table) const
+{
+    Q_UNUSED(table)
+    return QStringLiteral("NULL");
+}
+
+int Query::insertedId(const QString& table)
+{
+    Q_UNUSED(table)
+    const QVariant id = m_query.lastInsertId();
+    return id.isValid() ? id.toInt() : -1;
+}
+
+// Readers
+
+bool Query::fetchBankAccounts()
+{
+    return prepareQuery(
+               QStringLiteral("SELECT id, name, short_name, iban, bic, row_number, visible, "
+                              "deleted FROM bank_account ORDER BY row_number"))
+        && execQuery();
+}
+
+void Query::bankAccount(BankAccount* account)
+{
+    account->id = m_query.value(0).toInt();
+    account->name = m_query.value(1).toString();
+    account->shortName = m_query.value(2).toString();
+    account->iban = m_query.value(3).toString();
+    account->bic = m_query.value(4).toString();
+    account->rowNumber = m_query.value(5).toInt();
+    account->visible = m_query.value(6).toBool();
+    account->deleted = m_query.value(7).toBool();
+}
+
+bool Query::fetchCustomers()
+{
+    return prepareQuery(QStringLiteral(
+               "SELECT id, number, name, street_name, post_code, town_name, country, contact, "
+               "vat_number, reference_number, email_address, phone_number, payment_terms, "
+               "properties, deleted FROM customer ORDER BY number"))
+        && execQuery();
+}
+
+void Query::customer(Customer* customer)
+{
+    customer->id = m_query.value(0).toInt();
+    customer->number = m_query.value(1).toInt();
+    customer->name = m_query.value(2).toString();
+    customer->streetName = m_query.value(3).toString();
+    customer->postCode = m_query.value(4).toString();
+    customer->townName = m_query.value(5).toString();
+    customer->country = m_query.value(6).toString();
+    customer->contact = m_query.value(7).toString();
+    customer->vatNumber = m_query.value(8).toString();
+    customer->referenceNumber = m_query.value(9).toString();
+    customer->emailAddress = m_query.value(10).toString();
+    customer->phoneNumber = m_query.value(11).toString();
+    customer->paymentTerms = m_query.value(12).toString();
+    customer->propertiesFromString(m_query.value(13).toString());
+    customer->deleted = m_query.value(14).toBool();
+}
+
+bool Query::fetchProducts()
+{
+    return prepareQuery(
+               QStringLiteral("SELECT id, number, name, unit_code, amount, vat_rate, vat_excluded, "
+                              "category FROM product ORDER BY number"))
+        && execQuery();
+}
+
+void Query::product(Product* product)
+{
+    product->id = m_query.value(0).toInt();
+    product->number = m_query.value(1).toString();
+    product->name = m_query.value(2).toString();
+    product->unitCode = m_query.value(3).toString();
+    product->amount = m_query.value(4).toLongLong();
+    product->vatRate = m_query.value(5).toInt();
+    product->vatExcluded = m_query.value(6).toBool();
+    product->category = m_query.value(7).toString();
+}
+
+bool Query::fetchSettings()
+{
+    return prepareQuery(QStringLiteral(
+               "SELECT seller_name, seller_street_name, seller_post_code, seller_town_name, "
+               "seller_country, seller_business_id, seller_logo, properties FROM settings LIMIT 1"))
+        && execQuery();
+}
+
+void Query::settings(Settings* settings)
+{
+    settings->sellerName = m_query.value(0).toString();
+    settings->sellerStreetName = m_query.value(1).toString();
+    settings->sellerPostCode = m_query.value(2).toString();
+    settings->sellerTownName = m_query.value(3).toString();
+    settings->sellerCountry = m_query.value(4).toString();
+    settings->sellerBusinessId = m_query.value(5).toString();
+    settings->sellerLogo = m_query.value(6).toByteArray();
+    settings->propertiesFromString(m_query.value(7).toString());
+}
+
+bool Query::fetchPrintScriptSummaries()
+{
+    return prepareQuery(
+               QStringLiteral("SELECT id, type, name FROM print_script ORDER BY type, name"))
+        && execQuery();
+}
+
+void Query::printScriptSummary(PrintScript* script)
+{
+    script->id = m_query.value(0).toInt();
+    script->type = m_query.value(1).toString();
+    script->name = m_query.value(2).toString();
+}
+
+bool Query::fetchPrintScriptDetails()
+{
+    return prepareQuery(QStringLiteral(
+               "SELECT id, type, name, source_code FROM print_script ORDER BY type, name"))
+        && execQuery();
+}
+
+bool Query::fetchPrintScriptDetails(int id)
+{
+    if (!prepareQuery(QStringLiteral(
+            "SELECT id, type, name, source_code FROM print_script WHERE id = ? LIMIT 1")))
+        return false;
+    m_query.addBindValue(id);
+    return execQuery();
+}
+
+void Query::printScriptDetails(PrintScript* script)
+{
+    printScriptSummary(script);
+    script->sourceCode = m_query.value(3).toString();
+}
+
+bool Query::fetchPrintScript(int id, PrintScript* script)
+{
+    if (id < 0 || !fetchPrintScriptDetails(id) || !next())
+        return false;
+    printScriptDetails(script);
+    return true;
+}
+
+bool Query::fetchInvoiceDetails(int id)
+{
+    if (!prepareQuery(QStringLiteral("SELECT %1 FROM invoice WHERE id = ? LIMIT 1")
+                          .arg(invoiceDetailColumns.arg(QStringLiteral("balance")))))
+        return false;
+    m_query.addBindValue(id);
+    return execQuery();
+}
+
+bool Query::fetchInvoices(const QString& columns, const InvoiceCriteria& criteria)
+{
+    QVariantList values;
+    QString balance = QStringLiteral("balance");
+    if (m_invoiceBalanceMode && criteria.balanceDate.isValid()) {
+        balance = QStringLiteral("total_amount - COALESCE((SELECT sum(p.amount) FROM payment p "
+                                 "WHERE p.invoice_id = invoice.id AND p.date <= ?), 0)");
+        values.append(criteria.balanceDate);
+    }
+    QString sql = QStringLiteral("SELECT %1 FROM invoice").arg(columns.arg(balance));
+    buildInvoiceWhereClause(criteria, sql, values, QString(), QStringLiteral(" WHERE "));
+    sql += QStringLiteral(" ORDER BY number");
+    if (criteria.descending)
+        sql += QStringLiteral(" DESC");
+    if (criteria.limit > 0)
+        sql += QStringLiteral(" LIMIT %1").arg(criteria.limit);
+    if (!prepareQuery(sql))
+        return false;
+    bindValues(values);
+    return execQuery();
+}
+
+bool Query::fetchInvoiceDetails(const InvoiceCriteria& criteria)
+{
+    return fetchInvoices(invoiceDetailColumns, criteria);
+}
+
+void Query::invoiceDetails(Invoice* invoice)
+{
+    invoice->id = m_query.value(0).toInt();
+    invoice->customerId = toForeignKey(m_query.value(1));
+    invoice->type = m_query.value(2).toInt();
+    invoice->number = m_query.value(3).toInt();
+    invoice->date = toDate(m_query.value(4));
+    invoice->paymentTerms = m_query.value(5).toString();
+    invoice->delivery = m_query.value(6).toString();
+    invoice->deliveryDate = toDate(m_query.value(7));
+    invoice->buyerRef = m_query.value(8).toString();
+    invoice->sellerRef = m_query.value(9).toString();
+    invoice->interestOnArrears = m_query.value(10).toInt();
+    invoice->dueDate = toDate(m_query.value(11));
+    invoice->referenceNumber = m_query.value(12).toString();
+    invoice->totalAmount = m_query.value(13).toInt();
+    invoice->balance = m_query.value(14).toInt();
+    invoice->propertiesFromString(m_query.value(15).toString());
+}
+
+bool Query::fetchInvoiceSummaries(const InvoiceCriteria& criteria)
+{
+    return fetchInvoices(invoiceSummaryColumns, criteria);
+}
+
+void Query::invoiceSummary(Invoice* invoice)
+{
+    invoice->id = m_query.value(0).toInt();
+    invoice->customerId = toForeignKey(m_query.value(1));
+    invoice->type = m_query.value(2).toInt();
+    invoice->number = m_query.value(3).toInt();
+    invoice->date = toDate(m_query.value(4));
+    invoice->dueDate = toDate(m_query.value(5));
+    invoice->deliveryDate = toDate(m_query.value(6));
+    invoice->referenceNumber = m_query.value(7).toString();
+    invoice->totalAmount = m_query.value(8).toInt();
+    invoice->balance = m_query.value(9).toInt();
+}
+
+int Query::fetchInvoiceCount(const InvoiceCriteria& criteria)
+{
+    QVariantList values;
+    QString sql = QStringLiteral("SELECT count(*) FROM invoice");
+    buildInvoiceWhereClause(criteria, sql, values, QString(), QStringLiteral(" WHERE "));
+    if (!prepareQuery(sql))
+        return -1;
+    bindValues(values);
+    if (!execQuery())
+        return -1;
+    if (!m_query.next()) {
+        m_lastError = tr("Laskujen määrää ei saatu luettua");
+        return -1;
+    }
+    return m_query.value(0).toInt();
+}
+
+int Query::maxInvoiceNumber()
+{
+    if (!prepareQuery(QStringLiteral("SELECT max(number) FROM invoice")) || !execQuery())
+        return -1;
+    if (!m_query.next())
+        return 0;
+    return m_query.value(0).toInt(); // NULL for an empty table reads as 0
+}
+
+bool Query::fetchInvoiceItems(int invoiceId)
+{
+    if (!prepareQuery(
+            invoiceItemColumns + QStringLiteral(" WHERE invoice_id = ? ORDER BY row_number")))
+        return false;
+    m_query.addBindValue(invoiceId);
+    return execQuery();
+}
+
+bool Query::fetchInvoiceItem(int id)
+{
+    if (!prepareQuery(invoiceItemColumns + QStringLiteral(" WHERE id = ?")))
+        return false;
+    m_query.addBindValue(id);
+    return execQuery();
+}
+
+bool Query::fetchInvoiceItems(const InvoiceCriteria& criteria)
+{
+    QVariantList values;
+    QString sql = QStringLiteral(
+        "SELECT r.id, r.invoice_id, r.product_number, r.product_name, r.quantity, r.unit_code, "
+        "r.amount, r.vat_rate, r.vat_excluded, r.discount, r.text, r.row_number FROM "
+        "invoice_item r INNER JOIN invoice i ON r.invoice_id = i.id WHERE r.invoice_id IN "
+        "(SELECT j.id FROM invoice j");
+    buildInvoiceWhereClause(criteria, sql, values, QStringLiteral("j."), QStringLiteral(" WHERE "));
+    sql += QStringLiteral(" ORDER BY j.number");
+    if (criteria.descending)
+        sql += QStringLiteral(" DESC");
+    if (criteria.limit > 0)
+        sql += QStringLiteral(" LIMIT %1").arg(criteria.limit);
+    sql += QStringLiteral(") ORDER BY i.number, r.row_number");
+    if (!prepareQuery(sql))
+        return false;
+    bindValues(values);
+    return execQuery();
+}
+
+void Query::invoiceItem(InvoiceItem* item)
+{
+    item->id = m_query.value(0).toInt();
+    item->invoiceId = m_query.value(1).toInt();
+    item->productNumber = m_query.value(2).toString();
+    item->productName = m_query.value(3).toString();
+    item->quantity = m_query.value(4).toLongLong();
+    item->unitCode = m_query.value(5).toString();
+    item->amount = m_query.value(6).toLongLong();
+    item->vatRate = m_query.value(7).toInt();
+    item->vatExcluded = m_query.value(8).toBool();
+    item->discount = m_query.value(9).toInt();
+    item->text = m_query.value(10).toString();
+    item->rowNumber = m_query.value(11).toInt();
+}
+
+bool Query::fetchPayments(int invoiceId)
+{
+    if (!prepareQuery(paymentColumns
+            + QStringLiteral(" WHERE invoice_id = ? ORDER BY date, bank_account_id")))
+        return false;
+    m_query.addBindValue(invoiceId);
+    return execQuery();
+}
+
+bool Query::fetchPayment(int id)
+{
+    if (!prepareQuery(paymentColumns + QStringLiteral(" WHERE id = ?")))
+        return false;
+    m_query.addBindValue(id);
+    return execQuery();
+}
+
+bool Query::fetchPayments(const PaymentCriteria& paymentCriteria)
+{
+    QVariantList values;
+    QString sql = paymentColumns;
+    buildPaymentWhereClause(
+        paymentCriteria, nullptr, sql, values, QString(), QStringLiteral(" WHERE "));
+    sql += QStringLiteral(" ORDER BY date, bank_account_id");
+    if (!prepareQuery(sql))
+        return false;
+    bindValues(values);
+    return execQuery();
+}
+
+bool Query::fetchPayments(
+    const PaymentCriteria& paymentCriteria, const InvoiceCriteria& invoiceCriteria)
+{
+    QVariantList values;
+    QString sql = QStringLiteral("SELECT p.id, p.invoice_id, p.date, p.bank_account_id, p.amount "
+                                 "FROM payment p INNER JOIN invoice i ON p.invoice_id = i.id");
+    buildPaymentWhereClause(paymentCriteria, &invoiceCriteria, sql, values, QStringLiteral("p."),
+        QStringLiteral(" WHERE "));
+    sql += QStringLiteral(" ORDER BY i.number, p.date, p.bank_account_id");
+    if (!prepareQuery(sql))
+        return false;
+    bindValues(values);
+    return execQuery();
+}
+
+void Query::payment(Payment* payment)
+{
+    payment->id = m_query.value(0).toInt();
+    payment->invoiceId = m_query.value(1).toInt();
+    payment->date = toDate(m_query.value(2));
+    payment->bankAccountId = toForeignKey(m_query.value(3));
+    payment->amount = m_query.value(4).toInt();
+}
+
+bool Query::fetchInvoicesAndPayments(
+    const PaymentCriteria& paymentCriteria, const InvoiceCriteria& invoiceCriteria)
+{
+    QVariantList values;
+    QString sql = QStringLiteral(
+        "SELECT i.id, i.customer_id, i.number, i.date, i.due_date, i.delivery_date, "
+        "i.total_amount, i.balance, p.id, p.invoice_id, p.date, p.bank_account_id, p.amount "
+        "FROM payment p INNER JOIN invoice i ON p.invoice_id = i.id");
+    buildPaymentWhereClause(paymentCriteria, &invoiceCriteria, sql, values, QStringLiteral("p."),
+        QStringLiteral(" WHERE "));
+    sql += QStringLiteral(" ORDER BY p.date, i.number");
+    if (!prepareQuery(sql))
+        return false;
+    bindValues(values);
+    return execQuery();
+}
+
+void Query::invoiceAndPayment(Invoice* invoice, Payment* payment)
+{
+    invoice->id = m_query.value(0).toInt();
+    invoice->customerId = toForeignKey(m_query.value(1));
+    invoice->number = m_query.value(2).toInt();
+    invoice->date = toDate(m_query.value(3));
+    invoice->dueDate = toDate(m_query.value(4));
+    invoice->deliveryDate = toDate(m_query.value(5));
+    invoice->totalAmount = m_query.value(6).toInt();
+    invoice->balance = m_query.value(7).toInt();
+    payment->id = m_query.value(8).toInt();
+    payment->invoiceId = m_query.value(9).toInt();
+    payment->date = toDate(m_query.value(10));
+    payment->bankAccountId = toForeignKey(m_query.value(11));
+    payment->amount = m_query.value(12).toInt();
+}
+
+void Query::setInvoiceBalanceMode(bool on)
+{
+    m_invoiceBalanceMode = on;
+}
+
+bool Query::invoiceBalanceMode() const
+{
+    return m_invoiceBalanceMode;
+}
+
+bool Query::fetchPaymentAmounts(const InvoiceCriteria& criteria, const QDate& date)
+{
+    QVariantList values { dateValue(date) };
+    QString sql = QStringLiteral("SELECT p.invoice_id, sum(p.amount) FROM payment p WHERE "
+                                 "p.date <= ? AND p.invoice_id IN (SELECT j.id FROM invoice j");
+    buildInvoiceWhereClause(criteria, sql, values, QStringLiteral("j."), QStringLiteral(" WHERE "));
+    sql += QStringLiteral(") GROUP BY p.invoice_id ORDER BY p.invoice_id");
+    if (!prepareQuery(sql))
+        return false;
+    bindValues(values);
+    return execQuery();
+}
+
+void Query::paymentAmount(int* invoiceId, long long* amount)
+{
+    *invoiceId = m_query.value(0).toInt();
+    *amount = m_query.value(1).toLongLong();
+}
+
+// Writers
+
+bool Query::saveBankAccount(BankAccount* account)
+{
+    return account->id < 0 ? insertBankAccount(account) : updateBankAccount(account);
+}
+
+bool Query::saveCustomer(Customer* customer)
+{
+    return customer->id < 0 ? insertCustomer(customer) : updateCustomer(customer);
+}
+
+bool Query::saveProduct(Product* product)
+{
+    return product->id < 0 ? insertProduct(product) : updateProduct(product);
+}
+
+bool Query::saveInvoice(Invoice* invoice)
+{
+    return invoice->id < 0 ? insertInvoice(invoice) : updateInvoice(invoice);
+}
+
+bool Query::saveInvoiceItem(InvoiceItem* item)
+{
+    return item->id < 0 ? insertInvoiceItem(item) : updateInvoiceItem(item);
+}
+
+bool Query::savePayment(Payment* payment)
+{
+    return payment->id < 0 ? insertPayment(payment) : updatePayment(payment);
+}
+
+bool Query::savePrintScript(PrintScript* script)
+{
+    return script->id < 0 ? insertPrintScript(script) : updatePrintScript(script);
+}
+
+void Query::bindBankAccount(BankAccount* account)
+{
+    m_query.addBindValue(textValue(account->name));
+    m_query.addBindValue(textValue(account->shortName));
+    m_query.addBindValue(textValue(account->iban));
+    m_query.addBindValue(textValue(account->bic));
+    m_query.addBindValue(account->rowNumber);
+    m_query.addBindValue(account->visible);
+    m_query.addBindValue(account->deleted);
+}
+
+void Query::bindCustomer(Customer* customer)
+{
+    m_query.addBindValue(customer->number);
+    m_query.addBindValue(textValue(customer->name));
+    m_query.addBindValue(textValue(customer->streetName));
+    m_query.addBindValue(textValue(customer->postCode));
+    m_query.addBindValue(textValue(customer->townName));
+    m_query.addBindValue(textValue(customer->country));
+    m_query.addBindValue(textValue(customer->contact));
+    m_query.addBindValue(textValue(customer->vatNumber));
+    m_query.addBindValue(textValue(customer->referenceNumber));
+    m_query.addBindValue(textValue(customer->emailAddress));
+    m_query.addBindValue(textValue(customer->phoneNumber));
+    m_query.addBindValue(textValue(customer->paymentTerms));
+    m_query.addBindValue(textValue(customer->propertiesToString()));
+    m_query.addBindValue(customer->deleted);
+}
+
+void Query::bindInvoice(Invoice* invoice)
+{
+    // A null invoice date or due date goes in as NULL and the NOT NULL
+    // columns refuse it: the save fails with the driver's message.
+    m_query.addBindValue(invoice->customerId);
+    m_query.addBindValue(invoice->type);
+    m_query.addBindValue(invoice->number);
+    m_query.addBindValue(dateValue(invoice->date));
+    m_query.addBindValue(textValue(invoice->paymentTerms));
+    m_query.addBindValue(textValue(invoice->delivery));
+    m_query.addBindValue(dateValue(invoice->deliveryDate));
+    m_query.addBindValue(textValue(invoice->buyerRef));
+    m_query.addBindValue(textValue(invoice->sellerRef));
+    m_query.addBindValue(invoice->interestOnArrears);
+    m_query.addBindValue(dateValue(invoice->dueDate));
+    m_query.addBindValue(textValue(invoice->referenceNumber));
+    m_query.addBindValue(invoice->totalAmount);
+    m_query.addBindValue(invoice->balance);
+    m_query.addBindValue(textValue(invoice->propertiesToString()));
+}
+
+void Query::bindInvoiceItem(InvoiceItem* item)
+{
+    m_query.addBindValue(item->invoiceId);
+    m_query.addBindValue(textValue(item->productNumber));
+    m_query.addBindValue(textValue(item->productName));
+    m_query.addBindValue(static_cast<qlonglong>(item->quantity));
+    m_query.addBindValue(textValue(item->unitCode));
+    m_query.addBindValue(static_cast<qlonglong>(item->amount));
+    m_query.addBindValue(item->vatRate);
+    m_query.addBindValue(item->vatExcluded);
+    m_query.addBindValue(item->discount);
+    m_query.addBindValue(textValue(item->text));
+    m_query.addBindValue(item->rowNumber);
+}
+
+void Query::bindPayment(Payment* payment)
+{
+    m_query.addBindValue(payment->invoiceId);
+    m_query.addBindValue(dateValue(payment->date));
+    m_query.addBindValue(foreignKeyValue(payment->bankAccountId));
+    m_query.addBindValue(payment->amount);
+}
+
+void Query::bindPrintScript(PrintScript* script)
+{
+    m_query.addBindValue(textValue(script->type));
+    m_query.addBindValue(textValue(script->name));
+    m_query.addBindValue(textValue(script->sourceCode));
+}
+
+void Query::bindProduct(Product* product)
+{
+    m_query.addBindValue(textValue(product->number));
+    m_query.addBindValue(textValue(product->name));
+    m_query.addBindValue(textValue(product->unitCode));
+    m_query.addBindValue(static_cast<qlonglong>(product->amount));
+    m_query.addBindValue(product->vatRate);
+    m_query.addBindValue(product->vatExcluded);
+    m_query.addBindValue(textValue(product->category));
+}
+
+void Query::bindSettings(Settings* settings)
+{
+    m_query.addBindValue(textValue(settings->sellerName));
+    m_query.addBindValue(textValue(settings->sellerStreetName));
+    m_query.addBindValue(textValue(settings->sellerPostCode));
+    m_query.addBindValue(textValue(settings->sellerTownName));
+    m_query.addBindValue(textValue(settings->sellerCountry));
+    m_query.addBindValue(textValue(settings->sellerBusinessId));
+    m_query.addBindValue(settings->sellerLogo.isNull() ? QByteArray("") : settings->sellerLogo);
+    m_query.addBindValue(textValue(settings->propertiesToString()));
+}
+
+bool Query::insertBankAccount(BankAccount* account)
+{
+    const QString table = QStringLiteral("bank_account");
+    if (!prepareQuery(
+            QStringLiteral("INSERT INTO bank_account (id, name, short_name, iban, bic, "
+                           "row_number, visible, deleted) VALUES (%1, ?, ?, ?, ?, ?, ?, ?)")
+                .arg(newIdValue(table))))
+        return false;
+    bindBankAccount(account);
+    if (!execQuery())
+        return false;
+    account->id = insertedId(table);
+    return account->id >= 0;
+}
+
+bool Query::updateBankAccount(BankAccount* account)
+{
+    if (!prepareQuery(QStringLiteral("UPDATE bank_account SET name=?, short_name=?, iban=?, "
+                                     "bic=?, row_number=?, visible=?, deleted=? WHERE id = ?")))
+        return false;
+    bindBankAccount(account);
+    m_query.addBindValue(account->id);
+    return execQuery();
+}
+
+bool Query::insertCustomer(Customer* customer)
+{
+    const QString table = QStringLiteral("customer");
+    if (!prepareQuery(QStringLiteral(
+            "INSERT INTO customer (id, number, name, street_name, post_code, town_name, "
+            "country, contact, vat_number, reference_number, email_address, phone_number, "
+            "payment_terms, properties, deleted) VALUES (%1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+            "?, ?, ?, ?)")
+                          .arg(newIdValue(table))))
+        return false;
+    bindCustomer(customer);
+    if (!execQuery())
+        return false;
+    customer->id = insertedId(table);
+    return customer->id >= 0;
+}
+
+bool Query::updateCustomer(Customer* customer)
+{
+    if (!prepareQuery(QStringLiteral(
+            "UPDATE customer SET number=?, name=?, street_name=?, post_code=?, town_name=?, "
+            "country=?, contact=?, vat_number=?, reference_number=?, email_address=?, "
+            "phone_number=?, payment_terms=?, properties=?, deleted=? WHERE id = ?")))
+        return false;
+    bindCustomer(customer);
+    m_query.addBindValue(customer->id);
+    return execQuery();
+}
+
+bool Query::insertInvoice(Invoice* invoice)
+{
+    const QString table = QStringLiteral("invoice");
+    if (!prepareQuery(QStringLiteral(
+            "INSERT INTO invoice (id, customer_id, type, number, date, payment_terms, "
+            "delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, "
+            "reference_number, total_amount, balance, properties) VALUES (%1, ?, ?, ?, ?, ?, "
+            "?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
+                          .arg(newIdValue(table))))
+        return false;
+    bindInvoice(invoice);
+    if (!execQuery())
+        return false;
+    invoice->id = insertedId(table);
+    return invoice->id >= 0;
+}
+
+bool Query::updateInvoice(Invoice* invoice)
+{
+    if (!prepareQuery(QStringLiteral(
+            "UPDATE invoice SET customer_id=?, type=?, number=?, date=?, payment_terms=?, "
+            "delivery=?, delivery_date=?, buyer_ref=?, seller_ref=?, interest_on_arrears=?, "
+            "due_date=?, reference_number=?, total_amount=?, balance=?, properties=? WHERE id = "
+            "?")))
+        return false;
+    bindInvoice(invoice);
+    m_query.addBindValue(invoice->id);
+    return execQuery();
+}
+
+bool Query::insertInvoiceItem(InvoiceItem* item)
+{
+    const QString table = QStringLiteral("invoice_item");
+    if (!prepareQuery(QStringLiteral(
+            "INSERT INTO invoice_item (id, invoice_id, product_number, product_name, "
+            "quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number) "
+            "VALUES (%1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
+                          .arg(newIdValue(table))))
+        return false;
+    bindInvoiceItem(item);
+    if (!execQuery())
+        return false;
+    item->id = insertedId(table);
+    return item->id >= 0;
+}
+
+bool Query::updateInvoiceItem(InvoiceItem* item)
+{
+    if (!prepareQuery(QStringLiteral(
+            "UPDATE invoice_item SET invoice_id=?, product_number=?, product_name=?, quantity=?, "
+            "unit_code=?, amount=?, vat_rate=?, vat_excluded=?, discount=?, text=?, row_number=? "
+            "WHERE id = ?")))
+        return false;
+    bindInvoiceItem(item);
+    m_query.addBindValue(item->id);
+    return execQuery();
+}
+
+bool Query::insertPayment(Payment* payment)
+{
+    const QString table = QStringLiteral("payment");
+    if (!prepareQuery(QStringLiteral("INSERT INTO payment (id, invoice_id, date, "
+                                     "bank_account_id, amount) VALUES (%1, ?, ?, ?, ?)")
+                          .arg(newIdValue(table))))
+        return false;
+    bindPayment(payment);
+    if (!execQuery())
+        return false;
+    payment->id = insertedId(table);
+    return payment->id >= 0;
+}
+
+bool Query::updatePayment(Payment* payment)
+{
+    if (!prepareQuery(QStringLiteral("UPDATE payment SET invoice_id=?, date=?, "
+                                     "bank_account_id=?, amount=? WHERE id = ?")))
+        return false;
+    bindPayment(payment);
+    m_query.addBindValue(payment->id);
+    return execQuery();
+}
+
+bool Query::insertPrintScript(PrintScript* script)
+{
+    const QString table = QStringLiteral("print_script");
+    if (!prepareQuery(QStringLiteral("INSERT INTO print_script (id, type, name, source_code) "
+                                     "VALUES (%1, ?, ?, ?)")
+                          .arg(newIdValue(table))))
+        return false;
+    bindPrintScript(script);
+    if (!execQuery())
+        return false;
+    script->id = insertedId(table);
+    return script->id >= 0;
+}
+
+bool Query::updatePrintScript(PrintScript* script)
+{
+    if (!prepareQuery(
+            QStringLiteral("UPDATE print_script SET type=?, name=?, source_code=? WHERE id = ?")))
+        return false;
+    bindPrintScript(script);
+    m_query.addBindValue(script->id);
+    return execQuery();
+}
+
+bool Query::insertProduct(Product* product)
+{
+    const QString table = QStringLiteral("product");
+    if (!prepareQuery(QStringLiteral("INSERT INTO product (id, number, name, unit_code, amount, "
+                                     "vat_rate, vat_excluded, category) VALUES (%1, ?, ?, ?, ?, "
+                                     "?, ?, ?)")
+                          .arg(newIdValue(table))))
+        return false;
+    bindProduct(product);
+    if (!execQuery())
+        return false;
+    product->id = insertedId(table);
+    return product->id >= 0;
+}
+
+bool Query::updateProduct(Product* product)
+{
+    if (!prepareQuery(QStringLiteral("UPDATE product SET number=?, name=?, unit_code=?, amount=?, "
+                                     "vat_rate=?, vat_excluded=?, category=? WHERE id = ?")))
+        return false;
+    bindProduct(product);
+    m_query.addBindValue(product->id);
+    return execQuery();
+}
+
+bool Query::insertSettings(Settings* settings)
+{
+    if (!prepareQuery(QStringLiteral(
+            "INSERT INTO settings (version, seller_name, seller_street_name, seller_post_code, "
+            "seller_town_name, seller_country, seller_business_id, seller_logo, properties) "
+            "VALUES (10, ?, ?, ?, ?, ?, ?, ?, ?)")))
+        return false;
+    bindSettings(settings);
+    return execQuery();
+}
+
+bool Query::updateSettings(Settings* settings)
+{
+    if (!prepareQuery(QStringLiteral(
+            "UPDATE settings SET seller_name=?, seller_street_name=?, seller_post_code=?, "
+            "seller_town_name=?, seller_country=?, seller_business_id=?, seller_logo=?, "
+            "properties=?")))
+        return false;
+    bindSettings(settings);
+    return execQuery();
+}
+
+bool Query::runStatement(const QString& sql, const QVariantList& values)
+{
+    if (!prepareQuery(sql))
+        return false;
+    bindValues(values);
+    return execQuery();
+}
+
+bool Query::deleteProduct(int id)
+{
+    return runStatement(QStringLiteral("DELETE FROM product WHERE id = ?"), { id });
+}
+
+bool Query::deleteBankAccount(int id)
+{
+    return runStatement(
+        QStringLiteral("UPDATE bank_account SET deleted = ? WHERE id = ?"), { true, id });
+}
+
+bool Query::deleteCustomer(int id)
+{
+    return runStatement(
+        QStringLiteral("UPDATE customer SET deleted = ? WHERE id = ?"), { true, id });
+}
+
+bool Query::deleteInvoice(int id)
+{
+    return runStatement(QStringLiteral("DELETE FROM invoice WHERE id = ?"), { id });
+}
+
+bool Query::deleteInvoicesBetween(int firstId, int lastId)
+{
+    return runStatement(
+        QStringLiteral("DELETE FROM invoice WHERE id BETWEEN ? AND ?"), { firstId, lastId });
+}
+
+bool Query::deleteInvoiceItem(int id)
+{
+    return runStatement(QStringLiteral("DELETE FROM invoice_item WHERE id = ?"), { id });
+}
+
+bool Query::deleteInvoiceItems(int invoiceId)
+{
+    return runStatement(
+        QStringLiteral("DELETE FROM invoice_item WHERE invoice_id = ?"), { invoiceId });
+}
+
+bool Query::deleteInvoiceItemsBetween(int firstInvoiceId, int lastInvoiceId)
+{
+    return runStatement(QStringLiteral("DELETE FROM invoice_item WHERE invoice_id BETWEEN ? AND ?"),
+        { firstInvoiceId, lastInvoiceId });
+}
+
+bool Query::deletePayment(int id)
+{
+    return runStatement(QStringLiteral("DELETE FROM payment WHERE id = ?"), { id });
+}
+
+bool Query::deletePayments(int invoiceId)
+{
+    return runStatement(QStringLiteral("DELETE FROM payment WHERE invoice_id = ?"), { invoiceId });
+}
+
+bool Query::deletePaymentsBetween(int firstInvoiceId, int lastInvoiceId)
+{
+    return runStatement(QStringLiteral("DELETE FROM payment WHERE invoice_id BETWEEN ? AND ?"),
+        { firstInvoiceId, lastInvoiceId });
+}
+
+bool Query::deletePrintScript(int id)
+{
+    return runStatement(QStringLiteral("DELETE FROM print_script WHERE id = ?"), { id });
+}
+
+bool Query::addInitialData(const QString& companyName)
+{
+    Settings settings;
+    settings.sellerName = companyName;
+    settings.setProperty(QStringLiteral("settings/paymentTerms"), tr("14 päivää netto"));
+    settings.setProperty(QStringLiteral("settings/periodForComplaints"), tr("8 päivää"));
+    settings.setProperty(QStringLiteral("settings/interestOnArrears"), 800);
+    settings.setProperty(
+        QStringLiteral("settings/productForInterestOnArrears"), QStringLiteral("999"));
+    settings.setProperty(QStringLiteral("invoiceForm/reminderText"),
+        tr("Pyydämme ystävällisesti maksamaan saatavamme. Mikäli kuitenkin olette jo "
+           "suorittaneet tämän laskun, tämä maksumuistutus on aiheeton."));
+    if (!insertSettings(&settings))
+        return false;
+
+    Product product;
+    product.number = QStringLiteral("999");
+    product.name = tr("Viivästyskorko");
+    return insertProduct(&product);
+}
+
+bool Query::buildInvoiceWhereClause(const InvoiceCriteria& criteria, QString& where,
+    QVariantList& values, const QString& prefix, const QString& keyword) const
+{
+    QStringList conditions;
+    auto add = [&](const QString& condition, const QVariantList& conditionValues) {
+        conditions.append(QString(condition).replace(QLatin1String("%1"), prefix));
+        values.append(conditionValues);
+    };
+
+    if (criteria.dateFrom.isValid())
+        add(QStringLiteral("%1date >= ?"), { criteria.dateFrom });
+    if (criteria.dateTo.isValid())
+        add(QStringLiteral("%1date <= ?"), { criteria.dateTo });
+    if (criteria.dueDateFrom.isValid())
+        add(QStringLiteral("%1due_date >= ?"), { criteria.dueDateFrom });
+    if (criteria.dueDateTo.isValid())
+        add(QStringLiteral("%1due_date <= ?"), { criteria.dueDateTo });
+
+    // An invoice without a delivery date counts as delivered on its date.
+    const QDate& start = criteria.deliveryDateFrom;
+    const QDate& end = criteria.deliveryDateTo;
+    if (start.isValid() && end.isValid() && start <= end) {
+        add(QStringLiteral("((%1delivery_date IS NOT NULL AND %1delivery_date BETWEEN ? AND ?) "
+                           "OR (%1delivery_date IS NULL AND %1date BETWEEN ? AND ?))"),
+            { start, end, start, end });
+    } else {
+        if (start.isValid()) {
+            add(QStringLiteral("((%1delivery_date IS NOT NULL AND %1delivery_date >= ?) OR "
+                               "(%1delivery_date IS NULL AND %1date >= ?))"),
+                { start, start });
+        }
+        if (end.isValid()) {
+            add(QStringLiteral("((%1delivery_date IS NOT NULL AND %1delivery_date <= ?) OR "
+                               "(%1delivery_date IS NULL AND %1date <= ?))"),
+                { end, end });
+        }
+    }
+
+    if (criteria.numberFrom >= 0)
+        add(QStringLiteral("%1number >= ?"), { criteria.numberFrom });
+    if (criteria.numberTo >= 0)
+        add(QStringLiteral("%1number <= ?"), { criteria.numberTo });
+    if (criteria.number >= 0)
+        add(QStringLiteral("%1number = ?"), { criteria.number });
+    if (criteria.id >= 0)
+        add(QStringLiteral("%1id = ?"), { criteria.id });
+    if (criteria.customerId >= 0)
+        add(QStringLiteral("%1customer_id = ?"), { criteria.customerId });
+    if (!criteria.referenceNumber.isEmpty())
+        add(QStringLiteral("%1reference_number = ?"), { criteria.referenceNumber });
+
+    if (criteria.types >= 0) {
+        QStringList types;
+        for (int type = 0; type < 31; ++type) {
+            if (criteria.types & (1 << type))
+                types.append(QStringLiteral("%1type = %2").arg(prefix).arg(type));
+        }
+        // An empty mask selects nothing rather than everything.
+        conditions.append(types.isEmpty()
+                ? QStringLiteral("1 = 0")
+                : QLatin1Char('(') + types.join(QLatin1String(" OR ")) + QLatin1Char(')'));
+    }
+
+    if (!criteria.balanceDate.isValid()) {
+        if (criteria.paymentStatus == 0)
+            add(QStringLiteral("%1balance = 0"), {});
+        else if (criteria.paymentStatus == 1)
+            add(QStringLiteral("%1balance <> 0"), {});
+    }
+
+    if (!criteria.text.isEmpty()) {
+        QString pattern = criteria.text;
+        pattern.replace(QLatin1Char('*'), QLatin1Char('%'));
+        pattern.replace(QLatin1Char('?'), QLatin1Char('_'));
+        add(QStringLiteral("%1id IN (SELECT invoice_id FROM invoice_item WHERE text ")
+                + patternOperator() + QStringLiteral(" ?") + escapeClause() + QLatin1Char(')'),
+            { pattern });
+    }
+
+    if (conditions.isEmpty())
+        return false;
+    where += keyword + conditions.join(QLatin1String(" AND "));
+    return true;
+}
+
+bool Query::buildPaymentWhereClause(const PaymentCriteria& paymentCriteria,
+    const InvoiceCriteria* invoiceCriteria, QString& where, QVariantList& values,
+    const QString& prefix, const QString& keyword) const
+{
+    QStringList conditions;
+    auto add = [&](const QString& condition, const QVariant& value) {
+        conditions.append(QString(condition).replace(QLatin1String("%1"), prefix));
+        values.append(value);
+    };
+    if (paymentCriteria.dateFrom.isValid())
+        add(QStringLiteral("%1date >= ?"), paymentCriteria.dateFrom);
+    if (paymentCriteria.dateTo.isValid())
+        add(QStringLiteral("%1date <= ?"), paymentCriteria.dateTo);
+    if (paymentCriteria.idFrom >= 0)
+        add(QStringLiteral("%1id >= ?"), paymentCriteria.idFrom);
+    if (paymentCriteria.idTo >= 0)
+        add(QStringLiteral("%1id <= ?"), paymentCriteria.idTo);
+    if (paymentCriteria.invoiceId >= 0)
+        add(QStringLiteral("%1invoice_id = ?"), paymentCriteria.invoiceId);
+    if (paymentCriteria.bankAccountId >= 0)
+        add(QStringLiteral("%1bank_account_id = ?"), paymentCriteria.bankAccountId);
+
+    if (invoiceCriteria) {
+        QString subSelect = prefix + QStringLiteral("invoice_id IN (SELECT j.id FROM invoice j");
+        buildInvoiceWhereClause(
+            *invoiceCriteria, subSelect, values, QStringLiteral("j."), QStringLiteral(" WHERE "));
+        conditions.append(subSelect + QLatin1Char(')'));
+    }
+
+    if (conditions.isEmpty())
+        return false;
+    where += keyword + conditions.join(QLatin1String(" AND "));
+    return true;
+}

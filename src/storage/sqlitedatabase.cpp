@@ -1,0 +1,149 @@
+#include "sqlitedatabase.h"
+#include "domain/logging.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlError>
+
+SQLiteDatabase::SQLiteDatabase(QObject* parent) : Database(QStringLiteral("sqlite"), parent) { }
+
+bool SQLiteDatabase::driverAvailable() const
+{
+    return QSqlDatabase::isDriverAvailable(QStringLiteral("QSQLITE"));
+}
+
+bool SQLiteDatabase::exists() const
+{
+    return m_existed;
+}
+
+bool SQLiteDatabase::open(QSettings* entry)
+{
+    m_lastError.clear();
+    m_fileName = entry->value(QStringLiteral("filename")).toString();
+    if (m_fileName.isEmpty()) {
+        m_lastError = tr("Tietokantatiedoston nimeä ei ole annettu");
+        return false;
+    }
+
+    m_existed = QFileInfo::exists(m_fileName);
+    qCDebug(logDatabase).noquote()
+        << QStringLiteral("Avataan tietokanta sqlite://%1").arg(m_fileName);
+
+    if (!m_existed && !isCreateIfNotExist()) {
+        // Not opened at all: the driver would leave an empty file behind.
+        m_lastError = tr("Tietokantatiedostoa %1 ei ole olemassa").arg(m_fileName);
+        return false;
+    }
+
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
+        db.setDatabaseName(m_fileName);
+        if (!db.open()) {
+            m_lastError = db.lastError().text();
+            qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+            return false;
+        }
+    }
+
+    if (!m_existed) {
+        m_existed = createTables(
+            QStringLiteral(":/sql/sqlite.sql"), entry->value(QStringLiteral("name")).toString());
+        if (!m_existed)
+            return false;
+    }
+    return upgrade(m_fileName);
+}
+
+bool SQLiteDatabase::upgrade(const QString& fileName)
+{
+    int version = 0;
+    {
+        QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+        if (!queryExec(query, QStringLiteral("SELECT version FROM settings")))
+            return false;
+        if (!query.isActive() || !query.next()) {
+            m_lastError = tr("Tietokannan versiota ei löytynyt");
+            qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+            return false;
+        }
+        version = query.value(0).toInt();
+    }
+    if (version >= currentVersion || version < 1)
+        return true;
+
+    // Every step runs even when an earlier one failed; the version row only
+    // advances through the steps that succeeded, and the result is the last.
+    QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+    bool ok = false;
+    for (int from = version; from < currentVersion; ++from) {
+        backup(fileName);
+        ok = upgradeStep(from, query);
+    }
+    return ok;
+}
+
+QDateTime SQLiteDatabase::currentDateTime() const
+{
+    return QDateTime::currentDateTime();
+}
+
+bool SQLiteDatabase::backup(const QString& fileName)
+{
+    const QFileInfo info(fileName);
+    const QString name = appendSuffixToFilename(
+        QStringLiteral("%1/backup-%2.sqlite")
+            .arg(info.absolutePath(),
+                currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"))));
+    if (QFile::copy(fileName, name))
+        return true;
+    qCWarning(logDatabase).noquote()
+        << "Tietokantavirhe:" << tr("Varmuuskopion %1 luonti epäonnistui").arg(name);
+    return false;
+}
+
+QString SQLiteDatabase::appendSuffixToFilename(const QString& fileName)
+{
+    if (!QFile::exists(fileName))
+        return fileName;
+    const QFileInfo info(fileName);
+    const QString suffix = info.completeSuffix();
+    QString base = fileName;
+    if (!suffix.isEmpty())
+        base.chop(suffix.size() + 1);
+    const QString dotSuffix = suffix.isEmpty() ? QString() : QLatin1Char('.') + suffix;
+    for (int counter = 1;; ++counter) {
+        const QString candidate = QStringLiteral("%1-%2%3").arg(base).arg(counter).arg(dotSuffix);
+        if (!QFile::exists(candidate))
+            return candidate;
+    }
+}
+
+bool SQLiteDatabase::upgrade3To4(QSqlQuery& query)
+{
+    return runUpgradeStatements(4, query,
+        { QStringLiteral("ALTER TABLE invoice_item ADD vat_excluded integer NOT NULL DEFAULT 0"),
+            QStringLiteral("ALTER TABLE product ADD vat_excluded integer NOT NULL DEFAULT 0"),
+            QStringLiteral("UPDATE settings SET version=4") });
+}
+
+bool SQLiteDatabase::upgrade8To9(QSqlQuery& query)
+{
+    // SQLite integers are 64-bit already: only the new column and the scale.
+    return runUpgradeStatements(9, query,
+        { QStringLiteral("ALTER TABLE invoice ADD tags integer NOT NULL DEFAULT 0"),
+            QStringLiteral(
+                "UPDATE invoice_item SET quantity = 100 * quantity, amount = 100 * amount"),
+            QStringLiteral("UPDATE product SET amount = 100 * amount"),
+            QStringLiteral("UPDATE settings SET version=9") });
+}
+
+bool SQLiteDatabase::upgrade9To10(QSqlQuery& query)
+{
+    return runUpgradeStatements(10, query,
+        { QStringLiteral("ALTER TABLE bank_account ADD visible boolean NOT NULL DEFAULT 1"),
+            QStringLiteral("UPDATE settings SET version=10") });
+}
