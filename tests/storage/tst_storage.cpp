@@ -1218,6 +1218,7 @@ void StorageTest::transactions()
 
 void StorageTest::logLines()
 {
+    QLoggingCategory::setFilterRules(QStringLiteral("veklari.database.debug=true"));
     LogCapture log("veklari.database");
     std::unique_ptr<Query> query(newQuery());
     QCOMPARE(query->maxInvoiceNumber(), 0);
