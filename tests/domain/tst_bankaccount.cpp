@@ -1,0 +1,163 @@
+#include "domain/bankaccount.h"
+
+#include <QTest>
+
+namespace {
+
+// IBAN check: the first four characters moved to the end, letters as two
+// digits (A = 10), the whole number modulo 97 is 1. Keeps the test accounts
+// real.
+bool isValidIban(const QString& iban)
+{
+    const QString moved = iban.mid(4) + iban.left(4);
+    int remainder = 0;
+    for (const QChar c : moved) {
+        if (c.isDigit())
+            remainder = (remainder * 10 + c.digitValue()) % 97;
+        else
+            remainder = (remainder * 100 + c.unicode() - 'A' + 10) % 97;
+    }
+    return remainder == 1;
+}
+
+// The printed account number to the 14-digit machine form: zeros after the
+// bank's six digits, or after the seventh digit for savings and cooperative
+// banks (groups 4 and 5).
+QString machineForm(const QString& printed)
+{
+    const QString bank = printed.section(QLatin1Char('-'), 0, 0);
+    QString rest = printed.section(QLatin1Char('-'), 1);
+    const bool afterSeventh
+        = bank.startsWith(QLatin1Char('4')) || bank.startsWith(QLatin1Char('5'));
+    const QString head = afterSeventh ? bank + rest.left(1) : bank;
+    if (afterSeventh)
+        rest.remove(0, 1);
+    return head + rest.rightJustified(14 - head.size(), QLatin1Char('0'));
+}
+
+} // namespace
+
+class TestBankAccount : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void ibanToBban_data()
+    {
+        QTest::addColumn<QString>("iban");
+        QTest::addColumn<QString>("bban");
+        QTest::addRow("finnish") << "FI2112345600000785"
+                                 << "12345600000785";
+        QTest::addRow("savings bank") << "FI3840552010002345"
+                                      << "40552010002345";
+        QTest::addRow("swedish unchanged") << "SE4550000000058398257466"
+                                           << "SE4550000000058398257466";
+        QTest::addRow("spaced unchanged") << "FI21 1234 5600 0007 85"
+                                          << "FI21 1234 5600 0007 85";
+        QTest::addRow("empty") << ""
+                               << "";
+    }
+
+    void ibanToBban()
+    {
+        QFETCH(QString, iban);
+        QFETCH(QString, bban);
+        if (iban.size() == 18 || iban.size() == 24)
+            QVERIFY(isValidIban(iban));
+        QCOMPARE(BankAccount::ibanToBban(iban), bban);
+    }
+
+    void formatIban_data()
+    {
+        QTest::addColumn<QString>("iban");
+        QTest::addColumn<QString>("formatted");
+        QTest::addRow("finnish") << "FI2112345600000785"
+                                 << "FI21 1234 5600 0007 85";
+        QTest::addRow("swedish") << "SE4550000000058398257466"
+                                 << "SE45 5000 0000 0583 9825 7466";
+        QTest::addRow("already spaced") << "FI21 1234 5600 0007 85"
+                                        << "FI21 1234 5600 0007 85";
+        QTest::addRow("short") << "FI2"
+                               << "FI2";
+        QTest::addRow("empty") << ""
+                               << "";
+    }
+
+    void formatIban()
+    {
+        QFETCH(QString, iban);
+        QFETCH(QString, formatted);
+        QCOMPARE(BankAccount::formatIban(iban), formatted);
+    }
+
+    void formatBban_data()
+    {
+        QTest::addColumn<QString>("iban");
+        QTest::addColumn<QString>("printed");
+        QTest::addRow("group 1") << "FI2112345600000785"
+                                 << "123456-785";
+        QTest::addRow("group 1, second") << "FI3715903000000776"
+                                         << "159030-776";
+        QTest::addRow("group 1, third") << "FI5810171000000122"
+                                        << "101710-122";
+        QTest::addRow("group 3") << "FI4431313000012344"
+                                 << "313130-12344";
+        QTest::addRow("group 8") << "FI7980001200070150"
+                                 << "800012-70150";
+        QTest::addRow("group 4") << "FI3840552010002345"
+                                 << "405520-12345";
+        QTest::addRow("group 4, second") << "FI5542345670000081"
+                                         << "423456-781";
+        QTest::addRow("group 4, guide account") << "FI7944052020036082"
+                                                << "440520-236082";
+        QTest::addRow("group 5") << "FI5857000120000346"
+                                 << "570001-2346";
+        QTest::addRow("group 5, short") << "FI2150000120000004"
+                                        << "500001-24";
+    }
+
+    void formatBban()
+    {
+        QFETCH(QString, iban);
+        QFETCH(QString, printed);
+        QVERIFY(isValidIban(iban));
+        const QString bban = BankAccount::ibanToBban(iban);
+        QCOMPARE(BankAccount::formatBban(bban), printed);
+        // And back: the printed number pads to the same machine form.
+        QCOMPARE(machineForm(printed), bban);
+    }
+
+    void formatBbanEdges_data()
+    {
+        QTest::addColumn<QString>("bban");
+        QTest::addColumn<QString>("printed");
+        QTest::addRow("spaces ignored") << "1234 5600 0007 85"
+                                        << "123456-785";
+        QTest::addRow("all zeros after bank") << "12345600000000"
+                                              << "123456-0";
+        QTest::addRow("group 5 all zeros") << "50000100000000"
+                                           << "500001-0";
+        QTest::addRow("no padding") << "12345612345678"
+                                    << "123456-12345678";
+        QTest::addRow("too short unchanged") << "1234"
+                                             << "1234";
+        QTest::addRow("printed form unchanged") << "123456-785"
+                                                << "123456-785";
+        QTest::addRow("letters unchanged") << "1234560000078X"
+                                           << "1234560000078X";
+        QTest::addRow("iban unchanged") << "FI2112345600000785"
+                                        << "FI2112345600000785";
+        QTest::addRow("empty") << ""
+                               << "";
+    }
+
+    void formatBbanEdges()
+    {
+        QFETCH(QString, bban);
+        QFETCH(QString, printed);
+        QCOMPARE(BankAccount::formatBban(bban), printed);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestBankAccount)
+#include "tst_bankaccount.moc"
