@@ -80,8 +80,11 @@ bool PostgreSQLDatabase::open(QSettings* entry)
     }
     if (create) {
         m_lastError.clear();
-        return createTables(QStringLiteral(":/sql/postgresql.sql"),
+        // As on SQLite, a database whose tables were just created counts as
+        // existing, so the caller does not ask to create it a second time.
+        m_existed = createTables(QStringLiteral(":/sql/postgresql.sql"),
             entry->value(QStringLiteral("name")).toString());
+        return m_existed;
     }
     return true;
 }
