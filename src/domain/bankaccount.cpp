@@ -1,5 +1,36 @@
 #include "bankaccount.h"
 
+bool BankAccount::isValidIban(const QString& iban)
+{
+    QString compact = iban.toUpper();
+    compact.remove(QLatin1Char(' '));
+    if (compact.size() < 15 || compact.size() > 34)
+        return false;
+    // Finnish accounts are always 18 characters long.
+    if (compact.startsWith(QLatin1String("FI")) && compact.size() != 18)
+        return false;
+    for (qsizetype i = 0; i < compact.size(); ++i) {
+        const QChar c = compact.at(i);
+        const bool letter = c >= QLatin1Char('A') && c <= QLatin1Char('Z');
+        const bool digit = c >= QLatin1Char('0') && c <= QLatin1Char('9');
+        if ((i < 2 && !letter) || (i >= 2 && i < 4 && !digit) || (!letter && !digit))
+            return false;
+    }
+    // The country code and check digits go to the end, letters become
+    // 10..35, and the remainder is taken digit by digit to stay small.
+    const QString rearranged = compact.mid(4) + compact.left(4);
+    int remainder = 0;
+    for (const QChar c : rearranged) {
+        if (c.isDigit()) {
+            remainder = (remainder * 10 + (c.unicode() - '0')) % 97;
+        } else {
+            const int value = c.unicode() - 'A' + 10;
+            remainder = (remainder * 100 + value) % 97;
+        }
+    }
+    return remainder == 1;
+}
+
 void BankAccount::copy(BankAccount* target) const
 {
     target->id = id;

@@ -15,6 +15,9 @@ public:
     static QString ibanToBban(const QString& iban);
     static QString formatIban(const QString& iban);
     static QString formatBban(const QString& bban);
+    // ISO 13616: country code, two check digits and the account, spaces
+    // allowed; the check digits must give 1 modulo 97.
+    static bool isValidIban(const QString& iban);
 
     int id = -1;
     QString name;
