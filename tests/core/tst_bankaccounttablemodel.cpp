@@ -206,7 +206,7 @@ void TestBankAccountTableModel::moveSkipsDeletedAccounts_data()
     QTest::addColumn<bool>("up");
     QTest::addColumn<int>("newRow");
     QTest::addColumn<QString>("order");
-    QTest::addRow("plain up") << QList<bool> { 0, 0, 0, 0 } << 2 << true << 1 << "A B* C* D";
+    QTest::addRow("plain up") << QList<bool> { 0, 0, 0, 0 } << 2 << true << 1 << "A C* B* D";
     QTest::addRow("plain down") << QList<bool> { 0, 0, 0, 0 } << 0 << false << 1 << "B* A* C D";
     QTest::addRow("over one deleted")
         << QList<bool> { 0, 1, 0, 0 } << 2 << true << 0 << "C* B A* D";
