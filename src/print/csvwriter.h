@@ -1,0 +1,42 @@
+#ifndef CSVWRITER_H
+#define CSVWRITER_H
+
+#include <QString>
+#include <QStringList>
+
+// Builds CSV text for spreadsheets and saves it as UTF-8. Fields holding the
+// delimiter, quotes or line breaks are quoted. Text cells that a spreadsheet
+// would take for a formula (starting with =, +, -, @, tab or carriage return)
+// get an apostrophe in front; numbers formatted by the program are written
+// as they are, so that negative amounts stay numbers.
+class CsvWriter
+{
+public:
+    explicit CsvWriter(const QString& delimiter = QStringLiteral(";"));
+
+    QString delimiter() const { return m_delimiter; }
+    void addText(const QString& text);
+    void addNumber(const QString& number);
+    void endRow();
+    // Adds every text with addText() and ends the row.
+    void addRow(const QStringList& texts);
+
+    // Rows end with CR LF.
+    QString text() const { return m_text; }
+    // Writes the text to a new file or replaces it whole; false with lastError().
+    bool save(const QString& fileName);
+    QString lastError() const { return m_lastError; }
+
+    static QString neutralizeFormula(const QString& text);
+    static QString quoteField(const QString& field, const QString& delimiter);
+
+private:
+    void addField(const QString& field);
+
+    QString m_delimiter;
+    QString m_text;
+    QString m_lastError;
+    bool m_rowStarted = false;
+};
+
+#endif // CSVWRITER_H
