@@ -263,9 +263,7 @@ Invoice.prototype.noticeText = function () {
 };
 
 Invoice.prototype.closingHeight = function () {
-    if (!this.payable)
-        return 4;
-    var height = 11;
+    var height = this.payable ? 11 : 4;
     var notice = this.noticeText();
     if (notice) {
         font(9);
@@ -274,7 +272,7 @@ Invoice.prototype.closingHeight = function () {
         setLineHeight(-1);
     }
     var rates = get(this.path + 'vat/length') || 0;
-    if (rates > 1)
+    if (rates > 1 && this.payable)
         height += 5 * (rates + 1) + 4;
     return height;
 };
@@ -431,19 +429,21 @@ function drawRow(d, columns, row, y) {
 
 /* The totals line, the notice text and the VAT breakdown. */
 function drawClosing(d, columns, y) {
-    setPen('#000', 0.2);
-    drawLine(LEFT, y, RIGHT, y);
-    if (!d.payable)
-        return;
     var p = d.path;
     var t = d.texts;
-    y += 1.5;
-    font(9, 'bold');
-    drawText(LEFT, y, columns.product.width - 2, t.total);
-    drawAmount(columns, 'vatExcluded', y, getCurrency(p + 'totalAmountVatExcluded'));
-    drawAmount(columns, 'vat', y, getCurrency(p + 'totalVatAmount'));
-    drawAmount(columns, 'total', y, getCurrency(p + 'totalAmount'));
-    y += 9.5;
+    setPen('#000', 0.2);
+    drawLine(LEFT, y, RIGHT, y);
+    if (d.payable) {
+        y += 1.5;
+        font(9, 'bold');
+        drawText(LEFT, y, columns.product.width - 2, t.total);
+        drawAmount(columns, 'vatExcluded', y, getCurrency(p + 'totalAmountVatExcluded'));
+        drawAmount(columns, 'vat', y, getCurrency(p + 'totalVatAmount'));
+        drawAmount(columns, 'total', y, getCurrency(p + 'totalAmount'));
+        y += 9.5;
+    } else {
+        y += 4;
+    }
 
     var notice = d.noticeText();
     if (notice) {
@@ -456,7 +456,7 @@ function drawClosing(d, columns, y) {
     }
 
     var rates = get(p + 'vat/length') || 0;
-    if (rates > 1) {
+    if (rates > 1 && d.payable) {
         var right = [120, 145, 170, 195];
         font(8, 'bold');
         drawText(75, y, 30, t.vatBreakdown);
@@ -527,25 +527,25 @@ function drawTransferForm(d) {
     drawLine(0, f, 210, f);
     drawLine(0, f + 17, 111.4, f + 17);
     drawLine(0, f + 27, 111.4, f + 27);
-    drawLine(22, f + 52, 111.4, f + 52);
+    drawLine(23, f + 52, 111.4, f + 52);
     drawLine(0, f + 61, 210, f + 61);
     drawLine(0, f + 69, 210, f + 69);
     drawLine(0, f + 77, 210, f + 77);
-    drawLine(22, f, 22, f + 77);
+    drawLine(23, f, 23, f + 77);
     drawLine(111.4, f, 111.4, f + 77);
     drawLine(131, f + 61, 131, f + 77);
     drawLine(160, f + 69, 160, f + 77);
 
     rotate(-90);
-    font(8, 'bold');
-    drawTextHCenter(-(f + 77), 1.5, 77, FORM_LABELS.caption);
+    font(7.5, 'bold');
+    drawTextHCenter(-(f + 77), 1.2, 77, FORM_LABELS.caption);
     rotate(90);
 
-    drawFormLabel(6, f + 1.2, FORM_LABELS.account);
-    drawFormLabel(6, f + 18.2, FORM_LABELS.receiver);
-    drawFormLabel(6, f + 28.2, FORM_LABELS.payer);
-    drawFormLabel(6, f + 53.2, FORM_LABELS.signature);
-    drawFormLabel(6, f + 62.2, FORM_LABELS.fromAccount);
+    drawFormLabel(4.8, f + 1.2, FORM_LABELS.account);
+    drawFormLabel(4.8, f + 18.2, FORM_LABELS.receiver);
+    drawFormLabel(4.8, f + 28.2, FORM_LABELS.payer);
+    drawFormLabel(4.8, f + 53.2, FORM_LABELS.signature);
+    drawFormLabel(4.8, f + 62.2, FORM_LABELS.fromAccount);
     drawFormLabel(113, f + 62.2, FORM_LABELS.reference);
     drawFormLabel(113, f + 70.2, FORM_LABELS.dueDate);
     font(7);
@@ -556,15 +556,15 @@ function drawTransferForm(d) {
     for (var i = 0; i < accounts; i++) {
         var a = 'seller/bankAccounts/' + i + '/';
         var y = f + 1.5 + i * 4.8;
-        drawText(24, y, 23, text(a + 'name'));
+        drawText(25, y, 22, text(a + 'name'));
         drawText(48, y, 41, text(a + 'iban'));
         drawText(90, y, 21, text(a + 'bic'));
     }
 
     font(10);
-    drawText(24, f + 18, 86, text('seller/name'));
+    drawText(25, f + 18, 85, text('seller/name'));
     font(9);
-    drawText(24, f + 22.5, 86, lines([text('seller/streetName'),
+    drawText(25, f + 22.5, 85, lines([text('seller/streetName'),
         lines([text('seller/postCode'), text('seller/townName')]).join(' ')]).join(', '));
 
     var c = p + 'customer/';
@@ -572,7 +572,7 @@ function drawTransferForm(d) {
         lines([text(c + 'postCode'), text(c + 'townName')]).join(' '), text(c + 'country')]);
     font(10);
     for (var j = 0; j < payer.length && j < 5; j++)
-        drawText(24, f + 28.5 + j * 4.5, 86, payer[j]);
+        drawText(25, f + 28.5 + j * 4.5, 85, payer[j]);
 
     font(9);
     drawText(114, f + 2, 85, 30, text(p + 'noticeText2'));

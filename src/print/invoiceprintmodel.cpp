@@ -139,7 +139,10 @@ void InvoicePrintModel::locateItems(int index)
         ++offset;
     int count = 0;
     while (offset + count < m_items.size() && m_items.at(offset + count)->invoiceId == owner->id) {
-        m_cacheVat.addInvoiceItem(m_items.at(offset + count));
+        // Description-only rows carry no amount and would add an empty rate.
+        const InvoiceItem* item = m_items.at(offset + count);
+        if (item->quantity != 0)
+            m_cacheVat.addInvoiceItem(item);
         ++count;
     }
     m_cacheOffset = offset;

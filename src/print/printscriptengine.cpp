@@ -89,7 +89,7 @@ bool PrintScriptEngine::print(QPdfWriter* writer)
 
 bool PrintScriptEngine::run(QPagedPaintDevice* device, QPainter* painter, int resolution)
 {
-    setError(QString());
+    clearError();
     duk_context* ctx = context();
     if (!ctx || !duk_get_global_string(ctx, "print") || !duk_is_function(ctx, -1)) {
         if (ctx)

@@ -72,6 +72,7 @@ protected:
     // Raises a TypeError with the message in the running script.
     void runtimeError(const QString& message);
     void setError(const QString& error);
+    void clearError() { m_lastError.clear(); }
     // Takes the error text from the value on top of the stack (the error's
     // stack trace when it is an error object).
     void errorFromStack();

@@ -1,0 +1,65 @@
+#ifndef INVOICEFIXTURE_H
+#define INVOICEFIXTURE_H
+
+#include "testdatabase.h"
+
+#include <QDate>
+#include <QList>
+#include <QString>
+#include <memory>
+
+class Invoice;
+class InvoiceItem;
+class Registry;
+
+// A small real business in a fresh SQLite database, loaded into a registry
+// the way the program does it: a seller with address, contact data and
+// business id, two visible bank accounts and a hidden one, and two
+// customers. Tests add invoices with addInvoice() and call refresh() after
+// changing stored data.
+//
+//   InvoiceFixture fixture;
+//   QVERIFY2(fixture.open(), qPrintable(fixture.lastError()));
+//   const int id = fixture.addInvoice(0, fixture.sampleItems());
+class InvoiceFixture
+{
+public:
+    InvoiceFixture();
+    ~InvoiceFixture();
+
+    bool open();
+    QString lastError() const { return m_lastError; }
+    Registry* registry() const { return m_registry.get(); }
+    TestDatabase* testDatabase() const { return m_database.get(); }
+
+    // Stores an invoice of the given type for the first customer with these
+    // rows; totals and balance follow the rows. Returns its id, -1 on failure.
+    int addInvoice(int type, const QList<InvoiceItem>& items, int number = 1001,
+        int customerIndex = 0, int paid = 0);
+    // The rows of a typical invoice: two VAT rates, a discount and a
+    // description-only row.
+    static QList<InvoiceItem> sampleItems();
+    // count rows with texts long enough to wrap now and then.
+    static QList<InvoiceItem> manyItems(int count);
+
+    // Sets a company setting and stores it.
+    bool setSetting(const QString& key, const QVariant& value);
+    // Stores a print script; returns its id.
+    int addPrintScript(const QString& name, const QString& type, const QString& source);
+    // Reloads the registry's cached lists from the database.
+    bool refresh();
+
+    int customerId(int index) const { return m_customerIds.value(index, -1); }
+    QString referenceNumber(int number) const;
+
+    static const QDate invoiceDate;
+    static const QDate dueDate;
+
+private:
+    std::unique_ptr<TestDatabase> m_database;
+    std::unique_ptr<Registry> m_registry;
+    QList<int> m_customerIds;
+    QString m_lastError;
+};
+
+#endif // INVOICEFIXTURE_H

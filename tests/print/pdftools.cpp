@@ -1,0 +1,84 @@
+#include "pdftools.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QXmlStreamReader>
+#include <QtDebug>
+
+namespace PdfTools {
+
+QByteArray run(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit
+        || process.exitCode() != 0) {
+        qWarning() << program << arguments << "failed:" << process.readAllStandardError();
+        return QByteArray();
+    }
+    return process.readAllStandardOutput();
+}
+
+int pageCount(const QString& fileName)
+{
+    const QString info = QString::fromUtf8(run(QStringLiteral("pdfinfo"), { fileName }));
+    const QRegularExpressionMatch match = QRegularExpression(
+        QStringLiteral("^Pages:\\s+(\\d+)"), QRegularExpression::MultilineOption)
+                                              .match(info);
+    return match.hasMatch() ? match.captured(1).toInt() : -1;
+}
+
+QString text(const QString& fileName, int page)
+{
+    QStringList arguments { QStringLiteral("-layout"), QStringLiteral("-enc"),
+        QStringLiteral("UTF-8") };
+    if (page > 0)
+        arguments << QStringLiteral("-f") << QString::number(page) << QStringLiteral("-l")
+                  << QString::number(page);
+    arguments << fileName << QStringLiteral("-");
+    return QString::fromUtf8(run(QStringLiteral("pdftotext"), arguments));
+}
+
+QList<Word> words(const QString& fileName)
+{
+    const QByteArray html = run(QStringLiteral("pdftotext"),
+        { QStringLiteral("-bbox"), QStringLiteral("-enc"), QStringLiteral("UTF-8"), fileName,
+            QStringLiteral("-") });
+    QList<Word> result;
+    QXmlStreamReader xml(html);
+    int page = 0;
+    const double pointToMm = 25.4 / 72.0;
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        if (xml.name() == QLatin1String("page")) {
+            ++page;
+        } else if (xml.name() == QLatin1String("word")) {
+            const auto attributes = xml.attributes();
+            Word word;
+            word.page = page;
+            const double xMin = attributes.value(QLatin1String("xMin")).toDouble();
+            const double yMin = attributes.value(QLatin1String("yMin")).toDouble();
+            const double xMax = attributes.value(QLatin1String("xMax")).toDouble();
+            const double yMax = attributes.value(QLatin1String("yMax")).toDouble();
+            word.box = QRectF(QPointF(xMin, yMin) * pointToMm, QPointF(xMax, yMax) * pointToMm);
+            word.text = xml.readElementText();
+            result.append(word);
+        }
+    }
+    return result;
+}
+
+QImage renderPage(const QString& fileName, int page, int dpi)
+{
+    QTemporaryDir dir;
+    const QString prefix = dir.filePath(QStringLiteral("page"));
+    run(QStringLiteral("pdftoppm"),
+        { QStringLiteral("-gray"), QStringLiteral("-r"), QString::number(dpi), QStringLiteral("-f"),
+            QString::number(page), QStringLiteral("-l"), QString::number(page),
+            QStringLiteral("-singlefile"), QStringLiteral("-png"), fileName, prefix });
+    return QImage(prefix + QStringLiteral(".png")).convertToFormat(QImage::Format_Grayscale8);
+}
+
+} // namespace PdfTools

@@ -1,0 +1,355 @@
+#include "core/registry.h"
+#include "domain/invoiceitem.h"
+#include "invoicefixture.h"
+#include "pdftools.h"
+#include "print/invoiceprintmodel.h"
+#include "print/printscriptengine.h"
+#include "print/scripthelper.h"
+#include "print/scriptpdfwriter.h"
+#include "util/scriptloader.h"
+
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <cmath>
+
+// The default invoice layout rendered to PDF and read back with poppler.
+class TestInvoiceScript : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void types_data();
+    void types();
+    void barcode_data();
+    void barcode();
+    void manyRowsBreakPages();
+    void language_data();
+    void language();
+    void noOverlappingWords_data();
+    void noOverlappingWords();
+
+private:
+    bool render(int id, const QString& fileName, int printType = 0);
+    QString pdfText(const QString& fileName, int page = 0);
+
+    InvoiceFixture m_fixture;
+    QTemporaryDir m_dir;
+    QString m_error;
+};
+
+// Independent arithmetic: totals of the sample rows in cents, rounding half
+// away from zero once per row.
+static long long roundHalfAway(long double value)
+{
+    return value < 0 ? -(long long)std::floor(-value + 0.5L) : (long long)std::floor(value + 0.5L);
+}
+
+static long long sampleTotal()
+{
+    long long total = 0;
+    for (const InvoiceItem& item : InvoiceFixture::sampleItems()) {
+        long double amount = (long double)item.quantity / 10000 * item.amount / 10000
+            * (10000 - item.discount) / 10000;
+        if (item.vatExcluded)
+            amount *= 1.0L + item.vatRate / 10000.0L;
+        total += roundHalfAway(amount * 100);
+    }
+    return total;
+}
+
+// "1 398,04" with a plain space.
+static QString euros(long long cents)
+{
+    QString digits = QString::number(std::llabs(cents) / 100);
+    for (int i = digits.size() - 3; i > 0; i -= 3)
+        digits.insert(i, QLatin1Char(' '));
+    return (cents < 0 ? QStringLiteral("-") : QString()) + digits + QLatin1Char(',')
+        + QStringLiteral("%1").arg(std::llabs(cents) % 100, 2, 10, QLatin1Char('0'));
+}
+
+// A reference number in print form: groups of five from the right.
+static QString printedReference(const QString& digits)
+{
+    QString result;
+    for (int end = digits.size(); end > 0; end -= 5) {
+        const int start = qMax(0, end - 5);
+        result.prepend(digits.mid(start, end - start));
+        if (start > 0)
+            result.prepend(QLatin1Char(' '));
+    }
+    return result;
+}
+
+void TestInvoiceScript::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QVERIFY(m_dir.isValid());
+    QVERIFY2(m_fixture.open(), qPrintable(m_fixture.lastError()));
+}
+
+bool TestInvoiceScript::render(int id, const QString& fileName, int printType)
+{
+    InvoicePrintModel model(m_fixture.registry());
+    model.criteria().id = id;
+    model.setPrintType(printType);
+    if (!model.run()) {
+        m_error = model.lastError();
+        return false;
+    }
+    PrintScriptEngine engine;
+    ScriptLoader loader(m_fixture.registry());
+    engine.setScriptLoader(&loader);
+    engine.setModel(&model);
+    if (!ScriptHelper(m_fixture.registry()).loadInvoiceScript(&engine)) {
+        m_error = engine.lastError();
+        return false;
+    }
+    ScriptPdfWriter writer;
+    writer.setTitle(model.title());
+    if (!writer.write(&engine, fileName)) {
+        m_error = writer.lastError();
+        return false;
+    }
+    return true;
+}
+
+QString TestInvoiceScript::pdfText(const QString& fileName, int page)
+{
+    QString text = PdfTools::text(fileName, page);
+    text.replace(QChar(0x00A0), QLatin1Char(' '));
+    text.replace(QChar(0x202F), QLatin1Char(' '));
+    return text;
+}
+
+void TestInvoiceScript::types_data()
+{
+    QTest::addColumn<int>("storedType");
+    QTest::addColumn<int>("printType");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<bool>("payable");
+    QTest::addColumn<QString>("dueText");
+    QTest::addColumn<QString>("formAmount");
+
+    const QString total = euros(sampleTotal());
+    QTest::addRow("invoice") << 0 << 0 << "LASKU" << true << "15.3.2025" << total;
+    QTest::addRow("interest invoice") << 1 << 0 << "KORKOLASKU" << true << "15.3.2025" << total;
+    QTest::addRow("credit note") << 2 << 0 << "HYVITYSLASKU" << true << "15.3.2025" << total;
+    // The due date has passed long ago: pay at once.
+    QTest::addRow("reminder") << 0 << 3 << "MAKSUMUISTUTUS" << true << "HETI" << total;
+    QTest::addRow("receipt") << 0 << 4 << "KUITTI" << true << "15.3.2025"
+                             << "MAKSETTU";
+    QTest::addRow("delivery note") << 3 << 0 << QString::fromUtf8("LÄHETE") << false << ""
+                                   << "";
+}
+
+void TestInvoiceScript::types()
+{
+    QFETCH(int, storedType);
+    QFETCH(int, printType);
+    QFETCH(QString, title);
+    QFETCH(bool, payable);
+    QFETCH(QString, dueText);
+    QFETCH(QString, formAmount);
+
+    const int number = 1100 + storedType * 10 + printType;
+    const int id = m_fixture.addInvoice(storedType, InvoiceFixture::sampleItems(), number);
+    QVERIFY2(id > 0, qPrintable(m_fixture.lastError()));
+    const QString file
+        = m_dir.filePath(QStringLiteral("type-%1-%2.pdf").arg(storedType).arg(printType));
+    QVERIFY2(render(id, file, printType), qPrintable(m_error));
+    QCOMPARE(PdfTools::pageCount(file), 1);
+
+    const QString text = pdfText(file);
+    QVERIFY2(text.contains(title), qPrintable(text));
+    QVERIFY(text.contains(QString::number(number)));
+    QVERIFY(text.contains(QStringLiteral("Rautakauppa Virtanen Oy")));
+    QVERIFY(text.contains(QStringLiteral("Teollisuustie 4")));
+    QVERIFY(text.contains(QStringLiteral("Kuusela Design Oy")));
+    QVERIFY(text.contains(QStringLiteral("Graafinen suunnittelu")));
+    // The seller's first visible account is in the footer of every document.
+    QVERIFY(text.contains(QStringLiteral("FI34 5720 0020 0865 97")));
+    QCOMPARE(text.contains(QStringLiteral("TILISIIRTO")), payable);
+    if (payable) {
+        const QString reference = printedReference(m_fixture.referenceNumber(number));
+        QVERIFY2(text.contains(reference), qPrintable(reference));
+        QVERIFY2(text.contains(dueText), qPrintable(text));
+        QVERIFY2(text.contains(formAmount), qPrintable(formAmount));
+        QVERIFY(text.contains(euros(sampleTotal())));
+        // The second visible account is on the form, the hidden one nowhere.
+        QVERIFY(text.contains(QStringLiteral("FI52 1144 3500 0617 25")));
+        QVERIFY(!text.contains(QStringLiteral("FI15 4006")));
+    } else {
+        QVERIFY(!text.contains(euros(sampleTotal())));
+    }
+}
+
+void TestInvoiceScript::barcode_data()
+{
+    QTest::addColumn<bool>("visible");
+    QTest::addColumn<int>("printType");
+    QTest::addColumn<bool>("bars");
+    QTest::addRow("invoice") << true << 0 << true;
+    QTest::addRow("receipt") << true << 4 << true;
+    QTest::addRow("barcode switched off") << false << 0 << false;
+    QTest::addRow("delivery note") << true << 5 << false;
+}
+
+void TestInvoiceScript::barcode()
+{
+    QFETCH(bool, visible);
+    QFETCH(int, printType);
+    QFETCH(bool, bars);
+    QVERIFY(m_fixture.setSetting(
+        QStringLiteral("invoiceForm/barcodeVisible"), visible ? "true" : "false"));
+    const int id = m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 1200 + printType);
+    const QString file = m_dir.filePath(QStringLiteral("barcode.pdf"));
+    QVERIFY2(render(id, file, printType), qPrintable(m_error));
+    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/barcodeVisible"), "true"));
+
+    // The barcode stands at 20..115 mm, 262..274 mm from the top of the page.
+    const int dpi = 300;
+    const QImage page = PdfTools::renderPage(file, 1, dpi);
+    QVERIFY(!page.isNull());
+    auto px = [dpi](double mm) { return int(std::lround(mm / 25.4 * dpi)); };
+    int transitions = 0;
+    int dark = 0;
+    for (int row = px(264); row <= px(272); row += px(2)) {
+        bool previousDark = false;
+        int rowTransitions = 0;
+        for (int x = px(20); x < px(115); ++x) {
+            const bool isDark = qGray(page.pixel(x, row)) < 128;
+            dark += isDark;
+            if (isDark != previousDark)
+                ++rowTransitions;
+            previousDark = isDark;
+        }
+        transitions = qMax(transitions, rowTransitions);
+    }
+    if (bars) {
+        // 54 digits: start, 27 pairs and check of three bars each, and stop
+        // of four bars; every bar has two edges.
+        QCOMPARE(transitions, 2 * (3 * 29 + 4));
+    } else {
+        QCOMPARE(dark, 0);
+    }
+}
+
+void TestInvoiceScript::manyRowsBreakPages()
+{
+    const int rows = 60;
+    const int id = m_fixture.addInvoice(0, InvoiceFixture::manyItems(rows), 1300);
+    const QString file = m_dir.filePath(QStringLiteral("many.pdf"));
+    QVERIFY2(render(id, file), qPrintable(m_error));
+    const int pages = PdfTools::pageCount(file);
+    QVERIFY2(pages > 1, qPrintable(QString::number(pages)));
+
+    long long total = 0;
+    for (const InvoiceItem& item : InvoiceFixture::manyItems(rows)) {
+        const long double amount = (long double)item.quantity / 10000 * item.amount / 10000
+            * (1.0L + item.vatRate / 10000.0L);
+        total += roundHalfAway(amount * 100);
+    }
+    const QString totalText = euros(total);
+    QStringList seen;
+    for (int page = 1; page <= pages; ++page) {
+        const QString text = pdfText(file, page);
+        const bool last = page == pages;
+        QVERIFY2(
+            text.contains(QStringLiteral("Sivu %1 (%2)").arg(page).arg(pages)), qPrintable(text));
+        QCOMPARE(text.contains(totalText), last);
+        QCOMPARE(text.contains(QStringLiteral("TILISIIRTO")), last);
+        QCOMPARE(text.contains(QStringLiteral("Jatkuu seuraavalla sivulla")), !last);
+        // The address and header come again on every page.
+        QVERIFY(text.contains(QStringLiteral("Rautakauppa Virtanen Oy")));
+        QVERIFY(text.contains(QStringLiteral("1300")));
+        const QRegularExpression step(QStringLiteral("Työvaihe (\\d+)"));
+        for (auto it = step.globalMatch(text); it.hasNext();)
+            seen.append(it.next().captured(1));
+    }
+    // Every row is printed exactly once across the page breaks.
+    QCOMPARE(seen.size(), rows);
+    for (int i = 1; i <= rows; ++i)
+        QVERIFY2(seen.contains(QString::number(i)), qPrintable(QString::number(i)));
+}
+
+void TestInvoiceScript::language_data()
+{
+    QTest::addColumn<int>("customer");
+    QTest::addColumn<QString>("formLanguage");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("label");
+    QTest::addRow("finnish default") << 0 << ""
+                                     << "LASKU"
+                                     << "Eräpäivä";
+    QTest::addRow("customer in swedish") << 1 << ""
+                                         << "FAKTURA"
+                                         << "Förfallodag";
+    QTest::addRow("english from the settings") << 0 << "en"
+                                               << "INVOICE"
+                                               << "Due date";
+    QTest::addRow("customer wins over the settings") << 1 << "en"
+                                                     << "FAKTURA"
+                                                     << "Er referens";
+}
+
+void TestInvoiceScript::language()
+{
+    QFETCH(int, customer);
+    QFETCH(QString, formLanguage);
+    QFETCH(QString, title);
+    QFETCH(QString, label);
+    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/language"), formLanguage));
+    const int id = m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 1400, customer);
+    const QString file = m_dir.filePath(QStringLiteral("language.pdf"));
+    const bool rendered = render(id, file);
+    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/language"), QString()));
+    QVERIFY2(rendered, qPrintable(m_error));
+    const QString text = pdfText(file);
+    QVERIFY2(text.contains(title), qPrintable(text));
+    QVERIFY2(text.contains(label), qPrintable(text));
+}
+
+void TestInvoiceScript::noOverlappingWords_data()
+{
+    QTest::addColumn<int>("printType");
+    QTest::addColumn<int>("rows");
+    QTest::addRow("invoice") << 0 << 0;
+    QTest::addRow("reminder") << 3 << 0;
+    QTest::addRow("delivery note") << 5 << 0;
+    QTest::addRow("three pages") << 0 << 60;
+}
+
+void TestInvoiceScript::noOverlappingWords()
+{
+    QFETCH(int, printType);
+    QFETCH(int, rows);
+    const int id = m_fixture.addInvoice(0,
+        rows ? InvoiceFixture::manyItems(rows) : InvoiceFixture::sampleItems(), 1500 + printType);
+    const QString file = m_dir.filePath(QStringLiteral("overlap.pdf"));
+    QVERIFY2(render(id, file, printType), qPrintable(m_error));
+    const QList<PdfTools::Word> words = PdfTools::words(file);
+    QVERIFY(words.size() > 50);
+    for (int i = 0; i < words.size(); ++i) {
+        const PdfTools::Word& a = words.at(i);
+        QVERIFY2(
+            a.box.left() >= 0 && a.box.right() <= 210 && a.box.bottom() <= 297, qPrintable(a.text));
+        for (int j = i + 1; j < words.size(); ++j) {
+            const PdfTools::Word& b = words.at(j);
+            if (a.page != b.page)
+                continue;
+            // Boxes of neighbouring words may touch; real overlap covers area.
+            const QRectF common = a.box.intersected(b.box);
+            const double smaller
+                = qMin(a.box.width() * a.box.height(), b.box.width() * b.box.height());
+            QVERIFY2(common.width() * common.height() <= 0.15 * smaller,
+                qPrintable(QStringLiteral("'%1' and '%2' overlap on page %3")
+                               .arg(a.text, b.text)
+                               .arg(a.page)));
+        }
+    }
+}
+
+QTEST_MAIN(TestInvoiceScript)
+#include "tst_invoicescript.moc"
