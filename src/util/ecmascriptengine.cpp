@@ -74,7 +74,12 @@ bool ECMAScriptEngine::evaluateScript(const QString& name)
 {
     if (!m_scriptLoader)
         return false;
-    return evaluate(m_scriptLoader->loadScriptByName(name));
+    const QByteArray source = m_scriptLoader->loadScriptByName(name);
+    if (source.isNull()) {
+        setError(tr("skriptiä %1 ei löytynyt").arg(name));
+        return false;
+    }
+    return evaluate(source);
 }
 
 duk_idx_t ECMAScriptEngine::pushDispatcher(
@@ -182,7 +187,11 @@ int ECMAScriptEngine::intArg(int i, bool& ok) const
     ok = duk_is_number(m_context, i);
     if (!ok)
         return 0;
-    return duk_to_int32(m_context, i);
+    // ToInt32 on a copy: the argument itself stays as the script passed it.
+    duk_dup(m_context, i);
+    const int value = duk_to_int32(m_context, -1);
+    duk_pop(m_context);
+    return value;
 }
 
 double ECMAScriptEngine::doubleArg(int i, bool& ok) const
