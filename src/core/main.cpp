@@ -1,1 +1,51 @@
-int main() { return 0; }
+#include "core/commandline.h"
+#include "core/registry.h"
+#include "domain/decimal.h"
+#include "ui/mainwindow.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QLocale>
+#include <QTranslator>
+
+int main(int argc, char* argv[])
+{
+    Q_INIT_RESOURCE(resources);
+    QApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Veklari"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("veklari.invalid"));
+    QCoreApplication::setApplicationName(QStringLiteral("Veklari"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VEKLARI_VERSION));
+
+    qRegisterMetaType<Decimal>("Decimal");
+
+    CommandLine commandLine;
+    if (!commandLine.parse(QCoreApplication::arguments().mid(1))) {
+        QFile standardError;
+        if (standardError.open(2, QIODevice::WriteOnly))
+            standardError.write((CommandLine::usage() + QLatin1Char('\n')).toUtf8());
+        return -1;
+    }
+
+    // Only Qt's own texts are translated; the program's texts are Finnish.
+    QTranslator* translator = new QTranslator();
+    const QString translationFile
+        = QStringLiteral("qt_") + QLocale::system().name() + QStringLiteral(".qm");
+    if (!translator->load(translationFile, QStringLiteral("/usr/share/qt/translations")))
+        qWarning("Failed to load translations");
+    QCoreApplication::installTranslator(translator);
+
+    Registry* registry = new Registry();
+    registry->loadSettings(commandLine.configFile());
+    registry->setupLogging();
+
+    MainWindow* window = new MainWindow(registry);
+    window->openDatabaseLater(commandLine.number());
+    window->show();
+    const int result = QApplication::exec();
+
+    delete window;
+    delete registry;
+    delete translator;
+    return result;
+}

@@ -5,8 +5,14 @@
 #include "domain/printscript.h"
 #include "domain/product.h"
 #include "domain/settings.h"
+#include "storage/database.h"
+#include "storage/query.h"
+#include "testdatabase.h"
 
+#include <QSqlError>
 #include <QtTest>
+
+#include <memory>
 
 namespace {
 
@@ -55,8 +61,21 @@ private slots:
     void bankAccountCopiesAreIndependent();
     void disconnectingDeletesLists();
 
+    void fetchedListsAndLookups_data();
+    void fetchedListsAndLookups();
+    void fetchedListsFollowTheirOrder();
+    void fetchPrintScriptsReadsSummaries();
+    void fetchSettingsWithoutRowClears();
+    void failedFetchLeavesEmptyList();
+
 private:
     QString newDirectory();
+    // A SQLite database with a few customers, products, bank accounts and
+    // print scripts; ids of the records in m_ids by name.
+    bool fillDatabase(TestDatabase& db);
+
+    QMap<QString, int> m_ids;
+    std::unique_ptr<TestDatabase> m_lookupDatabase;
 
     QTemporaryDir m_dir;
     int m_counter = 0;
@@ -358,6 +377,263 @@ void TestRegistry::disconnectingDeletesLists()
     QCOMPARE(registry.customerById(1, found), nullptr);
     QVERIFY(!found);
     QCOMPARE(registry.customerAt(0), nullptr);
+}
+
+bool TestRegistry::fillDatabase(TestDatabase& db)
+{
+    if (!db.open())
+        return false;
+    std::unique_ptr<Query> query(db.database()->query());
+    m_ids.clear();
+    const QList<QPair<int, QString>> customers
+        = { { 30, "Cederberg" }, { 10, "Aaltonen" }, { 20, "Björk" } };
+    for (const auto& c : customers) {
+        Customer customer;
+        customer.number = c.first;
+        customer.name = c.second;
+        customer.deleted = c.first == 20;
+        customer.setProperty(QStringLiteral("e2"), c.second.toLower());
+        if (!query->saveCustomer(&customer))
+            return false;
+        m_ids.insert(c.second, customer.id);
+    }
+    for (const QString& number : { QStringLiteral("P2"), QStringLiteral("P1") }) {
+        Product product;
+        product.number = number;
+        product.name = QStringLiteral("Tuote ") + number;
+        product.amount = 125000;
+        product.vatRate = 2550;
+        if (!query->saveProduct(&product))
+            return false;
+        m_ids.insert(number, product.id);
+    }
+    const QList<QPair<int, QString>> accounts = { { 2, "Säästö" }, { 1, "Käyttö" } };
+    for (const auto& a : accounts) {
+        BankAccount account;
+        account.name = a.second;
+        account.rowNumber = a.first;
+        account.iban = QStringLiteral("FI2112345600000785");
+        if (!query->saveBankAccount(&account))
+            return false;
+        m_ids.insert(a.second, account.id);
+    }
+    const QList<QPair<QString, QString>> scripts
+        = { { "invoice", "Oma lasku" }, { "finvoice", "Verkkolasku" } };
+    for (const auto& s : scripts) {
+        PrintScript script;
+        script.type = s.first;
+        script.name = s.second;
+        script.sourceCode = QStringLiteral("// ") + s.second;
+        if (!query->savePrintScript(&script))
+            return false;
+        m_ids.insert(s.second, script.id);
+    }
+    return true;
+}
+
+void TestRegistry::fetchedListsAndLookups_data()
+{
+    QTest::addColumn<QString>("lookup");
+    QTest::addColumn<QString>("key"); // a record name (its id), a number or a missing key
+    QTest::addColumn<QString>("expected"); // name found, empty when not found
+
+    QTest::addRow("customer by id") << "customerById"
+                                    << "Björk"
+                                    << "Björk";
+    QTest::addRow("customer by missing id") << "customerById"
+                                            << "-1"
+                                            << "";
+    QTest::addRow("customer by number") << "customerByNumber"
+                                        << "30"
+                                        << "Cederberg";
+    QTest::addRow("customer by missing number") << "customerByNumber"
+                                                << "40"
+                                                << "";
+    QTest::addRow("product by id") << "productById"
+                                   << "P1"
+                                   << "Tuote P1";
+    QTest::addRow("product by number") << "productByNumber"
+                                       << "P2"
+                                       << "Tuote P2";
+    QTest::addRow("initial product by number") << "productByNumber"
+                                               << "999"
+                                               << "Viivästyskorko";
+    QTest::addRow("product by missing number") << "productByNumber"
+                                               << "p1"
+                                               << "";
+    QTest::addRow("bank account by id") << "bankAccountById"
+                                        << "Säästö"
+                                        << "Säästö";
+    QTest::addRow("bank account by missing id") << "bankAccountById"
+                                                << "9999"
+                                                << "";
+}
+
+void TestRegistry::fetchedListsAndLookups()
+{
+    QFETCH(QString, lookup);
+    QFETCH(QString, key);
+    QFETCH(QString, expected);
+
+    if (!m_lookupDatabase) {
+        m_lookupDatabase = std::make_unique<TestDatabase>(TestDatabase::SQLite);
+        QVERIFY2(fillDatabase(*m_lookupDatabase), qPrintable(m_lookupDatabase->lastError()));
+    }
+    std::unique_ptr<Query> query(m_lookupDatabase->database()->query());
+    Registry registry;
+    QVERIFY(registry.fetchCustomers(query.get()));
+    QVERIFY(registry.fetchProducts(query.get()));
+    QVERIFY(registry.fetchBankAccounts(query.get()));
+
+    const int id = m_ids.value(key, key.toInt());
+    // Starts as the opposite of the expected result, so the lookup must set it.
+    bool found = expected.isEmpty();
+    QString name;
+    int index = -2;
+    if (lookup == QLatin1String("customerById")) {
+        if (Customer* c = registry.customerById(id, found))
+            name = c->name;
+    } else if (lookup == QLatin1String("customerByNumber")) {
+        if (Customer* c = registry.customerByNumber(key.toInt(), found))
+            name = c->name;
+    } else if (lookup == QLatin1String("productById")) {
+        if (Product* p = registry.productById(id, found))
+            name = p->name;
+        index = registry.productIndexById(id);
+    } else if (lookup == QLatin1String("productByNumber")) {
+        if (Product* p = registry.productByNumber(key, found))
+            name = p->name;
+    } else if (lookup == QLatin1String("bankAccountById")) {
+        if (BankAccount* a = registry.bankAccountById(id, found))
+            name = a->name;
+        index = registry.bankAccountIndexById(id);
+    } else {
+        QFAIL("unknown lookup");
+    }
+    QCOMPARE(found, !expected.isEmpty());
+    QCOMPARE(name, expected);
+    if (index != -2) {
+        if (expected.isEmpty()) {
+            QCOMPARE(index, -1);
+        } else if (lookup.startsWith(QLatin1String("product"))) {
+            QCOMPARE(registry.productAt(index)->id, id);
+        } else {
+            QCOMPARE(registry.bankAccountAt(index)->id, id);
+        }
+    }
+}
+
+void TestRegistry::fetchedListsFollowTheirOrder()
+{
+    m_lookupDatabase.reset();
+    TestDatabase db(TestDatabase::SQLite);
+    QVERIFY2(fillDatabase(db), qPrintable(db.lastError()));
+    std::unique_ptr<Query> query(db.database()->query());
+    Registry registry;
+    QSignalSpy customers(&registry, &Registry::customersFetched);
+    QSignalSpy beginProducts(&registry, &Registry::beginUpdateProducts);
+    QSignalSpy endProducts(&registry, &Registry::endUpdateProducts);
+    QSignalSpy accounts(&registry, &Registry::bankAccountsFetched);
+
+    QVERIFY(registry.fetchCustomers(query.get()));
+    QVERIFY(registry.fetchProducts(query.get()));
+    QVERIFY(registry.fetchBankAccounts(query.get()));
+    QCOMPARE(customers.count(), 1);
+    QCOMPARE(beginProducts.count(), 1);
+    QCOMPARE(endProducts.count(), 1);
+    QCOMPARE(accounts.count(), 1);
+
+    // Customers by number, deleted ones included; products by number; bank
+    // accounts by row number.
+    QStringList names;
+    for (int i = 0; i < registry.customerCount(); ++i)
+        names.append(registry.customerAt(i)->name);
+    QCOMPARE(names, QStringList({ "Aaltonen", "Björk", "Cederberg" }));
+    QVERIFY(registry.customerAt(1)->deleted);
+    QCOMPARE(registry.customerAt(2)->property(QStringLiteral("e2")).toString(),
+        QStringLiteral("cederberg"));
+    QStringList numbers;
+    for (int i = 0; i < registry.productCount(); ++i)
+        numbers.append(registry.productAt(i)->number);
+    QCOMPARE(numbers, QStringList({ "999", "P1", "P2" }));
+    QCOMPARE(registry.bankAccountAt(0)->name, QStringLiteral("Käyttö"));
+    QCOMPARE(registry.bankAccountAt(1)->name, QStringLiteral("Säästö"));
+
+    // Fetching again replaces the lists instead of adding to them.
+    QVERIFY(registry.fetchCustomers(query.get()));
+    QCOMPARE(registry.customerCount(), 3);
+
+    // Copies of fetched products are deep.
+    QList<Product*> products;
+    registry.copyProducts(products);
+    QCOMPARE(products.size(), 3);
+    products.at(1)->amount = 1;
+    QCOMPARE(registry.productAt(1)->amount, 125000);
+    qDeleteAll(products);
+}
+
+void TestRegistry::fetchPrintScriptsReadsSummaries()
+{
+    TestDatabase db(TestDatabase::SQLite);
+    QVERIFY2(fillDatabase(db), qPrintable(db.lastError()));
+    std::unique_ptr<Query> query(db.database()->query());
+    Registry registry;
+    QVERIFY(registry.fetchPrintScripts(query.get()));
+
+    QCOMPARE(registry.printScriptCount(), 2);
+    // Ordered by type: "finvoice" before "invoice".
+    QCOMPARE(registry.printScriptIndexByType(QStringLiteral("finvoice")), 0);
+    QCOMPARE(registry.printScriptIndexByType(QStringLiteral("invoice")), 1);
+    QCOMPARE(registry.printScriptIndexByType(QStringLiteral("invoice-list")), -1);
+    QCOMPARE(registry.printScriptIndexByName(QStringLiteral("Oma lasku")), 1);
+    QCOMPARE(registry.printScriptIndexByName(QStringLiteral("oma lasku")), -1);
+    QCOMPARE(registry.printScriptIndexById(m_ids.value(QStringLiteral("Verkkolasku"))), 0);
+    QCOMPARE(registry.printScriptIndexById(-1), -1);
+    // The source code stays in the database until a script runs.
+    QVERIFY(registry.printScriptAt(0)->sourceCode.isEmpty());
+
+    QList<PrintScript*> copies;
+    registry.copyPrintScripts(copies);
+    QCOMPARE(copies.size(), 2);
+    QCOMPARE(copies.at(1)->name, QStringLiteral("Oma lasku"));
+    copies.at(1)->name = QStringLiteral("muutettu");
+    QCOMPARE(registry.printScriptAt(1)->name, QStringLiteral("Oma lasku"));
+    qDeleteAll(copies);
+}
+
+void TestRegistry::fetchSettingsWithoutRowClears()
+{
+    TestDatabase db(TestDatabase::SQLite, QStringLiteral("Yritys Oy"));
+    QVERIFY2(db.open(), qPrintable(db.lastError()));
+    std::unique_ptr<Query> query(db.database()->query());
+    Registry registry;
+    QVERIFY(registry.fetchSettings(query.get()));
+    QCOMPARE(registry.settings()->sellerName, QStringLiteral("Yritys Oy"));
+    QCOMPARE(registry.settings()->property(QStringLiteral("settings/paymentTerms")).toString(),
+        QStringLiteral("14 päivää netto"));
+
+    QSqlQuery remove(QSqlDatabase::database(db.database()->connectionName()));
+    QVERIFY2(
+        remove.exec(QStringLiteral("DELETE FROM settings")), qPrintable(remove.lastError().text()));
+    QVERIFY(registry.fetchSettings(query.get()));
+    QVERIFY(registry.settings()->sellerName.isEmpty());
+    QVERIFY(registry.settings()->properties.isEmpty());
+}
+
+void TestRegistry::failedFetchLeavesEmptyList()
+{
+    TestDatabase db(TestDatabase::SQLite);
+    QVERIFY2(fillDatabase(db), qPrintable(db.lastError()));
+    std::unique_ptr<Query> query(db.database()->query());
+    Registry registry;
+    QVERIFY(registry.fetchCustomers(query.get()));
+    QCOMPARE(registry.customerCount(), 3);
+
+    QSqlQuery drop(QSqlDatabase::database(db.database()->connectionName()));
+    QVERIFY2(drop.exec(QStringLiteral("DROP TABLE customer")), qPrintable(drop.lastError().text()));
+    QVERIFY(!registry.fetchCustomers(query.get()));
+    QVERIFY(!query->lastError().isEmpty());
+    QCOMPARE(registry.customerCount(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestRegistry)
