@@ -5,6 +5,7 @@
 #include "printmodel.h"
 
 #include <QDateTime>
+#include <QDebug>
 #include <QLocale>
 
 PrintScriptEngineBase::PrintScriptEngineBase(QObject* parent)
@@ -49,7 +50,14 @@ int PrintScriptEngineBase::envGet()
         return 0;
     const QString path = stringArg(0);
     const QVariant value = m_model->value(path);
-    qCDebug(logScript).noquote() << path << "=" << value.toString();
+    if (logScript().isDebugEnabled()) {
+        QString text;
+        if (value.canConvert<Decimal>())
+            QDebug(&text).nospace() << value.value<Decimal>();
+        else
+            text = value.toString();
+        qCDebug(logScript).noquote() << path << "=" << text;
+    }
     pushVariant(value);
     return 1;
 }

@@ -70,15 +70,19 @@ QList<Word> words(const QString& fileName)
     return result;
 }
 
-QImage renderPage(const QString& fileName, int page, int dpi)
+QImage renderPage(const QString& fileName, int page, int dpi, bool gray)
 {
     QTemporaryDir dir;
     const QString prefix = dir.filePath(QStringLiteral("page"));
-    run(QStringLiteral("pdftoppm"),
-        { QStringLiteral("-gray"), QStringLiteral("-r"), QString::number(dpi), QStringLiteral("-f"),
-            QString::number(page), QStringLiteral("-l"), QString::number(page),
-            QStringLiteral("-singlefile"), QStringLiteral("-png"), fileName, prefix });
-    return QImage(prefix + QStringLiteral(".png")).convertToFormat(QImage::Format_Grayscale8);
+    QStringList arguments { QStringLiteral("-r"), QString::number(dpi), QStringLiteral("-f"),
+        QString::number(page), QStringLiteral("-l"), QString::number(page),
+        QStringLiteral("-singlefile"), QStringLiteral("-png") };
+    if (gray)
+        arguments.prepend(QStringLiteral("-gray"));
+    arguments << fileName << prefix;
+    run(QStringLiteral("pdftoppm"), arguments);
+    const QImage image(prefix + QStringLiteral(".png"));
+    return image.convertToFormat(gray ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
 }
 
 } // namespace PdfTools

@@ -22,8 +22,8 @@ int pageCount(const QString& fileName);
 QString text(const QString& fileName, int page = 0);
 // Every word with its box, from pdftotext -bbox.
 QList<Word> words(const QString& fileName);
-// One page rendered by pdftoppm at dpi, grey scale.
-QImage renderPage(const QString& fileName, int page, int dpi);
+// One page rendered by pdftoppm at dpi, in grey scale or in colour.
+QImage renderPage(const QString& fileName, int page, int dpi, bool gray = true);
 // The run of a tool; empty output and a warning when it fails.
 QByteArray run(const QString& program, const QStringList& arguments);
 
