@@ -1,0 +1,623 @@
+#include "settingsdialog.h"
+
+#include "core/registry.h"
+#include "domain/bankaccount.h"
+#include "domain/constants.h"
+#include "domain/customer.h"
+#include "domain/decimalformat.h"
+#include "domain/printscript.h"
+#include "domain/product.h"
+#include "domain/settings.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPixmap>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace {
+
+const QString paymentTermsKey = QStringLiteral("settings/paymentTerms");
+const QString periodForComplaintsKey = QStringLiteral("settings/periodForComplaints");
+const QString interestOnArrearsKey = QStringLiteral("settings/interestOnArrears");
+const QString interestProductKey = QStringLiteral("settings/productForInterestOnArrears");
+const QString referenceNumberTemplateKey = QStringLiteral("settings/referenceNumberTemplate");
+const QString referenceNumberSuffixKey = QStringLiteral("settings/referenceNumberSuffix");
+const QString defaultBankAccountKey = QStringLiteral("settings/defaultBankAccount");
+const QString vatIncludedKey = QStringLiteral("settings/vatIncluded");
+const QString printScriptKey = QStringLiteral("printScripts/invoice");
+const QString languageKey = QStringLiteral("invoiceForm/language");
+const QString invoiceItemOptionsKey = QStringLiteral("invoiceForm/invoiceItemOptions");
+const QString roundingModeKey = QStringLiteral("invoiceForm/roundingMode");
+const QString barcodeVisibleKey = QStringLiteral("invoiceForm/barcodeVisible");
+const QString logoHeightKey = QStringLiteral("invoiceForm/logoHeight");
+const QString noticeText1Key = QStringLiteral("invoiceForm/noticeText1");
+const QString noticeText2Key = QStringLiteral("invoiceForm/noticeText2");
+const QString reminderTextKey = QStringLiteral("invoiceForm/reminderText");
+const QString footerTextKey = QStringLiteral("invoiceForm/footer/text%1");
+const QString phoneNumberKey = QStringLiteral("seller/phoneNumber");
+const QString emailAddressKey = QStringLiteral("seller/emailAddress");
+const QString webAddressKey = QStringLiteral("seller/webAddress");
+const QString ediKey = QStringLiteral("finvoice/edi");
+const QString senderIdKey = QStringLiteral("finvoice/senderId");
+const QString intermediatorIdKey = QStringLiteral("finvoice/intermediatorId");
+const QString defaultReceiverIdKey = QStringLiteral("finvoice/defaultReceiverId");
+const QString epiInstructionIdKey = QStringLiteral("finvoice/epiInstructionId");
+const QString soapEnvKey = QStringLiteral("finvoice/soapEnv");
+const QString xmlSchemaKey = QStringLiteral("finvoice/xmlSchema");
+const QString emailSubjectKey = QStringLiteral("email/subject");
+const QString emailBodyKey = QStringLiteral("email/body");
+const QString attachmentNameKey = QStringLiteral("email/attachmentName");
+
+// The logo is printed 20 mm high unless told otherwise.
+constexpr int defaultLogoHeight = 20;
+
+// Reads a decimal number typed with a comma or a point (and perhaps spaces
+// between thousands) as an integer with the given number of decimals.
+// DecimalFormat works in 32 bits, so larger values are refused here.
+bool parseDecimal(const QString& text, int fractionDigits, int minFractionDigits, qint64& value)
+{
+    QString compact = text.trimmed();
+    compact.remove(QLatin1Char(' '));
+    compact.remove(QChar(0x00a0));
+    compact.remove(QChar(0x202f));
+    compact.replace(QLatin1Char(','), QLatin1Char('.'));
+    if (compact.isEmpty() || compact.count(QLatin1Char('.')) > 1)
+        return false;
+    const qsizetype point = compact.indexOf(QLatin1Char('.'));
+    const QString integerPart = point < 0 ? compact : compact.left(point);
+    qint64 limit = 2147483647;
+    for (int i = 0; i < fractionDigits; ++i)
+        limit /= 10;
+    bool integerOk = integerPart.isEmpty() || integerPart == QLatin1String("-");
+    if (!integerOk) {
+        const qlonglong integer = integerPart.toLongLong(&integerOk);
+        if (!integerOk || qAbs(integer) >= limit)
+            return false;
+    }
+    const DecimalFormat format(fractionDigits, minFractionDigits);
+    bool ok = false;
+    value = format.parse(compact, ok);
+    return ok;
+}
+
+QLineEdit* addLine(QFormLayout* layout, const QString& label, const QString& name)
+{
+    QLineEdit* edit = new QLineEdit();
+    edit->setObjectName(name);
+    QLabel* caption = new QLabel(label);
+    caption->setBuddy(edit);
+    layout->addRow(caption, edit);
+    return edit;
+}
+
+QComboBox* addCombo(QFormLayout* layout, const QString& label, const QString& name)
+{
+    QComboBox* combo = new QComboBox();
+    combo->setObjectName(name);
+    QLabel* caption = new QLabel(label);
+    caption->setBuddy(combo);
+    layout->addRow(caption, combo);
+    return combo;
+}
+
+QPlainTextEdit* addText(QFormLayout* layout, const QString& label, const QString& name)
+{
+    QPlainTextEdit* edit = new QPlainTextEdit();
+    edit->setObjectName(name);
+    edit->setTabChangesFocus(true);
+    edit->setMinimumHeight(70);
+    QLabel* caption = new QLabel(label);
+    caption->setBuddy(edit);
+    layout->addRow(caption, edit);
+    return edit;
+}
+
+QCheckBox* addCheck(QFormLayout* layout, const QString& text, const QString& name)
+{
+    QCheckBox* check = new QCheckBox(text);
+    check->setObjectName(name);
+    layout->addRow(QString(), check);
+    return check;
+}
+
+// Selects the item whose data is value; a value the list does not offer is
+// added under its own text so that accepting the dialog keeps it.
+void selectData(QComboBox* combo, const QVariant& value, const QString& unknownText)
+{
+    int index = combo->findData(value);
+    if (index < 0) {
+        combo->addItem(unknownText, value);
+        index = combo->count() - 1;
+    }
+    combo->setCurrentIndex(index);
+}
+
+QWidget* page(QFormLayout*& layout)
+{
+    QWidget* widget = new QWidget();
+    layout = new QFormLayout(widget);
+    layout->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    return widget;
+}
+
+} // namespace
+
+SettingsDialog::SettingsDialog(Registry* registry, QWidget* parent)
+    : QDialog(parent), m_registry(registry), m_settings(new Settings())
+{
+    setWindowTitle(tr("Asetukset"));
+    registry->settings()->copy(m_settings);
+    m_logo = m_settings->sellerLogo;
+
+    m_tabs = new QTabWidget();
+    m_tabs->setObjectName(QStringLiteral("pages"));
+    m_tabs->addTab(createSellerPage(), tr("Yritys"));
+    m_tabs->addTab(createInvoicingPage(), tr("Laskutus"));
+    m_tabs->addTab(createInvoiceFormPage(), tr("Laskupohja"));
+    m_tabs->addTab(createTextsPage(), tr("Tekstit"));
+    m_tabs->addTab(createFinvoicePage(), tr("Verkkolasku"));
+    m_tabs->addTab(createEmailPage(), tr("Sähköposti"));
+
+    m_buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    m_buttons->button(QDialogButtonBox::Ok)->setText(tr("OK"));
+    m_buttons->button(QDialogButtonBox::Cancel)->setText(tr("Peruuta"));
+    connect(m_buttons, &QDialogButtonBox::accepted, this, &SettingsDialog::accept);
+    connect(m_buttons, &QDialogButtonBox::rejected, this, &SettingsDialog::reject);
+
+    QVBoxLayout* layout = new QVBoxLayout(this);
+    layout->addWidget(m_tabs, 1);
+    layout->addWidget(m_buttons);
+    loadValues();
+    resize(720, 560);
+}
+
+SettingsDialog::~SettingsDialog()
+{
+    delete m_settings;
+}
+
+int SettingsDialog::currentPage() const
+{
+    return m_tabs->currentIndex();
+}
+
+void SettingsDialog::setCurrentPage(int page)
+{
+    if (page >= 0 && page < m_tabs->count())
+        m_tabs->setCurrentIndex(page);
+}
+
+QWidget* SettingsDialog::createSellerPage()
+{
+    QFormLayout* layout = nullptr;
+    QWidget* widget = page(layout);
+    m_sellerNameEdit = addLine(layout, tr("&Nimi"), QStringLiteral("sellerNameEdit"));
+    m_sellerNameEdit->setMaxLength(100);
+    m_sellerStreetNameEdit
+        = addLine(layout, tr("&Lähiosoite"), QStringLiteral("sellerStreetNameEdit"));
+    m_sellerPostCodeEdit
+        = addLine(layout, tr("Pos&tinumero"), QStringLiteral("sellerPostCodeEdit"));
+    m_sellerPostCodeEdit->setMaxLength(10);
+    m_sellerTownNameEdit
+        = addLine(layout, tr("Postitoimip&aikka"), QStringLiteral("sellerTownNameEdit"));
+    m_sellerCountryEdit = addLine(layout, tr("&Maa"), QStringLiteral("sellerCountryEdit"));
+    m_sellerBusinessIdEdit
+        = addLine(layout, tr("&Y-tunnus"), QStringLiteral("sellerBusinessIdEdit"));
+    m_sellerBusinessIdEdit->setPlaceholderText(tr("1234567-8"));
+    m_sellerPhoneNumberEdit
+        = addLine(layout, tr("&Puhelin"), QStringLiteral("sellerPhoneNumberEdit"));
+    m_sellerEmailAddressEdit
+        = addLine(layout, tr("&Sähköposti"), QStringLiteral("sellerEmailAddressEdit"));
+    m_sellerWebAddressEdit
+        = addLine(layout, tr("&Verkkosivut"), QStringLiteral("sellerWebAddressEdit"));
+    m_sellerWebAddressEdit->setPlaceholderText(tr("https://www.esimerkki.fi"));
+
+    m_logoPreview = new QLabel();
+    m_logoPreview->setObjectName(QStringLiteral("logoPreview"));
+    m_logoPreview->setMinimumSize(240, 80);
+    m_logoPreview->setAlignment(Qt::AlignCenter);
+    m_logoPreview->setFrameShape(QFrame::StyledPanel);
+    QPushButton* chooseButton = new QPushButton(tr("&Valitse kuva..."));
+    chooseButton->setObjectName(QStringLiteral("chooseLogoButton"));
+    chooseButton->setAutoDefault(false);
+    QPushButton* removeButton = new QPushButton(tr("P&oista kuva"));
+    removeButton->setObjectName(QStringLiteral("removeLogoButton"));
+    removeButton->setAutoDefault(false);
+    connect(chooseButton, &QPushButton::clicked, this, &SettingsDialog::chooseLogo);
+    connect(removeButton, &QPushButton::clicked, this, &SettingsDialog::removeLogo);
+    QVBoxLayout* logoButtons = new QVBoxLayout();
+    logoButtons->addWidget(chooseButton);
+    logoButtons->addWidget(removeButton);
+    logoButtons->addStretch();
+    QHBoxLayout* logoLayout = new QHBoxLayout();
+    logoLayout->addWidget(m_logoPreview, 1);
+    logoLayout->addLayout(logoButtons);
+    // The buttons carry the mnemonics of the logo row.
+    layout->addRow(new QLabel(tr("Logo")), logoLayout);
+    return widget;
+}
+
+QWidget* SettingsDialog::createInvoicingPage()
+{
+    QFormLayout* layout = nullptr;
+    QWidget* widget = page(layout);
+    m_paymentTermsEdit = addLine(layout, tr("&Maksuehdot"), QStringLiteral("paymentTermsEdit"));
+    m_paymentTermsEdit->setPlaceholderText(tr("14 päivää netto"));
+    m_periodForComplaintsEdit
+        = addLine(layout, tr("&Huomautusaika"), QStringLiteral("periodForComplaintsEdit"));
+    m_periodForComplaintsEdit->setPlaceholderText(tr("8 päivää"));
+    m_interestOnArrearsEdit
+        = addLine(layout, tr("&Viivästyskorko (%)"), QStringLiteral("interestOnArrearsEdit"));
+    m_interestProductCombo
+        = addCombo(layout, tr("Viivästyskoron &tuote"), QStringLiteral("interestProductCombo"));
+    m_referenceNumberTemplateEdit
+        = addLine(layout, tr("Viite&numeron malli"), QStringLiteral("referenceNumberTemplateEdit"));
+    m_referenceNumberTemplateEdit->setPlaceholderText(QStringLiteral("{I}00"));
+    QLabel* hint = new QLabel(tr("{I} = laskun nro, {C} = asiakasnro"));
+    hint->setEnabled(false);
+    layout->addRow(QString(), hint);
+    m_defaultBankAccountCombo
+        = addCombo(layout, tr("&Oletuspankkitili"), QStringLiteral("defaultBankAccountCombo"));
+    m_vatIncludedCheck
+        = addCheck(layout, tr("Hinnat syötetään vero&llisina"), QStringLiteral("vatIncludedCheck"));
+    return widget;
+}
+
+QWidget* SettingsDialog::createInvoiceFormPage()
+{
+    QFormLayout* layout = nullptr;
+    QWidget* widget = page(layout);
+    m_printScriptCombo = addCombo(layout, tr("&Laskupohja"), QStringLiteral("printScriptCombo"));
+    m_languageCombo = addCombo(layout, tr("&Kieli"), QStringLiteral("languageCombo"));
+    m_invoiceItemOptionsCombo
+        = addCombo(layout, tr("Laskurivien &teksti"), QStringLiteral("invoiceItemOptionsCombo"));
+    m_invoiceItemOptionsCombo->addItem(tr("Tuote"), 1);
+    m_invoiceItemOptionsCombo->addItem(tr("Vain selite"), 2);
+    m_invoiceItemOptionsCombo->addItem(tr("Tuote ja selite"), 3);
+    m_roundingModeCombo
+        = addCombo(layout, tr("&ALV-erittely"), QStringLiteral("roundingModeCombo"));
+    m_roundingModeCombo->addItem(tr("Verollisista summista"), 1);
+    m_roundingModeCombo->addItem(tr("Verottomista rivisummista"), 2);
+    m_logoHeightEdit = addLine(layout, tr("Logon k&orkeus (mm)"), QStringLiteral("logoHeightEdit"));
+    m_logoHeightEdit->setPlaceholderText(QString::number(defaultLogoHeight));
+    m_barcodeVisibleCheck
+        = addCheck(layout, tr("Tulosta &pankkiviivakoodi"), QStringLiteral("barcodeVisibleCheck"));
+    return widget;
+}
+
+QWidget* SettingsDialog::createTextsPage()
+{
+    QFormLayout* layout = nullptr;
+    QWidget* widget = page(layout);
+    m_noticeText1Edit = addText(layout, tr("&Huomautusteksti"), QStringLiteral("noticeText1Edit"));
+    m_noticeText2Edit
+        = addText(layout, tr("&Tilisiirron teksti"), QStringLiteral("noticeText2Edit"));
+    m_reminderTextEdit
+        = addText(layout, tr("&Maksumuistutuksen teksti"), QStringLiteral("reminderTextEdit"));
+    const QString labels[3] = { tr("Alatunniste &1"), tr("Alatunniste &2"), tr("Alatunniste &3") };
+    for (int i = 0; i < 3; ++i) {
+        m_footerTextEdits[i]
+            = addLine(layout, labels[i], QStringLiteral("footerText%1Edit").arg(i + 1));
+    }
+    return widget;
+}
+
+QWidget* SettingsDialog::createFinvoicePage()
+{
+    QFormLayout* layout = nullptr;
+    QWidget* widget = page(layout);
+    m_ediEdit = addLine(layout, tr("Oma &verkkolaskuosoite"), QStringLiteral("ediEdit"));
+    m_senderIdEdit = addLine(layout, tr("&Lähettäjän tunnus"), QStringLiteral("senderIdEdit"));
+    m_intermediatorIdEdit
+        = addLine(layout, tr("Välittäjän t&unnus"), QStringLiteral("intermediatorIdEdit"));
+    m_defaultReceiverIdEdit
+        = addLine(layout, tr("&Oletusvastaanottaja"), QStringLiteral("defaultReceiverIdEdit"));
+    m_epiInstructionIdEdit
+        = addLine(layout, tr("&Maksuohjeen tunnus"), QStringLiteral("epiInstructionIdEdit"));
+    m_xmlSchemaCombo = addCombo(layout, tr("Finvoice-ve&rsio"), QStringLiteral("xmlSchemaCombo"));
+    m_xmlSchemaCombo->addItem(tr("Finvoice 3.0"), QStringLiteral("3.0"));
+    m_xmlSchemaCombo->addItem(tr("Finvoice 2.01"), QStringLiteral("2.01"));
+    m_xmlSchemaCombo->addItem(tr("Finvoice 1.3"), QStringLiteral("1.3"));
+    m_soapEnvCheck
+        = addCheck(layout, tr("&SOAP-kehys jokaisen laskun eteen"), QStringLiteral("soapEnvCheck"));
+    return widget;
+}
+
+QWidget* SettingsDialog::createEmailPage()
+{
+    QFormLayout* layout = nullptr;
+    QWidget* widget = page(layout);
+    m_emailSubjectEdit = addLine(layout, tr("&Otsikko"), QStringLiteral("emailSubjectEdit"));
+    m_emailBodyEdit = addText(layout, tr("&Viesti"), QStringLiteral("emailBodyEdit"));
+    m_emailBodyEdit->setMinimumHeight(160);
+    m_attachmentNameEdit
+        = addLine(layout, tr("&Liitteen nimi"), QStringLiteral("attachmentNameEdit"));
+    m_attachmentNameEdit->setPlaceholderText(QStringLiteral("$h-$i.pdf"));
+    return widget;
+}
+
+void SettingsDialog::loadValues()
+{
+    const Settings* settings = m_settings;
+    auto text
+        = [settings](const QString& key) { return settings->property(key, QString()).toString(); };
+
+    m_sellerNameEdit->setText(settings->sellerName);
+    m_sellerStreetNameEdit->setText(settings->sellerStreetName);
+    m_sellerPostCodeEdit->setText(settings->sellerPostCode);
+    m_sellerTownNameEdit->setText(settings->sellerTownName);
+    m_sellerCountryEdit->setText(settings->sellerCountry);
+    m_sellerBusinessIdEdit->setText(settings->sellerBusinessId);
+    m_sellerPhoneNumberEdit->setText(text(phoneNumberKey));
+    m_sellerEmailAddressEdit->setText(text(emailAddressKey));
+    m_sellerWebAddressEdit->setText(text(webAddressKey));
+    updateLogoPreview();
+
+    m_paymentTermsEdit->setText(text(paymentTermsKey));
+    m_periodForComplaintsEdit->setText(text(periodForComplaintsKey));
+    bool ok = false;
+    const int interest = settings->property(interestOnArrearsKey).toInt(&ok);
+    const DecimalFormat percentFormat(
+        Constants::percentageFractionDigits, Constants::percentageMinFractionDigits);
+    m_interestOnArrearsEdit->setText(ok ? percentFormat.format(interest) : QString());
+
+    m_interestProductCombo->addItem(QString(), QString());
+    for (int i = 0; i < m_registry->productCount(); ++i) {
+        const Product* product = m_registry->productAt(i);
+        m_interestProductCombo->addItem(
+            QStringLiteral("%1 %2").arg(product->number, product->name), product->number);
+    }
+    selectData(m_interestProductCombo, text(interestProductKey), text(interestProductKey));
+
+    // Shows what new invoices really get, also from the older suffix key.
+    m_referenceNumberTemplateEdit->setText(settings->referenceNumberTemplate());
+
+    m_defaultBankAccountCombo->addItem(tr("(ei oletustiliä)"), -1);
+    for (int i = 0; i < m_registry->bankAccountCount(); ++i) {
+        const BankAccount* account = m_registry->bankAccountAt(i);
+        if (account->deleted)
+            continue;
+        const QString name = account->shortName.isEmpty() ? account->name : account->shortName;
+        m_defaultBankAccountCombo->addItem(
+            QStringLiteral("%1 %2").arg(name, BankAccount::formatIban(account->iban)), account->id);
+    }
+    const int accountId = settings->property(defaultBankAccountKey).toInt(&ok);
+    selectData(
+        m_defaultBankAccountCombo, ok ? accountId : -1, tr("Poistettu tili (%1)").arg(accountId));
+    m_vatIncludedCheck->setChecked(settings->property(vatIncludedKey, true).toBool());
+
+    const QStringList builtInNames = m_registry->builtInPrintScriptNames();
+    const QList<int> builtInIds = m_registry->builtInPrintScriptIds();
+    for (int i = 0; i < builtInNames.size() && i < builtInIds.size(); ++i)
+        m_printScriptCombo->addItem(builtInNames.at(i), builtInIds.at(i));
+    for (int i = 0; i < m_registry->printScriptCount(); ++i) {
+        const PrintScript* script = m_registry->printScriptAt(i);
+        if (script->type == QLatin1String("invoice"))
+            m_printScriptCombo->addItem(script->name, script->id);
+    }
+    int scriptId = settings->property(printScriptKey).toInt(&ok);
+    if (!ok)
+        scriptId = -1;
+    selectData(m_printScriptCombo, scriptId, tr("Poistettu laskupohja (%1)").arg(scriptId));
+
+    const QStringList languages = m_registry->availableLanguages();
+    for (const QString& language : languages)
+        m_languageCombo->addItem(language, Registry::parseLanguageCode(language));
+    const QString language = text(languageKey);
+    selectData(m_languageCombo, language.isEmpty() ? QStringLiteral("fi") : language, language);
+
+    const int itemOptions = settings->property(invoiceItemOptionsKey).toInt(&ok);
+    selectData(m_invoiceItemOptionsCombo, ok ? itemOptions : 3, QString::number(itemOptions));
+    const int roundingMode = settings->property(roundingModeKey).toInt(&ok);
+    // Every mode but 2 works from the VAT-included sums.
+    m_roundingModeCombo->setCurrentIndex(ok && roundingMode == 2 ? 1 : 0);
+    const int logoHeight = settings->property(logoHeightKey).toInt(&ok);
+    m_logoHeightEdit->setText(ok ? QString::number(logoHeight) : QString());
+    m_barcodeVisibleCheck->setChecked(settings->property(barcodeVisibleKey, false).toBool());
+
+    m_noticeText1Edit->setPlainText(text(noticeText1Key));
+    m_noticeText2Edit->setPlainText(text(noticeText2Key));
+    m_reminderTextEdit->setPlainText(text(reminderTextKey));
+    for (int i = 0; i < 3; ++i)
+        m_footerTextEdits[i]->setText(text(footerTextKey.arg(i + 1)));
+
+    m_ediEdit->setText(text(ediKey));
+    m_senderIdEdit->setText(text(senderIdKey));
+    m_intermediatorIdEdit->setText(text(intermediatorIdKey));
+    m_defaultReceiverIdEdit->setText(text(defaultReceiverIdKey));
+    m_epiInstructionIdEdit->setText(text(epiInstructionIdKey));
+    const QString schema = text(xmlSchemaKey);
+    selectData(m_xmlSchemaCombo, schema.isEmpty() ? QStringLiteral("3.0") : schema,
+        QStringLiteral("Finvoice %1").arg(schema));
+    m_soapEnvCheck->setChecked(settings->property(soapEnvKey, true).toBool());
+
+    m_emailSubjectEdit->setText(text(emailSubjectKey));
+    m_emailBodyEdit->setPlainText(text(emailBodyKey));
+    m_attachmentNameEdit->setText(text(attachmentNameKey));
+}
+
+bool SettingsDialog::refuse(QWidget* field, int page, const QString& text)
+{
+    setCurrentPage(page);
+    showWarning(text);
+    field->setFocus();
+    if (QLineEdit* edit = qobject_cast<QLineEdit*>(field))
+        edit->selectAll();
+    return false;
+}
+
+bool SettingsDialog::checkValues()
+{
+    const QString businessId = m_sellerBusinessIdEdit->text().trimmed();
+    if (!businessId.isEmpty() && !Customer::isValidBusinessId(businessId)) {
+        return refuse(m_sellerBusinessIdEdit, SellerPage,
+            tr("Y-tunnus on virheellinen. Kirjoita se muodossa 1234567-8."));
+    }
+    if (!m_interestOnArrearsEdit->text().trimmed().isEmpty()) {
+        qint64 interest = 0;
+        if (!parseDecimal(m_interestOnArrearsEdit->text(), Constants::percentageFractionDigits,
+                Constants::percentageMinFractionDigits, interest)
+            || interest < 0 || interest > 100 * Constants::percentageScale) {
+            return refuse(m_interestOnArrearsEdit, InvoicingPage,
+                tr("Viivästyskorko on virheellinen: kirjoita prosentti, esimerkiksi 8 tai 8,5."));
+        }
+    }
+    if (!m_logoHeightEdit->text().trimmed().isEmpty()) {
+        bool ok = false;
+        const int height = m_logoHeightEdit->text().trimmed().toInt(&ok);
+        if (!ok || height < 1 || height > 100) {
+            return refuse(m_logoHeightEdit, InvoiceFormPage,
+                tr("Logon korkeus on virheellinen: kirjoita millimetrit väliltä 1-100."));
+        }
+    }
+    return true;
+}
+
+void SettingsDialog::storeValues()
+{
+    Settings* settings = m_settings;
+    auto store = [settings](const QString& key, const QString& value) {
+        settings->setPropertyIfNotEmpty(key, value.trimmed());
+    };
+
+    settings->sellerName = m_sellerNameEdit->text().trimmed();
+    settings->sellerStreetName = m_sellerStreetNameEdit->text().trimmed();
+    settings->sellerPostCode = m_sellerPostCodeEdit->text().trimmed();
+    settings->sellerTownName = m_sellerTownNameEdit->text().trimmed();
+    settings->sellerCountry = m_sellerCountryEdit->text().trimmed();
+    settings->sellerBusinessId = m_sellerBusinessIdEdit->text().trimmed();
+    settings->sellerLogo = m_logo;
+    store(phoneNumberKey, m_sellerPhoneNumberEdit->text());
+    store(emailAddressKey, m_sellerEmailAddressEdit->text());
+    store(webAddressKey, m_sellerWebAddressEdit->text());
+
+    store(paymentTermsKey, m_paymentTermsEdit->text());
+    store(periodForComplaintsKey, m_periodForComplaintsEdit->text());
+    qint64 interest = 0;
+    if (parseDecimal(m_interestOnArrearsEdit->text(), Constants::percentageFractionDigits,
+            Constants::percentageMinFractionDigits, interest)) {
+        settings->setProperty(interestOnArrearsKey, int(interest));
+    } else {
+        settings->removeProperty(interestOnArrearsKey);
+    }
+    store(interestProductKey, m_interestProductCombo->currentData().toString());
+    const QString referenceTemplate = m_referenceNumberTemplateEdit->text().trimmed();
+    store(referenceNumberTemplateKey, referenceTemplate);
+    // The template replaces the older suffix for good.
+    if (!referenceTemplate.isEmpty())
+        settings->removeProperty(referenceNumberSuffixKey);
+    const int accountId = m_defaultBankAccountCombo->currentData().toInt();
+    if (accountId >= 0)
+        settings->setProperty(defaultBankAccountKey, accountId);
+    else
+        settings->removeProperty(defaultBankAccountKey);
+    settings->setProperty(vatIncludedKey, m_vatIncludedCheck->isChecked());
+
+    settings->setProperty(printScriptKey, m_printScriptCombo->currentData().toInt());
+    settings->setProperty(languageKey, m_languageCombo->currentData().toString());
+    settings->setProperty(invoiceItemOptionsKey, m_invoiceItemOptionsCombo->currentData().toInt());
+    settings->setProperty(roundingModeKey, m_roundingModeCombo->currentData().toInt());
+    const QString logoHeight = m_logoHeightEdit->text().trimmed();
+    if (logoHeight.isEmpty())
+        settings->removeProperty(logoHeightKey);
+    else
+        settings->setProperty(logoHeightKey, logoHeight.toInt());
+    settings->setProperty(barcodeVisibleKey, m_barcodeVisibleCheck->isChecked());
+
+    // Texts keep their inner line breaks; only the ends are trimmed.
+    store(noticeText1Key, m_noticeText1Edit->toPlainText());
+    store(noticeText2Key, m_noticeText2Edit->toPlainText());
+    store(reminderTextKey, m_reminderTextEdit->toPlainText());
+    for (int i = 0; i < 3; ++i)
+        store(footerTextKey.arg(i + 1), m_footerTextEdits[i]->text());
+
+    store(ediKey, m_ediEdit->text());
+    store(senderIdKey, m_senderIdEdit->text());
+    store(intermediatorIdKey, m_intermediatorIdEdit->text());
+    store(defaultReceiverIdKey, m_defaultReceiverIdEdit->text());
+    store(epiInstructionIdKey, m_epiInstructionIdEdit->text());
+    settings->setProperty(xmlSchemaKey, m_xmlSchemaCombo->currentData().toString());
+    settings->setProperty(soapEnvKey, m_soapEnvCheck->isChecked());
+
+    store(emailSubjectKey, m_emailSubjectEdit->text());
+    store(emailBodyKey, m_emailBodyEdit->toPlainText());
+    store(attachmentNameKey, m_attachmentNameEdit->text());
+}
+
+void SettingsDialog::accept()
+{
+    if (!checkValues())
+        return;
+    storeValues();
+    QDialog::accept();
+}
+
+void SettingsDialog::chooseLogo()
+{
+    const QString fileName = chooseLogoFileName();
+    if (!fileName.isEmpty())
+        setLogoFile(fileName);
+}
+
+bool SettingsDialog::setLogoFile(const QString& fileName)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly)) {
+        showWarning(tr("Tiedoston %1 lukeminen epäonnistui. %2")
+                        .arg(QFileInfo(fileName).fileName(), file.errorString()));
+        return false;
+    }
+    const QByteArray data = file.readAll();
+    if (QImage::fromData(data).isNull()) {
+        showWarning(tr("Tiedosto %1 ei ole kuva, jota ohjelma osaa lukea.")
+                        .arg(QFileInfo(fileName).fileName()));
+        return false;
+    }
+    m_logo = data;
+    updateLogoPreview();
+    return true;
+}
+
+void SettingsDialog::removeLogo()
+{
+    m_logo.clear();
+    updateLogoPreview();
+}
+
+void SettingsDialog::showWarning(const QString& text)
+{
+    QMessageBox::warning(this, windowTitle(), text);
+}
+
+QString SettingsDialog::chooseLogoFileName()
+{
+    return QFileDialog::getOpenFileName(this, tr("Valitse logo"), QString(),
+        tr("Kuvat (*.png *.jpg *.jpeg *.gif *.bmp *.svg);;Kaikki tiedostot (*)"));
+}
+
+void SettingsDialog::updateLogoPreview()
+{
+    const QImage image = QImage::fromData(m_logo);
+    if (image.isNull()) {
+        m_logoPreview->setPixmap(QPixmap());
+        m_logoPreview->setText(tr("Ei logoa"));
+        return;
+    }
+    const QSize size = m_logoPreview->minimumSize();
+    m_logoPreview->setPixmap(QPixmap::fromImage(image.scaled(
+        size.width() - 8, size.height() - 8, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+}
