@@ -149,7 +149,7 @@ void CustomerDialog::createWidgets()
              m_emailAddressEdit, m_phoneNumberEdit, m_paymentTermsEdit, m_custom1Edit,
              m_custom2Edit, m_intermediatorEdit, m_receiverEdit, m_ediEdit })
         connect(edit, &QLineEdit::textEdited, this, &CustomerDialog::formEdited);
-    connect(m_languageCombo, &QComboBox::activated, this, &CustomerDialog::formEdited);
+    connect(m_languageCombo, &QComboBox::currentIndexChanged, this, &CustomerDialog::formEdited);
 
     m_form = new QWidget();
     QVBoxLayout* formLayout = new QVBoxLayout(m_form);

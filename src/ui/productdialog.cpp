@@ -150,7 +150,7 @@ void ProductDialog::createWidgets()
     for (QLineEdit* edit :
         { m_numberEdit, m_nameEdit, m_unitCodeEdit, m_amountEdit, m_vatRateEdit })
         connect(edit, &QLineEdit::textEdited, this, &ProductDialog::formEdited);
-    connect(m_vatModeCombo, &QComboBox::activated, this, &ProductDialog::formEdited);
+    connect(m_vatModeCombo, &QComboBox::currentIndexChanged, this, &ProductDialog::formEdited);
     connect(m_categoryCombo, &QComboBox::currentTextChanged, this, &ProductDialog::formEdited);
 
     m_form = new QWidget();
