@@ -400,19 +400,6 @@ void TestMainModel::openAndFetchOnPostgreSQL()
     QCOMPARE(m_registry->settings()->sellerName, QStringLiteral("Uusi Oy"));
     QCOMPARE(m_model->openDatabase(1, false), 0);
     m_model->closeDatabase();
-
-    QSqlDatabase admin
-        = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), QStringLiteral("admin"));
-    admin.setHostName(entry.value(QStringLiteral("host")).toString());
-    admin.setPort(entry.value(QStringLiteral("port")).toInt());
-    admin.setUserName(entry.value(QStringLiteral("username")).toString());
-    admin.setPassword(entry.value(QStringLiteral("password")).toString());
-    admin.setDatabaseName(QStringLiteral("postgres"));
-    QVERIFY(admin.open());
-    QSqlQuery(admin).exec(QStringLiteral("DROP DATABASE %1").arg(missingName));
-    admin.close();
-    admin = QSqlDatabase();
-    QSqlDatabase::removeDatabase(QStringLiteral("admin"));
 }
 
 QTEST_GUILESS_MAIN(TestMainModel)

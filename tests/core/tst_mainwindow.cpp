@@ -303,19 +303,6 @@ void TestMainWindow::missingPostgreSQLDatabaseIsCreated()
     QVERIFY(m_window->openDatabase(5));
     QCOMPARE(m_window->questions.size(), 1);
     m_window->model()->closeDatabase();
-
-    QSqlDatabase admin
-        = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), QStringLiteral("admin"));
-    admin.setHostName(entry.value(QStringLiteral("host")).toString());
-    admin.setPort(entry.value(QStringLiteral("port")).toInt());
-    admin.setUserName(entry.value(QStringLiteral("username")).toString());
-    admin.setPassword(entry.value(QStringLiteral("password")).toString());
-    admin.setDatabaseName(QStringLiteral("postgres"));
-    QVERIFY(admin.open());
-    QSqlQuery(admin).exec(QStringLiteral("DROP DATABASE %1").arg(databaseName));
-    admin.close();
-    admin = QSqlDatabase();
-    QSqlDatabase::removeDatabase(QStringLiteral("admin"));
 }
 
 void TestMainWindow::invoiceListShowsOpenedDatabase()
