@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QLibraryInfo>
 #include <QLocale>
 #include <QTranslator>
 
@@ -31,7 +32,10 @@ int main(int argc, char* argv[])
     QTranslator* translator = new QTranslator();
     const QString translationFile
         = QStringLiteral("qt_") + QLocale::system().name() + QStringLiteral(".qm");
-    if (!translator->load(translationFile, QStringLiteral("/usr/share/qt/translations")))
+    // Debian keeps Qt 6's own translations under Qt's translations path rather
+    // than the traditional directory, so look there too before giving up.
+    if (!translator->load(translationFile, QStringLiteral("/usr/share/qt/translations"))
+        && !translator->load(translationFile, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         qWarning("Failed to load translations");
     QCoreApplication::installTranslator(translator);
 
