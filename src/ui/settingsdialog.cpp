@@ -229,6 +229,7 @@ QWidget* SettingsDialog::createSellerPage()
     m_logoPreview = new QLabel();
     m_logoPreview->setObjectName(QStringLiteral("logoPreview"));
     m_logoPreview->setMinimumSize(240, 80);
+    m_logoPreview->setMaximumHeight(140);
     m_logoPreview->setAlignment(Qt::AlignCenter);
     m_logoPreview->setFrameShape(QFrame::StyledPanel);
     QPushButton* chooseButton = new QPushButton(tr("&Valitse kuva..."));
@@ -244,7 +245,7 @@ QWidget* SettingsDialog::createSellerPage()
     logoButtons->addWidget(removeButton);
     logoButtons->addStretch();
     QHBoxLayout* logoLayout = new QHBoxLayout();
-    logoLayout->addWidget(m_logoPreview, 1);
+    logoLayout->addWidget(m_logoPreview, 1, Qt::AlignTop);
     logoLayout->addLayout(logoButtons);
     // The buttons carry the mnemonics of the logo row.
     layout->addRow(new QLabel(tr("Logo")), logoLayout);
