@@ -1,6 +1,7 @@
 #ifndef INVOICEFIXTURE_H
 #define INVOICEFIXTURE_H
 
+#include "domain/invoiceitem.h"
 #include "testdatabase.h"
 
 #include <QDate>
@@ -8,8 +9,6 @@
 #include <QString>
 #include <memory>
 
-class Invoice;
-class InvoiceItem;
 class Registry;
 
 // A small real business in a fresh SQLite database, loaded into a registry

@@ -1,0 +1,336 @@
+#include "core/registry.h"
+#include "domain/printscript.h"
+#include "domain/settings.h"
+#include "invoicefixture.h"
+#include "pdftools.h"
+#include "print/invoiceprintmodel.h"
+#include "print/printscriptengine.h"
+#include "print/scripthelper.h"
+#include "print/scriptpdfwriter.h"
+#include "storage/database.h"
+#include "storage/query.h"
+#include "ui/scripteditordialog.h"
+#include "ui/scripterrordialog.h"
+#include "util/scriptloader.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPlainTextEdit>
+#include <QPrintPreviewWidget>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <memory>
+
+// The editor with its message boxes answered by the test.
+class Editor : public ScriptEditorDialog
+{
+public:
+    using ScriptEditorDialog::ScriptEditorDialog;
+    QStringList messages;
+    QStringList errors;
+    bool answer = true;
+    int questions = 0;
+
+protected:
+    void showMessage(QMessageBox::Icon, const QString& text) override { messages << text; }
+    bool askQuestion(const QString&) override
+    {
+        ++questions;
+        return answer;
+    }
+    void showScriptError(const QString& error) override { errors << error; }
+};
+
+class TestScriptEditorDialog : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void changedLayoutReachesTheNextPdf();
+    void testRunShowsPreview();
+    void testRunReportsErrors_data();
+    void testRunReportsErrors();
+    void saveChecksTheName_data();
+    void saveChecksTheName();
+    void unsavedChangesNeedConfirmation();
+    void deletingTheDefaultRestoresBuiltIn();
+    void errorLocation_data();
+    void errorLocation();
+    void errorDialogShowsLocation();
+
+private:
+    bool printInvoice(const QString& fileName);
+    static QString fonts(const QString& fileName);
+    template<typename T>
+    static T* child(QObject* parent, const char* name)
+    {
+        return parent->findChild<T*>(QLatin1String(name));
+    }
+
+    InvoiceFixture m_fixture;
+    QTemporaryDir m_dir;
+    int m_invoiceId = -1;
+    QString m_error;
+};
+
+void TestScriptEditorDialog::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+    QVERIFY(m_dir.isValid());
+    QVERIFY2(m_fixture.open(), qPrintable(m_fixture.lastError()));
+    m_invoiceId = m_fixture.addInvoice(0, InvoiceFixture::sampleItems());
+    QVERIFY(m_invoiceId > 0);
+}
+
+// Prints the invoice the way the program does: the layout chosen by the
+// company setting, into a PDF file.
+bool TestScriptEditorDialog::printInvoice(const QString& fileName)
+{
+    InvoicePrintModel model(m_fixture.registry());
+    model.criteria().id = m_invoiceId;
+    PrintScriptEngine engine;
+    ScriptLoader loader(m_fixture.registry());
+    engine.setScriptLoader(&loader);
+    engine.setModel(&model);
+    ScriptPdfWriter writer;
+    if (!model.run() || !ScriptHelper(m_fixture.registry()).loadInvoiceScript(&engine)
+        || !writer.write(&engine, fileName)) {
+        m_error = model.lastError() + engine.lastError() + writer.lastError();
+        return false;
+    }
+    return true;
+}
+
+QString TestScriptEditorDialog::fonts(const QString& fileName)
+{
+    return QString::fromUtf8(PdfTools::run(QStringLiteral("pdffonts"), { fileName }));
+}
+
+void TestScriptEditorDialog::changedLayoutReachesTheNextPdf()
+{
+    const QString before = m_dir.filePath(QStringLiteral("before.pdf"));
+    QVERIFY2(printInvoice(before), qPrintable(m_error));
+    QVERIFY(fonts(before).contains(QStringLiteral("LiberationSans")));
+    QVERIFY(!fonts(before).contains(QStringLiteral("LiberationSerif")));
+
+    Editor editor(m_fixture.registry());
+    editor.show();
+    QCOMPARE(child<QListWidget>(&editor, "scripts")->count(), 0);
+    QTest::mouseClick(child<QPushButton>(&editor, "new"), Qt::LeftButton);
+    auto* source = child<QPlainTextEdit>(&editor, "source");
+    QString text = source->toPlainText();
+    // The built-in layout is the starting point; its title gets a serif font.
+    const QString titleFont = QStringLiteral("font(size, 'bold');");
+    QVERIFY(text.contains(QStringLiteral("function print()")));
+    QCOMPARE(text.count(titleFont), 1);
+    text.replace(titleFont, QStringLiteral("setFont('Liberation Serif', size, 'bold');"));
+    source->setPlainText(text);
+    auto* name = child<QLineEdit>(&editor, "name");
+    name->clear();
+    QTest::keyClicks(name, QStringLiteral("Serif-otsikko"));
+    child<QCheckBox>(&editor, "defaultInvoice")->setChecked(true);
+    QVERIFY(editor.isModified());
+    QTest::mouseClick(child<QPushButton>(&editor, "save"), Qt::LeftButton);
+    QVERIFY2(editor.messages.isEmpty(), qPrintable(editor.messages.join('\n')));
+    QVERIFY(!editor.isModified());
+
+    // Stored with its type, listed, and chosen as the invoice layout.
+    const int id = editor.currentId();
+    QVERIFY(id > 0);
+    QCOMPARE(child<QListWidget>(&editor, "scripts")->count(), 1);
+    QCOMPARE(m_fixture.registry()->settings()->property("printScripts/invoice").toString(),
+        QString::number(id));
+    std::unique_ptr<Query> query(m_fixture.testDatabase()->database()->query());
+    PrintScript stored;
+    QVERIFY(query->fetchPrintScript(id, &stored));
+    QCOMPARE(stored.name, QStringLiteral("Serif-otsikko"));
+    QCOMPARE(stored.type, QStringLiteral("invoice"));
+    QCOMPARE(stored.sourceCode, text);
+    QVERIFY(m_fixture.testDatabase()
+                ->value(QStringLiteral("SELECT properties FROM settings"))
+                .toString()
+                .contains(QStringLiteral("printScripts/invoice=%1").arg(id)));
+
+    const QString after = m_dir.filePath(QStringLiteral("after.pdf"));
+    QVERIFY2(printInvoice(after), qPrintable(m_error));
+    QVERIFY2(
+        fonts(after).contains(QStringLiteral("LiberationSerif-Bold")), qPrintable(fonts(after)));
+    QVERIFY(PdfTools::text(after).contains(QStringLiteral("LASKU")));
+}
+
+void TestScriptEditorDialog::testRunShowsPreview()
+{
+    Editor editor(m_fixture.registry());
+    editor.show();
+    QVERIFY(editor.currentId() > 0);
+    QTest::mouseClick(child<QPushButton>(&editor, "testRun"), Qt::LeftButton);
+    QVERIFY2(editor.errors.isEmpty(), qPrintable(editor.errors.join('\n')));
+    QPrintPreviewWidget* preview = editor.previewWidget();
+    QVERIFY(preview);
+    preview->updatePreview();
+    QCOMPARE(preview->pageCount(), 1);
+    QVERIFY(editor.errors.isEmpty());
+}
+
+void TestScriptEditorDialog::testRunReportsErrors_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<int>("line");
+    QTest::addRow("syntax error") << "function print() {\n  var = 1;\n}\n"
+                                  << "SyntaxError" << 2;
+    QTest::addRow("error while printing")
+        << "function print() {\n  setFont('Arial', 10, 'normal');\n  drawText(10, 10);\n}\n"
+        << "TypeError: vähintään 3 parametria" << 3;
+}
+
+void TestScriptEditorDialog::testRunReportsErrors()
+{
+    QFETCH(QString, source);
+    QFETCH(QString, message);
+    QFETCH(int, line);
+    Editor editor(m_fixture.registry());
+    editor.show();
+    child<QPlainTextEdit>(&editor, "source")->setPlainText(source);
+    QTest::mouseClick(child<QPushButton>(&editor, "testRun"), Qt::LeftButton);
+    if (editor.previewWidget())
+        editor.previewWidget()->updatePreview();
+    // Errors while painting the preview arrive after the paint, once a paint.
+    QTRY_VERIFY(!editor.errors.isEmpty());
+    QVERIFY2(editor.errors.first().startsWith(message), qPrintable(editor.errors.first()));
+    QString file;
+    int errorLine = 0;
+    QVERIFY(ScriptErrorDialog::parseLocation(editor.errors.first(), &file, &errorLine));
+    QCOMPARE(errorLine, line);
+    editor.answer = true;
+}
+
+void TestScriptEditorDialog::saveChecksTheName_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("message");
+    QTest::addRow("empty") << "  "
+                           << "Anna skriptille nimi.";
+    QTest::addRow("taken") << "Serif-otsikko"
+                           << "Skripti nimeltä Serif-otsikko on jo olemassa.";
+}
+
+void TestScriptEditorDialog::saveChecksTheName()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, message);
+    Editor editor(m_fixture.registry());
+    const int scripts = m_fixture.registry()->printScriptCount();
+    editor.newScript();
+    child<QLineEdit>(&editor, "name")->setText(name);
+    QVERIFY(!editor.saveScript());
+    QCOMPARE(editor.messages, QStringList { message });
+    QCOMPARE(m_fixture.registry()->printScriptCount(), scripts);
+    QCOMPARE(editor.currentId(), -1);
+}
+
+void TestScriptEditorDialog::unsavedChangesNeedConfirmation()
+{
+    QVERIFY(m_fixture.addPrintScript(QStringLiteral("Asiakkaat"), QStringLiteral("customer-list"),
+                QStringLiteral("function print() {}"))
+        > 0);
+    QVERIFY(m_fixture.refresh());
+    Editor editor(m_fixture.registry());
+    auto* list = child<QListWidget>(&editor, "scripts");
+    QCOMPARE(list->count(), 2);
+    const int first = editor.currentId();
+    child<QPlainTextEdit>(&editor, "source")->appendPlainText(QStringLiteral("// muutos"));
+    editor.answer = false;
+    list->setCurrentRow(1 - list->currentRow());
+    QCOMPARE(editor.questions, 1);
+    QCOMPARE(editor.currentId(), first);
+    QVERIFY(child<QPlainTextEdit>(&editor, "source")->toPlainText().endsWith("// muutos"));
+    editor.answer = true;
+    list->setCurrentRow(1 - list->currentRow());
+    QCOMPARE(editor.questions, 2);
+    QVERIFY(editor.currentId() != first);
+    const PrintScript* shown = m_fixture.registry()->printScriptAt(
+        m_fixture.registry()->printScriptIndexById(editor.currentId()));
+    QCOMPARE(child<QComboBox>(&editor, "type")->currentData().toString(), shown->type);
+    QCOMPARE(child<QLineEdit>(&editor, "name")->text(), shown->name);
+    QCOMPARE(child<QCheckBox>(&editor, "defaultInvoice")->isEnabled(),
+        shown->type == QLatin1String("invoice"));
+    QVERIFY(!editor.isModified());
+}
+
+void TestScriptEditorDialog::deletingTheDefaultRestoresBuiltIn()
+{
+    Editor editor(m_fixture.registry());
+    const int id = m_fixture.registry()->settings()->property("printScripts/invoice").toInt();
+    QVERIFY(id > 0);
+    editor.selectScript(id);
+    QCOMPARE(editor.currentId(), id);
+    QVERIFY(editor.deleteScript());
+    QCOMPARE(editor.questions, 1);
+    QVERIFY(!m_fixture.registry()->settings()->property("printScripts/invoice").isValid());
+    QCOMPARE(m_fixture.registry()->printScriptIndexById(id), -1);
+    const QString file = m_dir.filePath(QStringLiteral("deleted.pdf"));
+    QVERIFY2(printInvoice(file), qPrintable(m_error));
+    QVERIFY(!fonts(file).contains(QStringLiteral("LiberationSerif")));
+}
+
+void TestScriptEditorDialog::errorLocation_data()
+{
+    QTest::addColumn<QString>("error");
+    QTest::addColumn<bool>("found");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<int>("line");
+    QTest::addRow("syntax error") << "SyntaxError: empty expression not allowed (line 3)\n"
+                                     "    at [anon] (eval:3) internal\n"
+                                     "    at [anon] (duk_js_compiler.c:4954) internal"
+                                  << true << "eval" << 3;
+    QTest::addRow("native function")
+        << "TypeError: vähintään 3 parametria\n"
+           "    at [anon] (/src/util/ecmascriptengine.cpp:166) internal\n"
+           "    at [anon] () native strict preventsyield\n"
+           "    at print (eval:12) preventsyield"
+        << true << "eval" << 12;
+    QTest::addRow("module") << "Error: moduuli rikki\n"
+                               "    at [anon] (rikki:3)\n"
+                               "    at require () native strict preventsyield\n"
+                               "    at eval (eval:1) preventsyield"
+                            << true << "rikki" << 3;
+    QTest::addRow("compiler line only") << "SyntaxError: parse error (line 7)" << true << "" << 7;
+    QTest::addRow("plain text") << "pelkkä teksti" << false << "" << 0;
+}
+
+void TestScriptEditorDialog::errorLocation()
+{
+    QFETCH(QString, error);
+    QFETCH(bool, found);
+    QFETCH(QString, file);
+    QFETCH(int, line);
+    QString parsedFile = QStringLiteral("x");
+    int parsedLine = -1;
+    QCOMPARE(ScriptErrorDialog::parseLocation(error, &parsedFile, &parsedLine), found);
+    QCOMPARE(parsedFile, file);
+    QCOMPARE(parsedLine, line);
+}
+
+void TestScriptEditorDialog::errorDialogShowsLocation()
+{
+    ScriptErrorDialog dialog(QStringLiteral("TypeError: vähintään 3 parametria\n"
+                                            "    at print (eval:12) preventsyield"));
+    dialog.setScriptName(QStringLiteral("Oma lasku"));
+    QCOMPARE(child<QLabel>(&dialog, "message")->text(),
+        QStringLiteral("TypeError: vähintään 3 parametria"));
+    QCOMPARE(child<QLabel>(&dialog, "location")->text(), QStringLiteral("Oma lasku, rivi 12"));
+    QVERIFY(child<QPlainTextEdit>(&dialog, "details")->toPlainText().contains("at print"));
+
+    ScriptErrorDialog module(QStringLiteral("Error: x\n    at [anon] (apu:4)"));
+    QCOMPARE(module.location(), QStringLiteral("apu, rivi 4"));
+}
+
+QTEST_MAIN(TestScriptEditorDialog)
+#include "tst_scripteditordialog.moc"
