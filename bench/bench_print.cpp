@@ -1,0 +1,248 @@
+// Print speed: the default invoice layout rendered to PDF, 1 000 one-page
+// invoices one file each as the export does (target under 50 ms an
+// invoice on a 2-core machine), the rendering alone into memory, and the
+// evaluation of the layout script.
+#include "core/registry.h"
+#include "domain/bankaccount.h"
+#include "domain/customer.h"
+#include "domain/decimal.h"
+#include "domain/invoice.h"
+#include "domain/invoiceitem.h"
+#include "domain/settings.h"
+#include "domain/vat.h"
+#include "print/invoiceprintmodel.h"
+#include "print/printscriptengine.h"
+#include "print/scripthelper.h"
+#include "print/scriptpdfwriter.h"
+#include "storage/query.h"
+#include "storage/sqlitedatabase.h"
+#include "util/scriptloader.h"
+
+#include <QBuffer>
+#include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QPdfWriter>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+#include <memory>
+
+namespace {
+
+constexpr int invoiceCount = 1000;
+
+// A seller, a customer and 1 000 invoices of 3 to 8 rows in SQLite.
+class BenchData
+{
+public:
+    static BenchData& instance()
+    {
+        static BenchData data;
+        return data;
+    }
+
+    Registry* registry() { return &m_registry; }
+    QString directory() const { return m_dir.path(); }
+    bool ok() const { return m_ok; }
+    QString error() const { return m_error; }
+
+private:
+    BenchData()
+    {
+        QSettings entry(m_dir.filePath(QStringLiteral("bench.ini")), QSettings::IniFormat);
+        entry.setValue(QStringLiteral("filename"), m_dir.filePath(QStringLiteral("bench.sqlite")));
+        entry.setValue(QStringLiteral("name"), QStringLiteral("Kuusela Design Oy"));
+        m_database.setCreateIfNotExist(true);
+        if (!m_database.open(&entry)) {
+            m_error = m_database.lastError();
+            return;
+        }
+        m_registry.setDatabase(&m_database);
+        std::unique_ptr<Query> query(m_database.query());
+        m_ok = fill(query.get());
+        if (!m_ok)
+            m_error = query->lastError();
+    }
+    ~BenchData() { m_registry.setDatabase(nullptr); }
+
+    bool fill(Query* query)
+    {
+        if (!m_registry.fetchSettings(query))
+            return false;
+        Settings* settings = m_registry.settings();
+        settings->sellerStreetName = QStringLiteral("Hämeenkatu 12 B 7");
+        settings->sellerPostCode = QStringLiteral("33100");
+        settings->sellerTownName = QStringLiteral("Tampere");
+        settings->sellerBusinessId = QStringLiteral("2345678-0");
+        settings->setProperty(QStringLiteral("seller/phoneNumber"), QStringLiteral("040 123 4567"));
+        settings->setProperty(QStringLiteral("invoiceForm/barcodeVisible"), QStringLiteral("true"));
+        BankAccount account;
+        account.name = QStringLiteral("Osuuspankki");
+        account.iban = QStringLiteral("FI3457200020086597");
+        account.bic = QStringLiteral("OKOYFIHH");
+        Customer customer;
+        customer.number = 1;
+        customer.name = QStringLiteral("Rautakauppa Virtanen Oy");
+        customer.streetName = QStringLiteral("Teollisuustie 4");
+        customer.postCode = QStringLiteral("40320");
+        customer.townName = QStringLiteral("Jyväskylä");
+        customer.vatNumber = QStringLiteral("1234567-1");
+        if (!query->updateSettings(settings) || !query->saveBankAccount(&account)
+            || !query->saveCustomer(&customer) || !m_database.transaction())
+            return false;
+        for (int number = 1; number <= invoiceCount; ++number) {
+            Invoice invoice;
+            invoice.customerId = customer.id;
+            invoice.number = number;
+            invoice.date = QDate(2025, 3, 1);
+            invoice.dueDate = QDate(2025, 3, 15);
+            invoice.paymentTerms = QStringLiteral("14 päivää netto");
+            invoice.interestOnArrears = 800;
+            invoice.referenceNumber
+                = Invoice::appendCheckDigitToReferenceNumber(QString::number(number) + "00");
+            invoice.setProperty(QStringLiteral("t1"), QStringLiteral("Kiitos tilauksestanne!"));
+            QList<InvoiceItem> items;
+            for (int row = 0; row < 3 + number % 6; ++row) {
+                InvoiceItem item;
+                item.productNumber = QString::number(100 + row);
+                item.productName = QStringLiteral("Graafinen suunnittelu");
+                item.text = QStringLiteral("Työvaihe %1").arg(row + 1);
+                item.quantity = 10000 + 2500 * row;
+                item.unitCode = QStringLiteral("h");
+                item.setAmountVatExcluded(850000 + 10000 * row);
+                item.vatRate = row % 3 ? 2550 : 1400;
+                item.rowNumber = row;
+                items.append(item);
+            }
+            Vat vat;
+            for (const InvoiceItem& item : items)
+                vat.addInvoiceItem(&item);
+            invoice.totalAmount = int(vat.totalAmountVatIncluded());
+            invoice.balance = invoice.totalAmount;
+            if (!query->saveInvoice(&invoice))
+                return false;
+            for (InvoiceItem& item : items) {
+                item.invoiceId = invoice.id;
+                if (!query->saveInvoiceItem(&item))
+                    return false;
+            }
+        }
+        return m_database.commit() && m_registry.fetchSettings(query)
+            && m_registry.fetchCustomers(query) && m_registry.fetchBankAccounts(query)
+            && m_registry.fetchPrintScripts(query);
+    }
+
+    QTemporaryDir m_dir;
+    SQLiteDatabase m_database;
+    Registry m_registry;
+    bool m_ok = false;
+    QString m_error;
+};
+
+// Every invoice into a file of its own: one-invoice model, layout already
+// evaluated, atomic PDF file, as the export writes separate files.
+void BM_InvoicesToPdfFiles(benchmark::State& state)
+{
+    BenchData& data = BenchData::instance();
+    if (!data.ok()) {
+        state.SkipWithError(qPrintable(data.error()));
+        return;
+    }
+    for (auto _ : state) {
+        InvoicePrintModel all(data.registry());
+        if (!all.run() || all.invoiceCount() != invoiceCount) {
+            state.SkipWithError("loading the invoices failed");
+            return;
+        }
+        PrintScriptEngine engine;
+        ScriptLoader loader(data.registry());
+        engine.setScriptLoader(&loader);
+        if (!ScriptHelper(data.registry()).loadInvoiceScript(&engine)) {
+            state.SkipWithError(qPrintable(engine.lastError()));
+            return;
+        }
+        for (int i = 0; i < all.invoiceCount(); ++i) {
+            InvoicePrintModel single(data.registry());
+            single.copyInvoice(&all, i);
+            engine.setModel(&single);
+            ScriptPdfWriter writer;
+            writer.setTitle(single.title());
+            if (!writer.write(&engine, data.directory() + QStringLiteral("/lasku-%1.pdf").arg(i))) {
+                state.SkipWithError(qPrintable(writer.lastError()));
+                return;
+            }
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * invoiceCount);
+    // Seconds per invoice, shown with an SI prefix ("11.4m" is 11.4 ms).
+    state.counters["per_invoice"] = benchmark::Counter(double(invoiceCount) * state.iterations(),
+        benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BM_InvoicesToPdfFiles)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
+
+// The drawing alone: one invoice into an in-memory PDF.
+void BM_RenderOneInvoice(benchmark::State& state)
+{
+    BenchData& data = BenchData::instance();
+    if (!data.ok()) {
+        state.SkipWithError(qPrintable(data.error()));
+        return;
+    }
+    InvoicePrintModel model(data.registry());
+    model.criteria().number = 7;
+    PrintScriptEngine engine;
+    engine.setModel(&model);
+    if (!model.run() || !ScriptHelper(data.registry()).loadInvoiceScript(&engine)) {
+        state.SkipWithError("loading failed");
+        return;
+    }
+    qint64 bytes = 0;
+    for (auto _ : state) {
+        QBuffer buffer;
+        buffer.open(QIODevice::WriteOnly);
+        {
+            QPdfWriter writer(&buffer);
+            writer.setPageSize(QPageSize(QPageSize::A4));
+            if (!engine.print(&writer)) {
+                state.SkipWithError(qPrintable(engine.lastError()));
+                return;
+            }
+        }
+        bytes += buffer.size();
+    }
+    state.counters["pdf_bytes"] = double(bytes) / state.iterations();
+}
+BENCHMARK(BM_RenderOneInvoice)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// A fresh heap and the default layout evaluated in it.
+void BM_EvaluateLayout(benchmark::State& state)
+{
+    BenchData& data = BenchData::instance();
+    const QByteArray source = ScriptLoader(data.registry()).loadResource(QStringLiteral("invoice"));
+    for (auto _ : state) {
+        PrintScriptEngine engine;
+        if (!engine.evaluate(source)) {
+            state.SkipWithError(qPrintable(engine.lastError()));
+            return;
+        }
+    }
+}
+BENCHMARK(BM_EvaluateLayout)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    Decimal::registerMetaType();
+    // Script and statement logging are off in the program unless turned on.
+    QLoggingCategory::setFilterRules(QStringLiteral("veklari.*.debug=false"));
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
