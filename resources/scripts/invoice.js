@@ -524,12 +524,13 @@ function drawTransferForm(d) {
     var f = FORM_TOP;
     var p = d.path;
     setPen('#000', 0.5);
+    // The caption stands left of the grid, at 1 to 4.5 mm.
     drawLine(0, f, 210, f);
-    drawLine(0, f + 17, 111.4, f + 17);
-    drawLine(0, f + 27, 111.4, f + 27);
+    drawLine(4.5, f + 17, 111.4, f + 17);
+    drawLine(4.5, f + 27, 111.4, f + 27);
     drawLine(23, f + 52, 111.4, f + 52);
-    drawLine(0, f + 61, 210, f + 61);
-    drawLine(0, f + 69, 210, f + 69);
+    drawLine(4.5, f + 61, 210, f + 61);
+    drawLine(4.5, f + 69, 210, f + 69);
     drawLine(0, f + 77, 210, f + 77);
     drawLine(23, f, 23, f + 77);
     drawLine(111.4, f, 111.4, f + 77);
