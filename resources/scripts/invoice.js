@@ -198,14 +198,14 @@ Invoice.prototype.dueDateText = function () {
  * when no row has a discount, the three VAT columns when no row has VAT. */
 Invoice.prototype.columns = function () {
     var t = this.texts;
-    var spec;
+    var layout;
     if (this.type === 5) {
-        spec = [
+        layout = [
             { key: 'product', width: 157, title: t.product },
             { key: 'quantity', width: 18, title: t.quantity }
         ];
     } else {
-        spec = [
+        layout = [
             { key: 'product', width: 53, title: t.product },
             { key: 'quantity', width: 18, title: t.quantity },
             { key: 'unit', width: 0, title: '' },
@@ -219,17 +219,17 @@ Invoice.prototype.columns = function () {
     }
     var result = {};
     var x = LEFT;
-    for (var i = 0; i < spec.length; i++) {
-        if (spec[i].fold)
-            spec[0].width += spec[i].width;
+    for (var i = 0; i < layout.length; i++) {
+        if (layout[i].fold)
+            layout[0].width += layout[i].width;
     }
-    for (i = 0; i < spec.length; i++) {
-        if (spec[i].fold)
+    for (i = 0; i < layout.length; i++) {
+        if (layout[i].fold)
             continue;
-        result[spec[i].key] = { x: x, width: spec[i].width, title: spec[i].title };
-        x += spec[i].width;
+        result[layout[i].key] = { x: x, width: layout[i].width, title: layout[i].title };
+        x += layout[i].width;
     }
-    result.order = spec;
+    result.order = layout;
     return result;
 };
 

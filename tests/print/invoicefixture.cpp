@@ -14,8 +14,8 @@
 const QDate InvoiceFixture::invoiceDate(2025, 3, 1);
 const QDate InvoiceFixture::dueDate(2025, 3, 15);
 
-InvoiceFixture::InvoiceFixture()
-    : m_database(new TestDatabase(TestDatabase::SQLite, QStringLiteral("Kuusela Design Oy")))
+InvoiceFixture::InvoiceFixture(TestDatabase::Backend backend)
+    : m_database(new TestDatabase(backend, QStringLiteral("Kuusela Design Oy")))
     , m_registry(new Registry)
 {
 }
@@ -225,6 +225,17 @@ int InvoiceFixture::addInvoice(
     }
     database->commit();
     return invoice.id;
+}
+
+bool InvoiceFixture::setLogo(const QByteArray& image)
+{
+    std::unique_ptr<Query> query(m_database->database()->query());
+    m_registry->settings()->sellerLogo = image.isNull() ? QByteArray("") : image;
+    if (!query->updateSettings(m_registry->settings())) {
+        m_lastError = query->lastError();
+        return false;
+    }
+    return true;
 }
 
 bool InvoiceFixture::setSetting(const QString& key, const QVariant& value)

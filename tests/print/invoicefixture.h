@@ -11,7 +11,7 @@
 
 class Registry;
 
-// A small real business in a fresh SQLite database, loaded into a registry
+// A small real business in a fresh database (SQLite unless asked otherwise), loaded into a registry
 // the way the program does it: a seller with address, contact data and
 // business id, two visible bank accounts and a hidden one, and two
 // customers. Tests add invoices with addInvoice() and call refresh() after
@@ -23,7 +23,7 @@ class Registry;
 class InvoiceFixture
 {
 public:
-    InvoiceFixture();
+    explicit InvoiceFixture(TestDatabase::Backend backend = TestDatabase::SQLite);
     ~InvoiceFixture();
 
     bool open();
@@ -41,6 +41,8 @@ public:
     // count rows with texts long enough to wrap now and then.
     static QList<InvoiceItem> manyItems(int count);
 
+    // Stores the seller's logo (image file bytes; empty removes it).
+    bool setLogo(const QByteArray& image);
     // Sets a company setting and stores it.
     bool setSetting(const QString& key, const QVariant& value);
     // Stores a print script; returns its id.

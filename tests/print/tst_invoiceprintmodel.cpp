@@ -14,6 +14,10 @@
 #include <QtTest>
 #include <cmath>
 
+#ifndef VEKLARI_TEST_BACKEND
+#define VEKLARI_TEST_BACKEND TestDatabase::SQLite
+#endif
+
 // The values that scripts read from a stored invoice, checked against the
 // stored data and against totals computed here independently.
 class TestInvoicePrintModel : public QObject
@@ -38,7 +42,7 @@ private slots:
     void exportToCsv();
 
 private:
-    InvoiceFixture m_fixture;
+    InvoiceFixture m_fixture { VEKLARI_TEST_BACKEND };
     int m_id = -1;
     int m_creditId = -1;
 };
@@ -319,14 +323,14 @@ void TestInvoicePrintModel::barcodes()
 
 void TestInvoicePrintModel::withoutBankAccounts()
 {
-    QVERIFY(
-        m_fixture.testDatabase()->exec({ QStringLiteral("UPDATE bank_account SET visible = 0") }));
+    QVERIFY(m_fixture.testDatabase()->exec(
+        { QStringLiteral("UPDATE bank_account SET visible = FALSE") }));
     QVERIFY(m_fixture.refresh());
     InvoicePrintModel model(m_fixture.registry());
     model.criteria().id = m_id;
     const bool ran = model.run();
     QVERIFY(m_fixture.testDatabase()->exec({ QStringLiteral(
-        "UPDATE bank_account SET visible = 1 WHERE iban <> 'FI1540060010033455'") }));
+        "UPDATE bank_account SET visible = TRUE WHERE iban <> 'FI1540060010033455'") }));
     QVERIFY(m_fixture.refresh());
     QVERIFY(ran);
     QCOMPARE(model.value(QStringLiteral("seller/bankAccounts/length")), QVariant(0));

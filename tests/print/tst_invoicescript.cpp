@@ -8,6 +8,7 @@
 #include "print/scriptpdfwriter.h"
 #include "util/scriptloader.h"
 
+#include <QBuffer>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -27,6 +28,7 @@ private slots:
     void manyRowsBreakPages();
     void language_data();
     void language();
+    void logo();
     void noOverlappingWords_data();
     void noOverlappingWords();
 
@@ -309,6 +311,42 @@ void TestInvoiceScript::language()
     const QString text = pdfText(file);
     QVERIFY2(text.contains(title), qPrintable(text));
     QVERIFY2(text.contains(label), qPrintable(text));
+}
+
+void TestInvoiceScript::logo()
+{
+    QImage logo(600, 200, QImage::Format_RGB32);
+    logo.fill(QColor(20, 40, 120));
+    QByteArray png;
+    QBuffer buffer(&png);
+    QVERIFY(buffer.open(QIODevice::WriteOnly));
+    QVERIFY(logo.save(&buffer, "PNG"));
+    const int id = m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 1600);
+    const QString plainFile = m_dir.filePath(QStringLiteral("plain.pdf"));
+    QVERIFY2(render(id, plainFile), qPrintable(m_error));
+
+    QVERIFY(m_fixture.setLogo(png));
+    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/logoHeight"), QStringLiteral("20")));
+    const QString logoFile = m_dir.filePath(QStringLiteral("logo.pdf"));
+    const bool rendered = render(id, logoFile);
+    QVERIFY(m_fixture.setLogo(QByteArray()));
+    QVERIFY2(rendered, qPrintable(m_error));
+
+    // The logo takes the place of the seller's name in the address block;
+    // the form and the footer still name the seller.
+    const QString seller = QStringLiteral("Kuusela Design Oy");
+    QCOMPARE(pdfText(plainFile).count(seller), 3);
+    QCOMPARE(pdfText(logoFile).count(seller), 2);
+    // 85 x 20 mm at (25, 12) keeping the 3:1 shape: 60 mm wide.
+    const int dpi = 100;
+    const QImage page = PdfTools::renderPage(logoFile, 1, dpi);
+    auto gray = [&](double x, double y) {
+        return qGray(page.pixel(int(x / 25.4 * dpi), int(y / 25.4 * dpi)));
+    };
+    QVERIFY(gray(30, 14) < 100);
+    QVERIFY(gray(80, 30) < 100);
+    QCOMPARE(gray(90, 22), 255);
+    QCOMPARE(gray(50, 34), 255);
 }
 
 void TestInvoiceScript::noOverlappingWords_data()
