@@ -40,6 +40,24 @@ QVariant InvoiceTableModel::data(const QModelIndex& index, int role) const
             return QVariant(Qt::AlignLeft | Qt::AlignVCenter);
         }
     }
+    if (role == SortRole) {
+        switch (index.column()) {
+        case NumberColumn:
+            return invoice.number;
+        case DateColumn:
+            return invoice.date;
+        case DueDateColumn:
+            return invoice.dueDate;
+        case TotalAmountColumn:
+            return invoice.totalAmount;
+        case BalanceColumn:
+            return invoice.balance;
+        case TypeColumn:
+            return invoice.type;
+        default:
+            return data(index, Qt::DisplayRole);
+        }
+    }
     if (role != Qt::DisplayRole)
         return QVariant();
 
@@ -59,8 +77,30 @@ QVariant InvoiceTableModel::data(const QModelIndex& index, int role) const
         return m_moneyFormat.format(invoice.totalAmount);
     case BalanceColumn:
         return m_moneyFormat.format(invoice.balance);
+    case TypeColumn:
+        return typeName(invoice.type);
     default:
         return QVariant();
+    }
+}
+
+QString InvoiceTableModel::typeName(int type)
+{
+    switch (type) {
+    case 0:
+        return tr("Lasku");
+    case 1:
+        return tr("Korkolasku");
+    case 2:
+        return tr("Hyvityslasku");
+    case 3:
+        return tr("Maksumuistutus");
+    case 4:
+        return tr("Kuitti");
+    case 5:
+        return tr("Lähete");
+    default:
+        return QString();
     }
 }
 
@@ -81,6 +121,8 @@ QVariant InvoiceTableModel::headerData(int section, Qt::Orientation orientation,
         return tr("Summa");
     case BalanceColumn:
         return tr("Avoinna");
+    case TypeColumn:
+        return tr("Tyyppi");
     default:
         return QVariant();
     }
@@ -121,4 +163,61 @@ int InvoiceTableModel::rowOfInvoiceId(int id) const
             return i;
     }
     return -1;
+}
+
+void InvoiceTableModel::updateInvoice(int row, const Invoice& invoice)
+{
+    if (row < 0 || row >= m_invoices.size())
+        return;
+    Invoice& target = m_invoices[row];
+    target.id = invoice.id;
+    target.customerId = invoice.customerId;
+    target.type = invoice.type;
+    target.number = invoice.number;
+    target.date = invoice.date;
+    target.dueDate = invoice.dueDate;
+    target.deliveryDate = invoice.deliveryDate;
+    target.referenceNumber = invoice.referenceNumber;
+    target.totalAmount = invoice.totalAmount;
+    target.balance = invoice.balance;
+    emit dataChanged(index(row, 0), index(row, ColumnCount - 1));
+}
+
+void InvoiceTableModel::setTotalAmount(int row, int totalAmount)
+{
+    if (row < 0 || row >= m_invoices.size())
+        return;
+    m_invoices[row].totalAmount = totalAmount;
+    emitRowChanged(row, TotalAmountColumn);
+}
+
+void InvoiceTableModel::setBalance(int row, int balance)
+{
+    if (row < 0 || row >= m_invoices.size())
+        return;
+    m_invoices[row].balance = balance;
+    emitRowChanged(row, BalanceColumn);
+}
+
+void InvoiceTableModel::setType(int row, int type)
+{
+    if (row < 0 || row >= m_invoices.size())
+        return;
+    m_invoices[row].type = type;
+    emitRowChanged(row, TypeColumn);
+}
+
+bool InvoiceTableModel::removeRow(int row)
+{
+    if (row < 0 || row >= m_invoices.size())
+        return false;
+    beginRemoveRows(QModelIndex(), row, row);
+    m_invoices.removeAt(row);
+    endRemoveRows();
+    return true;
+}
+
+void InvoiceTableModel::emitRowChanged(int row, int column)
+{
+    emit dataChanged(index(row, column), index(row, column));
 }

@@ -12,7 +12,7 @@ class Query;
 class Registry;
 
 // The invoice list: summaries of the invoices that match the active search,
-// in ascending order of invoice number.
+// in ascending order of invoice number. Sort through a proxy on SortRole.
 class InvoiceTableModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -25,8 +25,11 @@ public:
         CustomerColumn,
         TotalAmountColumn,
         BalanceColumn,
+        TypeColumn,
         ColumnCount
     };
+    // Raw values (numbers, dates, cents) for sorting.
+    static constexpr int SortRole = Qt::UserRole;
 
     explicit InvoiceTableModel(Registry* registry, QObject* parent = nullptr);
 
@@ -45,10 +48,19 @@ public:
 
     // nullptr for a row out of range.
     const Invoice* invoiceAt(int row) const;
+    // Copies the list columns of a saved invoice into its row.
+    void updateInvoice(int row, const Invoice& invoice);
+    void setTotalAmount(int row, int totalAmount);
+    void setBalance(int row, int balance);
+    void setType(int row, int type);
+    bool removeRow(int row);
+    static QString typeName(int type);
     // -1 when no row has the id.
     int rowOfInvoiceId(int id) const;
 
 private:
+    void emitRowChanged(int row, int column);
+
     Registry* m_registry;
     QList<Invoice> m_invoices;
     DecimalFormat m_moneyFormat;

@@ -1,21 +1,56 @@
 #include "mainmodel.h"
 
+#include "core/invoiceitemtablemodel.h"
 #include "core/invoicetablemodel.h"
+#include "core/paymenttablemodel.h"
 #include "core/registry.h"
+#include "domain/customer.h"
 #include "domain/logging.h"
+#include "domain/settings.h"
 #include "storage/database.h"
 #include "storage/postgresqldatabase.h"
 #include "storage/query.h"
 #include "storage/sqlitedatabase.h"
+#include "util/templatestringhelper.h"
 
 #include <QSettings>
+#include <QSortFilterProxyModel>
+
+#include <memory>
+
+namespace {
+
+QVariant dateToSetting(const QDate& date)
+{
+    return date.isValid() ? date.toString(Qt::ISODate) : QString(QLatin1String(""));
+}
+
+QDate dateFromSetting(const QVariant& value)
+{
+    return QDate::fromString(value.toString(), Qt::ISODate);
+}
+
+int intFromSetting(const QVariant& value)
+{
+    bool ok = false;
+    const int result = value.toInt(&ok);
+    return ok ? result : -1;
+}
+
+} // namespace
 
 MainModel::MainModel(Registry* registry, QObject* parent)
     : QObject(parent)
     , m_registry(registry)
     , m_invoiceTableModel(new InvoiceTableModel(registry, this))
+    , m_invoiceProxyModel(new QSortFilterProxyModel(this))
+    , m_invoiceItemTableModel(new InvoiceItemTableModel(registry, this))
+    , m_paymentTableModel(new PaymentTableModel(registry, this))
     , m_lastCriteria(&m_criteria)
 {
+    m_invoiceProxyModel->setSourceModel(m_invoiceTableModel);
+    m_invoiceProxyModel->setSortRole(InvoiceTableModel::SortRole);
+    m_invoiceProxyModel->setFilterCaseSensitivity(Qt::CaseInsensitive);
 }
 
 MainModel::~MainModel()
@@ -58,6 +93,7 @@ int MainModel::openDatabase(int index, bool create)
 
     appSettings->endArray();
     appSettings->endGroup();
+    loadCriteria();
     return status;
 }
 
@@ -68,6 +104,8 @@ bool MainModel::closeDatabase()
 
     setEditable(false);
     m_invoiceTableModel->clear();
+    m_invoiceItemTableModel->clearInvoiceItems();
+    m_paymentTableModel->clearPayments();
     m_invoiceIndex = -1;
     m_lastInvoiceId = -1;
     m_invoice.clear();
@@ -90,7 +128,7 @@ bool MainModel::fetchData()
         return false;
     }
 
-    Query* query = database->query();
+    std::unique_ptr<Query> query(database->query());
     bool ok = true;
     // Every step logs its line, but runs only while the earlier ones succeed.
     auto step = [&](const char* text, auto&& run) {
@@ -101,20 +139,23 @@ bool MainModel::fetchData()
         }
     };
 
-    step("Haetaan perustiedot", [&] { return m_registry->fetchSettings(query); });
-    step("Haetaan asiakastiedot", [&] { return m_registry->fetchCustomers(query); });
-    step("Haetaan tuotetiedot", [&] { return m_registry->fetchProducts(query); });
-    step("Haetaan pankkitilien tiedot", [&] { return m_registry->fetchBankAccounts(query); });
-    step("Haetaan tulostusskriptien tiedot", [&] { return m_registry->fetchPrintScripts(query); });
-    step("Haetaan laskujen tiedot", [&] {
-        if (!query->fetchInvoiceSummaries(*m_lastCriteria))
-            return false;
-        m_invoiceTableModel->load(query, m_lastCriteria->descending);
-        return true;
-    });
-
-    delete query;
+    step("Haetaan perustiedot", [&] { return m_registry->fetchSettings(query.get()); });
+    step("Haetaan asiakastiedot", [&] { return m_registry->fetchCustomers(query.get()); });
+    step("Haetaan tuotetiedot", [&] { return m_registry->fetchProducts(query.get()); });
+    step("Haetaan pankkitilien tiedot", [&] { return m_registry->fetchBankAccounts(query.get()); });
+    step("Haetaan tulostusskriptien tiedot",
+        [&] { return m_registry->fetchPrintScripts(query.get()); });
+    step("Haetaan laskujen tiedot", [&] { return loadInvoiceList(query.get()); });
     return ok;
+}
+
+bool MainModel::loadInvoiceList(Query* query)
+{
+    if (!query->fetchInvoiceSummaries(*m_lastCriteria))
+        return false;
+    m_invoiceTableModel->load(query, m_lastCriteria->descending);
+    m_invoiceIndex = m_invoice.id >= 0 ? m_invoiceTableModel->rowOfInvoiceId(m_invoice.id) : -1;
+    return true;
 }
 
 int MainModel::invoiceCount() const
@@ -125,4 +166,455 @@ int MainModel::invoiceCount() const
 void MainModel::setEditable(bool editable)
 {
     m_editable = editable;
+    m_invoiceItemTableModel->setEditable(editable);
+    m_paymentTableModel->setEditable(editable);
+}
+
+QDate MainModel::today() const
+{
+    return m_today.isValid() ? m_today : QDate::currentDate();
+}
+
+bool MainModel::goToInvoice(int index)
+{
+    Database* database = m_registry->database();
+    const Invoice* summary = m_invoiceTableModel->invoiceAt(index);
+    if (!database || !summary) {
+        m_lastError = tr("Laskun tietoja ei löytynyt tietokannasta");
+        return false;
+    }
+    const int id = summary->id;
+    qCDebug(logUi) << QStringLiteral("Haetaan laskun id=%1 tiedot").arg(id);
+
+    std::unique_ptr<Query> query(database->query());
+    if (!query->fetchInvoiceDetails(id)) {
+        m_lastError = query->lastError();
+        return false;
+    }
+    if (!query->next()) {
+        m_lastError = tr("Laskun tietoja ei löytynyt tietokannasta");
+        qCWarning(logUi)
+            << QStringLiteral("Laskun id=%1 tietoja ei löytynyt tietokannasta").arg(id);
+        return false;
+    }
+
+    m_invoiceIndex = index;
+    m_invoice.clear();
+    query->invoiceDetails(&m_invoice);
+    setEditable(id == m_lastInvoiceId);
+
+    if (!m_invoiceItemTableModel->loadInvoiceItems(query.get(), id)
+        || !m_paymentTableModel->loadPayments(query.get(), id)) {
+        m_lastError = query->lastError();
+        return false;
+    }
+    return true;
+}
+
+int MainModel::createInvoice()
+{
+    Database* database = m_registry->database();
+    if (!database) {
+        m_lastError = tr("Tietokantaa ei ole avattu.");
+        return -1;
+    }
+    std::unique_ptr<Query> query(database->query());
+    const int highest = query->maxInvoiceNumber();
+    if (highest < 0) {
+        m_lastError = query->lastError();
+        return highest;
+    }
+
+    m_invoiceIndex = -1;
+    m_invoice.clear();
+    m_invoice.number = highest + 1;
+    m_invoice.date = today();
+    m_invoice.dueDate = m_invoice.date;
+    const Settings* settings = m_registry->settings();
+    if (settings) {
+        m_invoice.paymentTerms
+            = settings->property(QStringLiteral("settings/paymentTerms"), QString()).toString();
+        m_invoice.interestOnArrears
+            = settings->property(QStringLiteral("settings/interestOnArrears"), 0).toInt();
+    }
+    calculateDueDate();
+    updateReferenceNumber();
+
+    m_invoiceItemTableModel->clearInvoiceItems();
+    m_paymentTableModel->clearPayments();
+    setEditable(true);
+    return highest;
+}
+
+int MainModel::isValidNumber(int number)
+{
+    Database* database = m_registry->database();
+    if (!database) {
+        m_lastError = tr("Tietokantaa ei ole avattu.");
+        return -1;
+    }
+    std::unique_ptr<Query> query(database->query());
+    InvoiceCriteria criteria;
+    criteria.number = number;
+    if (!query->fetchInvoiceSummaries(criteria)) {
+        m_lastError = query->lastError();
+        return -1;
+    }
+    return query->next() ? 0 : 1;
+}
+
+bool MainModel::runInTransaction(Query* query, const std::function<bool()>& work)
+{
+    Database* database = m_registry->database();
+    if (!database->transaction()) {
+        m_lastError = database->lastError();
+        database->rollback();
+        return false;
+    }
+    if (!work()) {
+        m_lastError = query->lastError();
+        database->rollback();
+        return false;
+    }
+    if (!database->commit()) {
+        m_lastError = database->lastError();
+        database->rollback();
+        return false;
+    }
+    return true;
+}
+
+bool MainModel::saveInvoice()
+{
+    Database* database = m_registry->database();
+    if (!database) {
+        m_lastError = tr("Tietokantaa ei ole avattu.");
+        return false;
+    }
+    updateTotalAmount();
+    updateBalance();
+    const bool isNew = m_invoice.id < 0;
+
+    std::unique_ptr<Query> query(database->query());
+    const bool saved = runInTransaction(query.get(), [&] {
+        if (!query->saveInvoice(&m_invoice))
+            return false;
+        return m_invoiceItemTableModel->saveInvoiceItems(query.get(), m_invoice.id)
+            && m_paymentTableModel->savePayments(query.get(), m_invoice.id);
+    });
+    if (!saved) {
+        // Nothing was written: ids handed out inside the transaction are void.
+        if (isNew)
+            m_invoice.id = -1;
+        m_invoiceItemTableModel->rolledBack();
+        m_paymentTableModel->rolledBack();
+        return false;
+    }
+    m_invoiceItemTableModel->committed();
+    m_paymentTableModel->committed();
+
+    if (!isNew) {
+        m_invoiceTableModel->updateInvoice(m_invoiceIndex, m_invoice);
+        return true;
+    }
+    m_lastInvoiceId = m_invoice.id;
+    if (!loadInvoiceList(query.get())) {
+        m_lastError = query->lastError();
+        return false;
+    }
+    return true;
+}
+
+bool MainModel::removeInvoice()
+{
+    const int id = m_invoice.id;
+    if (id >= 0 && id != removedInvoiceId) {
+        Database* database = m_registry->database();
+        if (!database) {
+            m_lastError = tr("Tietokantaa ei ole avattu.");
+            return false;
+        }
+        std::unique_ptr<Query> query(database->query());
+        const bool removed = runInTransaction(query.get(), [&] {
+            return query->deleteInvoiceItems(id) && query->deletePayments(id)
+                && query->deleteInvoice(id);
+        });
+        if (!removed)
+            return false;
+        m_invoiceTableModel->removeRow(m_invoiceTableModel->rowOfInvoiceId(id));
+    }
+    if (id == m_lastInvoiceId)
+        m_lastInvoiceId = -1;
+    m_invoice.id = removedInvoiceId;
+    m_invoiceIndex = -1;
+    m_invoiceItemTableModel->clearInvoiceItems();
+    m_paymentTableModel->clearPayments();
+    setEditable(false);
+    return true;
+}
+
+bool MainModel::saveSettings()
+{
+    Database* database = m_registry->database();
+    if (!database || !m_registry->settings()) {
+        m_lastError = tr("Tietokantaa ei ole avattu.");
+        return false;
+    }
+    std::unique_ptr<Query> query(database->query());
+    return runInTransaction(
+        query.get(), [&] { return query->updateSettings(m_registry->settings()); });
+}
+
+bool MainModel::saveReferenceNumber()
+{
+    bool found = false;
+    Customer* customer = m_registry->customerById(m_invoice.customerId, found);
+    if (!found || !customer) {
+        m_lastError = tr("Laskun saajaa ei ole valittu.");
+        return false;
+    }
+    if (customer->referenceNumber == m_invoice.referenceNumber)
+        return true;
+    Database* database = m_registry->database();
+    if (!database) {
+        m_lastError = tr("Tietokantaa ei ole avattu.");
+        return false;
+    }
+    Customer changed;
+    customer->copy(&changed);
+    changed.referenceNumber = m_invoice.referenceNumber;
+    std::unique_ptr<Query> query(database->query());
+    if (!runInTransaction(query.get(), [&] { return query->saveCustomer(&changed); }))
+        return false;
+    customer->referenceNumber = changed.referenceNumber;
+    return true;
+}
+
+void MainModel::updateTotalAmount()
+{
+    m_invoice.totalAmount = static_cast<int>(m_invoiceItemTableModel->totalAmountVatIncluded());
+    m_invoiceTableModel->setTotalAmount(m_invoiceIndex, m_invoice.totalAmount);
+}
+
+void MainModel::updateBalance()
+{
+    m_invoice.balance
+        = static_cast<int>(m_invoice.totalAmount - m_paymentTableModel->totalAmount());
+    m_invoiceTableModel->setBalance(m_invoiceIndex, m_invoice.balance);
+}
+
+void MainModel::calculateDueDate()
+{
+    // The due date column is NOT NULL: terms without a number of days keep it.
+    const QDate dueDate = m_invoice.calculateDueDate();
+    if (dueDate.isValid())
+        m_invoice.dueDate = dueDate;
+}
+
+QString MainModel::buildReferenceNumber0() const
+{
+    const Settings* settings = m_registry->settings();
+    const QString pattern
+        = settings ? settings->referenceNumberTemplate() : QStringLiteral("{I}00");
+    bool found = false;
+    const Customer* customer = m_registry->customerById(m_invoice.customerId, found);
+    TemplateStringHelper helper(m_registry);
+    return Invoice::appendCheckDigitToReferenceNumber(
+        helper.substituteVariables(pattern, &m_invoice, found ? customer : nullptr));
+}
+
+QString MainModel::buildReferenceNumber1() const
+{
+    bool found = false;
+    const Customer* customer = m_registry->customerById(m_invoice.customerId, found);
+    return found && customer ? customer->referenceNumber : QString();
+}
+
+void MainModel::updateReferenceNumber()
+{
+    QString reference = buildReferenceNumber1();
+    if (reference.isEmpty())
+        reference = buildReferenceNumber0();
+    m_invoice.referenceNumber = reference;
+
+    bool found = false;
+    const Customer* customer = m_registry->customerById(m_invoice.customerId, found);
+    const Settings* settings = m_registry->settings();
+    if (!found || !customer || !settings)
+        return;
+    TemplateStringHelper helper(m_registry);
+    m_invoice.setPropertyIfNotEmpty(QStringLiteral("t1"),
+        helper.substituteVariables(
+            settings->property(QStringLiteral("invoiceForm/noticeText1"), QString()).toString(),
+            &m_invoice, customer));
+    m_invoice.setPropertyIfNotEmpty(QStringLiteral("t2"),
+        helper.substituteVariables(
+            settings->property(QStringLiteral("invoiceForm/noticeText2"), QString()).toString(),
+            &m_invoice, customer));
+}
+
+void MainModel::setupQuickSearchCriteria(int n)
+{
+    m_quickSearchCriteria.clear();
+    m_currentQuickSearch = n;
+    switch (n) {
+    case 0:
+        m_quickSearchCriteria.limit = 100;
+        m_quickSearchCriteria.descending = true;
+        break;
+    case 1:
+        m_quickSearchCriteria.dueDateFrom = today();
+        break;
+    case 2:
+        m_quickSearchCriteria.paymentStatus = 1;
+        break;
+    case 3:
+        m_quickSearchCriteria.dateFrom = today();
+        m_quickSearchCriteria.dateTo = today();
+        break;
+    case 4:
+        m_quickSearchCriteria.customerId = m_invoice.customerId;
+        break;
+    default:
+        break;
+    }
+}
+
+bool MainModel::search()
+{
+    m_lastCriteria = &m_criteria;
+    m_currentQuickSearch = -1;
+    saveCriteria();
+    return refresh();
+}
+
+bool MainModel::quickSearch(int n)
+{
+    setupQuickSearchCriteria(n);
+    m_lastCriteria = &m_quickSearchCriteria;
+    saveCriteria();
+    return refresh();
+}
+
+bool MainModel::refresh()
+{
+    Database* database = m_registry->database();
+    if (!database) {
+        m_lastError = tr("Tietokantaa ei ole avattu.");
+        return false;
+    }
+    std::unique_ptr<Query> query(database->query());
+    if (!loadInvoiceList(query.get())) {
+        m_lastError = query->lastError();
+        return false;
+    }
+    return true;
+}
+
+void MainModel::loadCriteria()
+{
+    m_criteria.clear();
+    m_currentQuickSearch = -1;
+    m_lastCriteria = &m_criteria;
+    const int number = m_registry->databaseNumber();
+    if (number < 0)
+        return;
+
+    QSettings* settings = m_registry->appSettings();
+    settings->beginGroup(QStringLiteral("search"));
+    const int size = settings->beginReadArray(QStringLiteral("databases"));
+    for (int i = 0; i < size; ++i) {
+        settings->setArrayIndex(i);
+        if (intFromSetting(settings->value(QStringLiteral("number"))) != number)
+            continue;
+        bool isQuickSearch = false;
+        const int quick = settings->value(QStringLiteral("quickSearch")).toInt(&isQuickSearch);
+        if (isQuickSearch) {
+            setupQuickSearchCriteria(quick);
+            m_lastCriteria = &m_quickSearchCriteria;
+        } else {
+            m_criteria.dateFrom = dateFromSetting(settings->value(QStringLiteral("date1")));
+            m_criteria.dateTo = dateFromSetting(settings->value(QStringLiteral("date2")));
+            m_criteria.dueDateFrom = dateFromSetting(settings->value(QStringLiteral("dueDate1")));
+            m_criteria.dueDateTo = dateFromSetting(settings->value(QStringLiteral("dueDate2")));
+            m_criteria.deliveryDateFrom
+                = dateFromSetting(settings->value(QStringLiteral("deliveryDate1")));
+            m_criteria.deliveryDateTo
+                = dateFromSetting(settings->value(QStringLiteral("deliveryDate2")));
+            m_criteria.balanceDate
+                = dateFromSetting(settings->value(QStringLiteral("balanceDate")));
+            m_criteria.numberFrom
+                = intFromSetting(settings->value(QStringLiteral("invoiceNumber1")));
+            m_criteria.numberTo = intFromSetting(settings->value(QStringLiteral("invoiceNumber2")));
+            m_criteria.customerId = intFromSetting(settings->value(QStringLiteral("customerId")));
+            m_criteria.text = settings->value(QStringLiteral("text")).toString();
+            m_criteria.types = intFromSetting(settings->value(QStringLiteral("type")));
+            m_criteria.paymentStatus = intFromSetting(settings->value(QStringLiteral("balance")));
+        }
+        break;
+    }
+    settings->endArray();
+    settings->endGroup();
+}
+
+void MainModel::saveCriteria()
+{
+    const int number = m_registry->databaseNumber();
+    if (number < 0)
+        return;
+
+    QMap<QString, QVariant> element;
+    element.insert(QStringLiteral("number"), number);
+    if (m_currentQuickSearch >= 0 && m_lastCriteria == &m_quickSearchCriteria) {
+        element.insert(QStringLiteral("quickSearch"), m_currentQuickSearch);
+    } else {
+        element.insert(QStringLiteral("date1"), dateToSetting(m_criteria.dateFrom));
+        element.insert(QStringLiteral("date2"), dateToSetting(m_criteria.dateTo));
+        element.insert(QStringLiteral("dueDate1"), dateToSetting(m_criteria.dueDateFrom));
+        element.insert(QStringLiteral("dueDate2"), dateToSetting(m_criteria.dueDateTo));
+        element.insert(QStringLiteral("deliveryDate1"), dateToSetting(m_criteria.deliveryDateFrom));
+        element.insert(QStringLiteral("deliveryDate2"), dateToSetting(m_criteria.deliveryDateTo));
+        element.insert(QStringLiteral("balanceDate"), dateToSetting(m_criteria.balanceDate));
+        element.insert(QStringLiteral("invoiceNumber1"), m_criteria.numberFrom);
+        element.insert(QStringLiteral("invoiceNumber2"), m_criteria.numberTo);
+        element.insert(QStringLiteral("customerId"), m_criteria.customerId);
+        element.insert(QStringLiteral("text"), m_criteria.text);
+        element.insert(QStringLiteral("type"), m_criteria.types);
+        element.insert(QStringLiteral("balance"), m_criteria.paymentStatus);
+    }
+
+    QSettings* settings = m_registry->appSettings();
+    settings->beginGroup(QStringLiteral("search"));
+    QList<QMap<QString, QVariant>> elements;
+    const int size = settings->beginReadArray(QStringLiteral("databases"));
+    bool replaced = false;
+    for (int i = 0; i < size; ++i) {
+        settings->setArrayIndex(i);
+        if (intFromSetting(settings->value(QStringLiteral("number"))) == number) {
+            if (!replaced)
+                elements.append(element);
+            replaced = true;
+            continue;
+        }
+        QMap<QString, QVariant> other;
+        const QStringList keys = settings->childKeys();
+        for (const QString& key : keys)
+            other.insert(key, settings->value(key));
+        elements.append(other);
+    }
+    settings->endArray();
+    if (!replaced)
+        elements.append(element);
+
+    // Rewritten whole, so that no key of an earlier kind of search stays.
+    settings->remove(QStringLiteral("databases"));
+    settings->beginWriteArray(QStringLiteral("databases"), elements.size());
+    for (int i = 0; i < elements.size(); ++i) {
+        settings->setArrayIndex(i);
+        const QMap<QString, QVariant>& values = elements.at(i);
+        for (auto it = values.cbegin(); it != values.cend(); ++it)
+            settings->setValue(it.key(), it.value());
+    }
+    settings->endArray();
+    settings->endGroup();
 }
