@@ -184,7 +184,7 @@ bool MainModel::goToInvoice(int index)
         return false;
     }
     const int id = summary->id;
-    qCDebug(logUi) << QStringLiteral("Haetaan laskun id=%1 tiedot").arg(id);
+    qCDebug(logUi).noquote() << QStringLiteral("Haetaan laskun id=%1 tiedot").arg(id);
 
     std::unique_ptr<Query> query(database->query());
     if (!query->fetchInvoiceDetails(id)) {
@@ -193,7 +193,7 @@ bool MainModel::goToInvoice(int index)
     }
     if (!query->next()) {
         m_lastError = tr("Laskun tietoja ei löytynyt tietokannasta");
-        qCWarning(logUi)
+        qCWarning(logUi).noquote()
             << QStringLiteral("Laskun id=%1 tietoja ei löytynyt tietokannasta").arg(id);
         return false;
     }
