@@ -1,0 +1,559 @@
+#include "invoicelistprintmodel.h"
+
+#include "core/registry.h"
+#include "csvwriter.h"
+#include "domain/customer.h"
+#include "domain/decimal.h"
+#include "domain/invoiceitem.h"
+#include "domain/settings.h"
+#include "listreportformat.h"
+#include "storage/database.h"
+#include "storage/query.h"
+
+#include <QHash>
+#include <QSettings>
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+QVariant money(long long cents)
+{
+    return Decimal(cents, 2).toVariant();
+}
+
+const char* const columnNames[] = { "number", "date", "dueDate", "deliveryDate", "customerNumber",
+    "customerName", "totalAmountVatExcluded", "totalVatAmount", "totalAmountVatIncluded", "balance",
+    "referenceNumber" };
+
+// Totals of one listed invoice: from its priced rows, or the stored total
+// when it has none.
+long long rowTotal(const Invoice& invoice, const Vat& vat)
+{
+    return vat.size() > 0 ? vat.totalAmountVatIncluded() : invoice.totalAmount;
+}
+
+long long rowTotalVatExcluded(const Invoice& invoice, const Vat& vat)
+{
+    return vat.size() > 0 ? vat.totalAmountVatExcluded() : invoice.totalAmount;
+}
+
+} // namespace
+
+InvoiceListPrintModel::InvoiceListPrintModel(Registry* registry, QObject* parent)
+    : PrintModel(parent), m_registry(registry), m_columnFlags(allColumns())
+{
+}
+
+InvoiceListPrintModel::~InvoiceListPrintModel() = default;
+
+QString InvoiceListPrintModel::title() const
+{
+    return tr("Laskuluettelo");
+}
+
+QString InvoiceListPrintModel::columnName(int column)
+{
+    if (column < 0 || column >= ColumnCount)
+        return QString();
+    return QLatin1String(columnNames[column]);
+}
+
+QString InvoiceListPrintModel::columnHeading(int column)
+{
+    switch (column) {
+    case NumberColumn:
+        return tr("Laskun numero");
+    case DateColumn:
+        return tr("Päivämäärä");
+    case DueDateColumn:
+        return tr("Eräpäivä");
+    case DeliveryDateColumn:
+        return tr("Toimituspäivä");
+    case CustomerNumberColumn:
+        return tr("Asiakasnumero");
+    case CustomerNameColumn:
+        return tr("Asiakkaan nimi");
+    case TotalAmountVatExcludedColumn:
+        return tr("Veroton");
+    case TotalVatAmountColumn:
+        return tr("ALV");
+    case TotalAmountVatIncludedColumn:
+        return tr("Verollinen");
+    case BalanceColumn:
+        return tr("Avoin saldo");
+    case ReferenceNumberColumn:
+        return tr("Viitenumero");
+    default:
+        return QString();
+    }
+}
+
+void InvoiceListPrintModel::clear()
+{
+    m_rows.clear();
+    m_vat.clear();
+    m_totalBalance = 0;
+    m_criteriaTexts.clear();
+}
+
+void InvoiceListPrintModel::setExtraFields(const QStringList& fields)
+{
+    m_extraFields = fields;
+    m_extraFieldsSet = true;
+}
+
+bool InvoiceListPrintModel::run()
+{
+    clear();
+    m_lastError.clear();
+    Database* database = m_registry ? m_registry->database() : nullptr;
+    if (!database) {
+        m_lastError = tr("Tietokantaa ei ole avattu");
+        return false;
+    }
+    int roundingMode = 1;
+    if (const Settings* settings = m_registry->settings()) {
+        bool ok = false;
+        const int mode = settings->property(QStringLiteral("invoiceForm/roundingMode")).toInt(&ok);
+        if (ok)
+            roundingMode = mode;
+    }
+    m_vat.setRoundingMode(roundingMode);
+
+    std::unique_ptr<Query> query(database->query());
+    // At a balance date the open balance is read from the payments up to
+    // that date, and the paid/open choice is made here on that balance.
+    const bool atDate = m_criteria.balanceDate.isValid();
+    query->setInvoiceBalanceMode(atDate);
+    if (!query->fetchInvoiceSummaries(m_criteria)) {
+        m_lastError = query->lastError();
+        return false;
+    }
+    QHash<int, int> rowOfInvoice;
+    while (query->next()) {
+        Row row;
+        query->invoiceSummary(&row.invoice);
+        if (atDate && m_criteria.paymentStatus == 0 && row.invoice.balance != 0)
+            continue;
+        if (atDate && m_criteria.paymentStatus == 1 && row.invoice.balance == 0)
+            continue;
+        row.vat.setRoundingMode(roundingMode);
+        rowOfInvoice.insert(row.invoice.id, m_rows.size());
+        m_rows.append(row);
+    }
+    if (!query->fetchInvoiceItems(m_criteria)) {
+        m_lastError = query->lastError();
+        clear();
+        return false;
+    }
+    while (query->next()) {
+        InvoiceItem item;
+        query->invoiceItem(&item);
+        const auto found = rowOfInvoice.constFind(item.invoiceId);
+        // Description-only rows carry no amount and would add an empty rate.
+        if (found != rowOfInvoice.constEnd() && item.quantity != 0)
+            m_rows[found.value()].vat.addInvoiceItem(&item);
+    }
+    for (const Row& row : std::as_const(m_rows)) {
+        if (row.vat.size() > 0)
+            m_vat.add(&row.vat);
+        else if (row.invoice.totalAmount != 0)
+            m_vat.addVatIncludedAmount(row.invoice.totalAmount, 0);
+        m_totalBalance += row.invoice.balance;
+    }
+
+    QString customerName;
+    if (m_criteria.customerId >= 0) {
+        bool found = false;
+        const Customer* customer = m_registry->customerById(m_criteria.customerId, found);
+        if (found)
+            customerName = customer->name;
+    }
+    m_criteriaTexts = buildCriteriaTexts(m_criteria, customerName);
+    sort(m_sortColumn);
+    return true;
+}
+
+QStringList InvoiceListPrintModel::buildCriteriaTexts(
+    const InvoiceCriteria& criteria, const QString& customerName)
+{
+    QStringList texts;
+    const bool deliveryNotes = criteria.types == (1 << 5);
+    const QString balanceDate = ListReportFormat::date(criteria.balanceDate);
+    QString first;
+    bool plain = false;
+    if (deliveryNotes) {
+        first = tr("Lähetteet");
+    } else if (criteria.paymentStatus == 1) {
+        first = balanceDate.isEmpty() ? tr("Avoimet laskut")
+                                      : tr("Avoimet laskut %1").arg(balanceDate);
+    } else if (criteria.paymentStatus == 0) {
+        first = balanceDate.isEmpty() ? tr("Maksetut laskut")
+                                      : tr("Ennen %1 maksetut laskut").arg(balanceDate);
+    } else {
+        first = tr("Laskut");
+        plain = true;
+    }
+    if (criteria.dateFrom.isValid() || criteria.dateTo.isValid()) {
+        const QString from = ListReportFormat::date(criteria.dateFrom);
+        const QString to = ListReportFormat::date(criteria.dateTo);
+        if (plain)
+            first = tr("Laskut %1 - %2").arg(from, to).trimmed();
+        else if (deliveryNotes)
+            first += QLatin1Char(' ') + tr("ajalta %1 - %2").arg(from, to).trimmed();
+        else
+            first += QLatin1Char(' ') + tr("väliltä %1 - %2").arg(from, to).trimmed();
+    }
+    texts.append(first);
+    if (criteria.dueDateFrom.isValid() || criteria.dueDateTo.isValid())
+        texts.append(tr("Eräpäivät %1")
+                         .arg(ListReportFormat::range(criteria.dueDateFrom, criteria.dueDateTo)));
+    if (criteria.deliveryDateFrom.isValid() || criteria.deliveryDateTo.isValid())
+        texts.append(tr("Toimitukset ajalta %1 - %2")
+                         .arg(ListReportFormat::date(criteria.deliveryDateFrom),
+                             ListReportFormat::date(criteria.deliveryDateTo))
+                         .trimmed());
+    if (criteria.numberFrom >= 0 || criteria.numberTo >= 0) {
+        const QString from
+            = criteria.numberFrom >= 0 ? QString::number(criteria.numberFrom) : QString();
+        const QString to = criteria.numberTo >= 0 ? QString::number(criteria.numberTo) : QString();
+        texts.append(tr("Laskunumerot %1 - %2").arg(from, to).trimmed());
+    }
+    if (criteria.number >= 0)
+        texts.append(tr("Laskunumero %1").arg(criteria.number));
+    if (!customerName.isEmpty())
+        texts.append(tr("Asiakas %1").arg(customerName));
+    if (!criteria.referenceNumber.isEmpty())
+        texts.append(
+            tr("Viitenumero %1").arg(Invoice::formatReferenceNumber(criteria.referenceNumber)));
+    if (!criteria.text.isEmpty())
+        texts.append(tr("Hakusanalla ") + criteria.text);
+    return texts;
+}
+
+const Customer* InvoiceListPrintModel::customerOf(const Invoice& invoice) const
+{
+    if (!m_registry)
+        return nullptr;
+    bool found = false;
+    const Customer* customer = m_registry->customerById(invoice.customerId, found);
+    return found ? customer : nullptr;
+}
+
+void InvoiceListPrintModel::sort(int column)
+{
+    if (column < 0 || column >= ColumnCount)
+        column = NumberColumn;
+    m_sortColumn = column;
+    const QCollator collator = ListReportFormat::collator();
+    auto compare = [&](const Row& a, const Row& b) -> int {
+        const Invoice& x = a.invoice;
+        const Invoice& y = b.invoice;
+        auto dates = [](const QDate& p, const QDate& q) {
+            // Invoices without the date come last.
+            if (p.isValid() != q.isValid())
+                return p.isValid() ? -1 : 1;
+            return p < q ? -1 : (q < p ? 1 : 0);
+        };
+        auto numbers = [](long long p, long long q) { return p < q ? -1 : (q < p ? 1 : 0); };
+        switch (column) {
+        case DateColumn:
+            return dates(x.date, y.date);
+        case DueDateColumn:
+            return dates(x.dueDate, y.dueDate);
+        case DeliveryDateColumn:
+            return dates(x.deliveryDate, y.deliveryDate);
+        case CustomerNumberColumn: {
+            const Customer* p = customerOf(x);
+            const Customer* q = customerOf(y);
+            return numbers(p ? p->number : -1, q ? q->number : -1);
+        }
+        case CustomerNameColumn: {
+            const Customer* p = customerOf(x);
+            const Customer* q = customerOf(y);
+            return collator.compare(p ? p->name : QString(), q ? q->name : QString());
+        }
+        case TotalAmountVatExcludedColumn:
+            return numbers(rowTotalVatExcluded(x, a.vat), rowTotalVatExcluded(y, b.vat));
+        case TotalVatAmountColumn:
+            return numbers(rowTotal(x, a.vat) - rowTotalVatExcluded(x, a.vat),
+                rowTotal(y, b.vat) - rowTotalVatExcluded(y, b.vat));
+        case TotalAmountVatIncludedColumn:
+            return numbers(rowTotal(x, a.vat), rowTotal(y, b.vat));
+        case BalanceColumn:
+            return numbers(x.balance, y.balance);
+        case ReferenceNumberColumn:
+            return collator.compare(x.referenceNumber, y.referenceNumber);
+        default:
+            return 0;
+        }
+    };
+    std::stable_sort(m_rows.begin(), m_rows.end(), [&](const Row& a, const Row& b) {
+        const int result = compare(a, b);
+        if (result != 0)
+            return result < 0;
+        return a.invoice.number < b.invoice.number;
+    });
+}
+
+QVariant InvoiceListPrintModel::value(QStringList& path)
+{
+    if (path.isEmpty())
+        return QVariant();
+    const QString& root = path.at(0);
+    if (path.size() == 1) {
+        if (root == QLatin1String("totalAmountVatExcluded"))
+            return money(m_vat.totalAmountVatExcluded());
+        if (root == QLatin1String("totalVatAmount"))
+            return money(m_vat.totalVatAmount());
+        if (root == QLatin1String("totalAmount"))
+            return money(m_vat.totalAmountVatIncluded());
+        if (root == QLatin1String("totalBalance"))
+            return money(m_totalBalance);
+        if (root == QLatin1String("name")) {
+            const Settings* settings = m_registry ? m_registry->settings() : nullptr;
+            return settings ? settings->sellerName : QString();
+        }
+        return QVariant();
+    }
+    if (root == QLatin1String("invoices")) {
+        if (path.size() == 2 && path.at(1) == QLatin1String("length"))
+            return int(m_rows.size());
+        bool ok = false;
+        const int index = path.at(1).toInt(&ok);
+        if (!ok || index < 0 || index >= m_rows.size() || path.size() < 3)
+            return QVariant();
+        return rowValue(m_rows.at(index), path);
+    }
+    if (root == QLatin1String("vat"))
+        return vatValue(path);
+    if (root == QLatin1String("criteria") && path.size() == 2) {
+        if (path.at(1) == QLatin1String("length"))
+            return int(m_criteriaTexts.size());
+        bool ok = false;
+        const int index = path.at(1).toInt(&ok);
+        return ok && index >= 0 && index < m_criteriaTexts.size()
+            ? QVariant(m_criteriaTexts.at(index))
+            : QVariant();
+    }
+    if (root == QLatin1String("columns") && path.size() == 2) {
+        for (int column = 0; column < ColumnCount; ++column) {
+            if (path.at(1) == QLatin1String(columnNames[column]))
+                return (m_columnFlags & (1 << column)) != 0;
+        }
+    }
+    return QVariant();
+}
+
+QVariant InvoiceListPrintModel::rowValue(const Row& row, const QStringList& path) const
+{
+    const Invoice& invoice = row.invoice;
+    const QString& key = path.at(2);
+    if (key == QLatin1String("customer")) {
+        if (path.size() != 4)
+            return QVariant();
+        const Customer* customer = customerOf(invoice);
+        Customer none;
+        if (!customer)
+            customer = &none;
+        const QString& field = path.at(3);
+        if (field == QLatin1String("number"))
+            return customer->number;
+        if (field == QLatin1String("name"))
+            return customer->name;
+        if (field == QLatin1String("streetName"))
+            return customer->streetName;
+        if (field == QLatin1String("postCode"))
+            return customer->postCode;
+        if (field == QLatin1String("townName"))
+            return customer->townName;
+        if (field == QLatin1String("country"))
+            return customer->country;
+        return QVariant();
+    }
+    if (path.size() != 3)
+        return QVariant();
+    if (key == QLatin1String("type"))
+        return invoice.type;
+    if (key == QLatin1String("number"))
+        return invoice.number;
+    if (key == QLatin1String("date"))
+        return invoice.date;
+    if (key == QLatin1String("dueDate"))
+        return invoice.dueDate;
+    if (key == QLatin1String("hasDeliveryDate"))
+        return invoice.deliveryDate.isValid();
+    if (key == QLatin1String("deliveryDate"))
+        return invoice.deliveryDate;
+    if (key == QLatin1String("totalAmount"))
+        return money(rowTotal(invoice, row.vat));
+    if (key == QLatin1String("totalAmountVatExcluded"))
+        return money(rowTotalVatExcluded(invoice, row.vat));
+    if (key == QLatin1String("totalVatAmount"))
+        return money(rowTotal(invoice, row.vat) - rowTotalVatExcluded(invoice, row.vat));
+    if (key == QLatin1String("balance"))
+        return money(invoice.balance);
+    if (key == QLatin1String("referenceNumber"))
+        return Invoice::formatReferenceNumber(invoice.referenceNumber);
+    if (key == QLatin1String("referenceNumberRaw"))
+        return invoice.referenceNumber;
+    if (key == QLatin1String("referenceNumberSpy"))
+        return Invoice::formatSpyReferenceNumber(invoice.referenceNumber);
+    return QVariant();
+}
+
+QVariant InvoiceListPrintModel::vatValue(const QStringList& path) const
+{
+    const QList<int> rates = m_vat.vatRates();
+    if (path.size() == 2 && path.at(1) == QLatin1String("length"))
+        return int(rates.size());
+    if (path.size() != 3)
+        return QVariant();
+    bool ok = false;
+    const int index = path.at(1).toInt(&ok);
+    if (!ok || index < 0 || index >= rates.size())
+        return QVariant();
+    const int rate = rates.at(index);
+    const QString& key = path.at(2);
+    if (key == QLatin1String("percent"))
+        return Decimal(rate, 2).toVariant();
+    if (key == QLatin1String("amountVatExcluded"))
+        return money(m_vat.totalAmountVatExcluded(rate));
+    if (key == QLatin1String("vatAmount"))
+        return money(m_vat.totalVatAmount(rate));
+    if (key == QLatin1String("amount"))
+        return money(m_vat.totalAmountVatIncluded(rate));
+    return QVariant();
+}
+
+QString InvoiceListPrintModel::customerField(const Customer* customer, const QString& word) const
+{
+    if (!customer)
+        return QString();
+    if (word == QLatin1String("lähiosoite"))
+        return customer->streetName;
+    if (word == QLatin1String("postinumero"))
+        return customer->postCode;
+    if (word == QLatin1String("postitoimipaikka"))
+        return customer->townName;
+    if (word == QLatin1String("maa"))
+        return customer->country;
+    if (word == QLatin1String("yhteyshenkilö"))
+        return customer->contact;
+    if (word == QLatin1String("puhelinnumero"))
+        return customer->phoneNumber;
+    if (word == QLatin1String("sähköpostiosoite"))
+        return customer->emailAddress;
+    return QString();
+}
+
+bool InvoiceListPrintModel::exportToCSV(const QString& fileName, const QString& format)
+{
+    static const char* const headings[] = { "Numero", "Päivämäärä", "Eräpäivä", "Toimituspäivä",
+        "Asiakasnumero", "Nimi", "Veroton", "ALV", "Verollinen", "Avoin saldo", "Viitenumero" };
+    static const char* const customerWords[][2] = { { "lähiosoite", "Lähiosoite" },
+        { "postinumero", "Postinumero" }, { "postitoimipaikka", "Postitoimipaikka" },
+        { "maa", "Maa" }, { "yhteyshenkilö", "Yhteyshenkilö" },
+        { "puhelinnumero", "Puhelinnumero" }, { "sähköpostiosoite", "Sähköpostiosoite" } };
+
+    const QStringList words = m_extraFieldsSet
+        ? m_extraFields
+        : ListReportFormat::extraFields(
+            m_registry ? m_registry->appSettings() : nullptr, QStringLiteral("invoiceListPrint"));
+    QStringList extraCustomer;
+    bool vatColumns = false;
+    for (const QString& word : words) {
+        if (word == QLatin1String("alv-erittely")) {
+            vatColumns = true;
+            continue;
+        }
+        for (const auto& pair : customerWords) {
+            if (word == QString::fromUtf8(pair[0]) && !extraCustomer.contains(word))
+                extraCustomer.append(word);
+        }
+    }
+
+    CsvWriter csv(format);
+    for (int column = 0; column < ColumnCount; ++column) {
+        if (m_columnFlags & (1 << column))
+            csv.addText(tr(headings[column]));
+    }
+    for (const QString& word : std::as_const(extraCustomer)) {
+        for (const auto& pair : customerWords) {
+            if (word == QString::fromUtf8(pair[0]))
+                csv.addText(tr(pair[1]));
+        }
+    }
+    const QList<int> rates = m_vat.vatRates();
+    if (vatColumns) {
+        for (int rate : rates) {
+            const QString percent = ListReportFormat::number(rate, 2, 0);
+            csv.addText(tr("Veroton (%1 %)").arg(percent));
+            csv.addText(tr("ALV (%1 %)").arg(percent));
+            csv.addText(tr("Verollinen (%1 %)").arg(percent));
+        }
+    }
+    csv.endRow();
+
+    for (const Row& row : std::as_const(m_rows)) {
+        const Invoice& invoice = row.invoice;
+        const Customer* customer = customerOf(invoice);
+        const long long total = rowTotal(invoice, row.vat);
+        const long long vatExcluded = rowTotalVatExcluded(invoice, row.vat);
+        for (int column = 0; column < ColumnCount; ++column) {
+            if (!(m_columnFlags & (1 << column)))
+                continue;
+            switch (column) {
+            case NumberColumn:
+                csv.addNumber(QString::number(invoice.number));
+                break;
+            case DateColumn:
+                csv.addText(ListReportFormat::date(invoice.date));
+                break;
+            case DueDateColumn:
+                csv.addText(ListReportFormat::date(invoice.dueDate));
+                break;
+            case DeliveryDateColumn:
+                csv.addText(ListReportFormat::date(invoice.deliveryDate));
+                break;
+            case CustomerNumberColumn:
+                csv.addNumber(customer ? QString::number(customer->number) : QString());
+                break;
+            case CustomerNameColumn:
+                csv.addText(customer ? customer->name : QString());
+                break;
+            case TotalAmountVatExcludedColumn:
+                csv.addNumber(ListReportFormat::cents(vatExcluded));
+                break;
+            case TotalVatAmountColumn:
+                csv.addNumber(ListReportFormat::cents(total - vatExcluded));
+                break;
+            case TotalAmountVatIncludedColumn:
+                csv.addNumber(ListReportFormat::cents(total));
+                break;
+            case BalanceColumn:
+                csv.addNumber(ListReportFormat::cents(invoice.balance));
+                break;
+            case ReferenceNumberColumn:
+                csv.addText(Invoice::formatReferenceNumber(invoice.referenceNumber));
+                break;
+            }
+        }
+        for (const QString& word : std::as_const(extraCustomer))
+            csv.addText(customerField(customer, word));
+        if (vatColumns) {
+            for (int rate : rates) {
+                const bool has = row.vat.vatRates().contains(rate);
+                csv.addNumber(has ? ListReportFormat::cents(row.vat.totalAmountVatExcluded(rate))
+                                  : QString());
+                csv.addNumber(
+                    has ? ListReportFormat::cents(row.vat.totalVatAmount(rate)) : QString());
+                csv.addNumber(has ? ListReportFormat::cents(row.vat.totalAmountVatIncluded(rate))
+                                  : QString());
+            }
+        }
+        csv.endRow();
+    }
+    return ListReportFormat::save(csv, fileName, &m_lastError);
+}
