@@ -343,8 +343,7 @@ void TestMainModelInvoices::typicalRequest()
     m_model->updateTotalAmount();
     m_model->updateBalance();
     QCOMPARE(invoice->balance, 1000);
-    QCOMPARE(m_model->invoiceTableModel()->index(0, InvoiceTableModel::BalanceColumn).data(),
-        m_model->invoiceTableModel()->index(0, InvoiceTableModel::BalanceColumn).data());
+    QCOMPARE(m_model->invoiceTableModel()->invoiceAt(0)->balance, 1000);
     QVERIFY(m_model->saveInvoice());
     QCOMPARE(db.value(QStringLiteral("SELECT count(*) FROM payment") + where).toInt(), 1);
     QCOMPARE(db.value(QStringLiteral("SELECT balance FROM invoice WHERE id = %1").arg(id)).toInt(),
@@ -748,6 +747,20 @@ void TestMainModelInvoices::lastInvoiceStaysEditable()
     QVERIFY(m_model->invoiceItemTableModel()->isEditable());
     QVERIFY(m_model->paymentTableModel()->isEditable());
     QCOMPARE(m_model->invoice()->number, 106);
+
+    // A saved change shows in the invoice's list row.
+    m_model->invoice()->type = 2;
+    QVERIFY(m_model->invoiceItemTableModel()->insertRow(0));
+    setCell(0, InvoiceItemTableModel::PriceColumn, QStringLiteral("-5"));
+    setCell(0, InvoiceItemTableModel::QuantityColumn, QStringLiteral("1"));
+    QVERIFY(m_model->saveInvoice());
+    InvoiceTableModel* list = m_model->invoiceTableModel();
+    QCOMPARE(list->index(index, InvoiceTableModel::TypeColumn).data().toString(),
+        QStringLiteral("Hyvityslasku"));
+    QCOMPARE(list->invoiceAt(index)->totalAmount, -500);
+    QCOMPARE(list->invoiceAt(index)->balance, -500);
+    QCOMPARE(list->headerData(InvoiceTableModel::TypeColumn, Qt::Horizontal).toString(),
+        QStringLiteral("Tyyppi"));
 }
 
 void TestMainModelInvoices::missingInvoice()
