@@ -1,0 +1,98 @@
+#include "invoiceprintpreviewdialog.h"
+
+#include "core/registry.h"
+#include "domain/printscript.h"
+#include "domain/settings.h"
+#include "print/invoiceprintmodel.h"
+#include "print/printscriptengine.h"
+#include "print/scripthelper.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QMenu>
+#include <QToolBar>
+#include <QToolButton>
+
+InvoicePrintPreviewDialog::InvoicePrintPreviewDialog(Registry* registry, QWidget* parent)
+    : PrintPreviewDialog(registry, parent)
+    , m_invoiceModel(new InvoicePrintModel(registry, this))
+    , m_layoutMenu(new QMenu(tr("Lasku&pohja"), this))
+    , m_layoutGroup(new QActionGroup(this))
+{
+    m_layoutGroup->setExclusive(true);
+    auto* layoutButton = new QToolButton(this);
+    layoutButton->setObjectName(QStringLiteral("layoutButton"));
+    layoutButton->setText(tr("Lasku&pohja"));
+    layoutButton->setMenu(m_layoutMenu);
+    layoutButton->setPopupMode(QToolButton::InstantPopup);
+    toolBar()->addWidget(layoutButton);
+
+    // Sending by e-mail comes with the e-mail settings.
+    m_sendAction = new QAction(tr("Lähetä"), this);
+    m_sendAction->setToolTip(tr("Lähetä sähköpostilla (Ctrl+E)"));
+    m_sendAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
+    m_sendAction->setEnabled(false);
+    toolBar()->addAction(m_sendAction);
+
+    int id = -1;
+    if (registry && registry->settings()) {
+        bool ok = false;
+        const int value = registry->settings()
+                              ->property(QStringLiteral("printScripts/invoice"))
+                              .toString()
+                              .toInt(&ok);
+        if (ok)
+            id = value;
+    }
+    m_printScriptId = id;
+    fillLayoutMenu();
+    ScriptHelper(registry).loadInvoiceScript(engine(), id);
+}
+
+InvoicePrintPreviewDialog::~InvoicePrintPreviewDialog() = default;
+
+void InvoicePrintPreviewDialog::fillLayoutMenu()
+{
+    auto addLayout = [this](const QString& name, int id) {
+        QAction* action = m_layoutMenu->addAction(name);
+        action->setCheckable(true);
+        action->setData(id);
+        action->setChecked(id == m_printScriptId);
+        m_layoutGroup->addAction(action);
+        connect(action, &QAction::triggered, this, [this, id]() { setPrintScript(id); });
+    };
+    Registry* registry = this->registry();
+    const QStringList names
+        = registry ? registry->builtInPrintScriptNames() : QStringList { tr("Oletuslaskupohja") };
+    const QList<int> ids = registry ? registry->builtInPrintScriptIds() : QList<int> { -1 };
+    for (int i = 0; i < names.size() && i < ids.size(); ++i)
+        addLayout(names.at(i), ids.at(i));
+    if (registry) {
+        for (int i = 0; i < registry->printScriptCount(); ++i) {
+            const PrintScript* script = registry->printScriptAt(i);
+            if (script->type == QLatin1String("invoice"))
+                addLayout(script->name, script->id);
+        }
+    }
+}
+
+QList<QAction*> InvoicePrintPreviewDialog::layoutActions() const
+{
+    return m_layoutGroup->actions();
+}
+
+bool InvoicePrintPreviewDialog::setPrintScript(int id)
+{
+    m_printScriptId = id;
+    const QList<QAction*> actions = m_layoutGroup->actions();
+    for (QAction* action : actions)
+        action->setChecked(action->data().toInt() == id);
+    engine()->clear();
+    if (!ScriptHelper(registry()).loadInvoiceScript(engine(), id)) {
+        QMetaObject::invokeMethod(
+            this, "showScriptError", Qt::QueuedConnection, Q_ARG(QString, engine()->lastError()));
+        return false;
+    }
+    redrawPrintPreview();
+    return true;
+}
