@@ -2,6 +2,7 @@
 
 #include "core/registry.h"
 #include "print/invoicelistprintmodel.h"
+#include "print/invoiceprintjob.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
 #include "reportcriteriadialog.h"
@@ -113,4 +114,16 @@ void InvoiceListPrintPreviewDialog::saveSettings()
         orientation() == QPageLayout::Landscape ? QStringLiteral("landscape")
                                                 : QStringLiteral("portrait"));
     settings->endGroup();
+}
+
+bool InvoiceListPrintPreviewDialog::showReport(
+    Registry* registry, const InvoiceCriteria& criteria, QWidget* parent)
+{
+    InvoiceListPrintPreviewDialog dialog(registry, parent);
+    criteria.copy(&dialog.listModel()->criteria());
+    dialog.setPrinterName(InvoicePrintJob(registry).reportPrinterName());
+    if (!dialog.updatePrintPreview(dialog.listModel()))
+        return false;
+    dialog.exec();
+    return true;
 }

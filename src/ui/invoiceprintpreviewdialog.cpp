@@ -3,13 +3,16 @@
 #include "core/registry.h"
 #include "domain/printscript.h"
 #include "domain/settings.h"
+#include "print/invoiceprintjob.h"
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
 
 #include <QAction>
 #include <QActionGroup>
+#include <QCoreApplication>
 #include <QMenu>
+#include <QMessageBox>
 #include <QToolBar>
 #include <QToolButton>
 
@@ -94,5 +97,39 @@ bool InvoicePrintPreviewDialog::setPrintScript(int id)
         return false;
     }
     redrawPrintPreview();
+    return true;
+}
+
+bool InvoicePrintPreviewDialog::printInvoices(
+    Registry* registry, const InvoiceCriteria& criteria, int kind, bool preview, QWidget* parent)
+{
+    const QString title = QCoreApplication::applicationName();
+    InvoicePrintJob job(registry);
+    InvoicePrintPreviewDialog dialog(registry, parent);
+    InvoicePrintModel* model = dialog.invoicePrintModel();
+    criteria.copy(&model->criteria());
+    model->setPrintType(kind == InvoicePrintJob::Invoice ? 0 : kind);
+    if (!model->run()) {
+        QMessageBox::critical(
+            parent, title, tr("Tulosteen muodostaminen epäonnistui. %1").arg(model->lastError()));
+        return false;
+    }
+    if (model->invoiceCount() == 0)
+        return false;
+    const QString warning = InvoicePrintJob::dueDateWarning(model, kind, QDate::currentDate());
+    if (!warning.isEmpty())
+        QMessageBox::information(parent, title, warning);
+    const bool showPreview = preview || job.showPreview();
+    const QString question = InvoicePrintJob::noRowsQuestion(model, showPreview);
+    if (!question.isEmpty() && QMessageBox::question(parent, title, question) != QMessageBox::Yes)
+        return false;
+    dialog.setPrinterName(job.printerName());
+    dialog.setCopiesPrinterName(job.copiesPrinterName());
+    dialog.setNumberOfCopies(job.numberOfCopies());
+    if (!dialog.updatePrintPreview(model))
+        return false;
+    if (!showPreview)
+        return dialog.printReport();
+    dialog.exec();
     return true;
 }

@@ -5,6 +5,7 @@
 
 #include <QList>
 
+class InvoiceCriteria;
 class InvoicePrintModel;
 class QAction;
 class QActionGroup;
@@ -28,6 +29,14 @@ public:
     QList<QAction*> layoutActions() const;
     QAction* sendAction() const { return m_sendAction; }
     int printScriptId() const { return m_printScriptId; }
+
+    // The invoice print commands of the main window: loads the invoices of
+    // criteria printed as kind (an InvoicePrintJob::Kind), cautions and asks
+    // as InvoicePrintJob decides, then shows the preview (when preview is
+    // set or the company setting asks for it) or prints straight away on
+    // the configured printers. False when nothing was shown or printed.
+    static bool printInvoices(Registry* registry, const InvoiceCriteria& criteria, int kind,
+        bool preview, QWidget* parent);
 
 public slots:
     // Loads the layout with this id (built-in ids are 0 or below) and redraws.

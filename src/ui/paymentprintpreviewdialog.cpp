@@ -1,6 +1,7 @@
 #include "paymentprintpreviewdialog.h"
 
 #include "core/registry.h"
+#include "print/invoiceprintjob.h"
 #include "print/paymentprintmodel.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
@@ -113,4 +114,16 @@ void PaymentPrintPreviewDialog::saveSettings()
         orientation() == QPageLayout::Landscape ? QStringLiteral("landscape")
                                                 : QStringLiteral("portrait"));
     settings->endGroup();
+}
+
+bool PaymentPrintPreviewDialog::showReport(
+    Registry* registry, const PaymentCriteria& criteria, QWidget* parent)
+{
+    PaymentPrintPreviewDialog dialog(registry, parent);
+    criteria.copy(&dialog.listModel()->criteria());
+    dialog.setPrinterName(InvoicePrintJob(registry).reportPrinterName());
+    if (!dialog.updatePrintPreview(dialog.listModel()))
+        return false;
+    dialog.exec();
+    return true;
 }

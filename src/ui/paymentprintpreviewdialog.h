@@ -6,6 +6,7 @@
 #include <QList>
 
 class PaymentPrintModel;
+class PaymentCriteria;
 class QAction;
 class QComboBox;
 class QMenu;
@@ -25,6 +26,10 @@ public:
     QMenu* columnMenu() const { return m_columnMenu; }
     QList<QAction*> columnActions() const { return m_columnActions; }
     QComboBox* sortComboBox() const { return m_sortCombo; }
+
+    // Shows the report of these criteria on the reports printer; false
+    // when the report could not be made.
+    static bool showReport(Registry* registry, const PaymentCriteria& criteria, QWidget* parent);
 
 public slots:
     // Opens the search; accepting it runs the report again.

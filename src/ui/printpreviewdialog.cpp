@@ -2,8 +2,12 @@
 
 #include "core/registry.h"
 #include "domain/logging.h"
+#include "print/customerlistprintmodel.h"
+#include "print/invoiceprintjob.h"
 #include "print/printmodel.h"
 #include "print/printscriptengine.h"
+#include "print/productlistprintmodel.h"
+#include "print/scripthelper.h"
 #include "print/scriptpdfwriter.h"
 #include "scripterrordialog.h"
 
@@ -545,4 +549,28 @@ void PrintPreviewDialog::updateButtonsEnabled()
     const int zoom = m_zoomCombo->currentIndex();
     m_zoomOutAction->setEnabled(zoom != firstFactorIndex);
     m_zoomInAction->setEnabled(zoom != m_zoomCombo->count() - 1);
+}
+
+bool PrintPreviewDialog::showCustomerList(Registry* registry, QWidget* parent)
+{
+    PrintPreviewDialog dialog(registry, parent);
+    CustomerListPrintModel model(registry);
+    ScriptHelper(registry).loadCustomerListScript(dialog.engine());
+    dialog.setPrinterName(InvoicePrintJob(registry).reportPrinterName());
+    if (!dialog.updatePrintPreview(&model))
+        return false;
+    dialog.exec();
+    return true;
+}
+
+bool PrintPreviewDialog::showProductList(Registry* registry, QWidget* parent)
+{
+    PrintPreviewDialog dialog(registry, parent);
+    ProductListPrintModel model(registry);
+    ScriptHelper(registry).loadProductListScript(dialog.engine());
+    dialog.setPrinterName(InvoicePrintJob(registry).reportPrinterName());
+    if (!dialog.updatePrintPreview(&model))
+        return false;
+    dialog.exec();
+    return true;
 }

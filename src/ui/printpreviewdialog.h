@@ -82,6 +82,10 @@ public:
     // The printer setPrinter() chose last.
     QString selectedPrinterName() const { return m_selectedPrinterName; }
 
+    // The customer and product lists, shown on the reports printer.
+    static bool showCustomerList(Registry* registry, QWidget* parent);
+    static bool showProductList(Registry* registry, QWidget* parent);
+
     static QStringList saveFilters();
     // The name with ".pdf" or ".csv" added when the filter's suffix is missing.
     static QString fileNameWithSuffix(const QString& fileName, int filterIndex);

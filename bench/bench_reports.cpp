@@ -1,0 +1,256 @@
+// List report speed: the invoice list of 5 000 invoices (about 100 pages)
+// gathered with its VAT breakdown, drawn into a PDF and written as CSV, and
+// the payment journal of 5 000 payments gathered and drawn. The target is
+// a whole year's list on screen within two seconds on a 2-core machine.
+#include "core/registry.h"
+#include "domain/customer.h"
+#include "domain/decimal.h"
+#include "domain/invoice.h"
+#include "domain/invoiceitem.h"
+#include "domain/payment.h"
+#include "domain/settings.h"
+#include "domain/vat.h"
+#include "print/invoicelistprintmodel.h"
+#include "print/paymentprintmodel.h"
+#include "print/printscriptengine.h"
+#include "print/scripthelper.h"
+#include "storage/query.h"
+#include "storage/sqlitedatabase.h"
+
+#include <QBuffer>
+#include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QPdfWriter>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+#include <memory>
+
+namespace {
+
+constexpr int invoiceCount = 5000;
+
+// 20 customers and 5 000 invoices of three rows; two thirds of them paid
+// in one or two parts.
+class ReportData
+{
+public:
+    static ReportData& instance()
+    {
+        static ReportData data;
+        return data;
+    }
+
+    Registry* registry() { return &m_registry; }
+    QString directory() const { return m_dir.path(); }
+    bool ok() const { return m_ok; }
+    QString error() const { return m_error; }
+
+private:
+    ReportData()
+    {
+        QSettings entry(m_dir.filePath(QStringLiteral("bench.ini")), QSettings::IniFormat);
+        entry.setValue(QStringLiteral("filename"), m_dir.filePath(QStringLiteral("bench.sqlite")));
+        entry.setValue(QStringLiteral("name"), QStringLiteral("Kuusela Design Oy"));
+        m_database.setCreateIfNotExist(true);
+        if (!m_database.open(&entry)) {
+            m_error = m_database.lastError();
+            return;
+        }
+        m_registry.setDatabase(&m_database);
+        std::unique_ptr<Query> query(m_database.query());
+        m_ok = fill(query.get());
+        if (!m_ok)
+            m_error = query->lastError();
+    }
+    ~ReportData() { m_registry.setDatabase(nullptr); }
+
+    bool fill(Query* query)
+    {
+        QList<int> customerIds;
+        for (int i = 0; i < 20; ++i) {
+            Customer customer;
+            customer.number = i + 1;
+            customer.name = QStringLiteral("Asiakas %1 Oy").arg(i + 1);
+            customer.townName = QStringLiteral("Tampere");
+            if (!query->saveCustomer(&customer))
+                return false;
+            customerIds.append(customer.id);
+        }
+        if (!m_database.transaction())
+            return false;
+        for (int number = 1; number <= invoiceCount; ++number) {
+            Invoice invoice;
+            invoice.customerId = customerIds.at(number % customerIds.size());
+            invoice.number = number;
+            invoice.date = QDate(2025, 1, 1).addDays(number % 365);
+            invoice.dueDate = invoice.date.addDays(14);
+            invoice.referenceNumber
+                = Invoice::appendCheckDigitToReferenceNumber(QString::number(number) + "00");
+            QList<InvoiceItem> items;
+            for (int row = 0; row < 3; ++row) {
+                InvoiceItem item;
+                item.productName = QStringLiteral("Työ");
+                item.quantity = 10000 + 2500 * row;
+                item.setAmountVatExcluded(850000 + 10000 * (number % 50));
+                item.vatRate = row == 2 ? 1400 : 2550;
+                item.rowNumber = row;
+                items.append(item);
+            }
+            Vat vat;
+            for (const InvoiceItem& item : items)
+                vat.addInvoiceItem(&item);
+            invoice.totalAmount = int(vat.totalAmountVatIncluded());
+            const int parts = number % 3;
+            invoice.balance = parts == 0 ? invoice.totalAmount : 0;
+            if (!query->saveInvoice(&invoice))
+                return false;
+            for (InvoiceItem& item : items) {
+                item.invoiceId = invoice.id;
+                if (!query->saveInvoiceItem(&item))
+                    return false;
+            }
+            for (int part = 0; part < parts; ++part) {
+                Payment payment;
+                payment.invoiceId = invoice.id;
+                payment.date = invoice.date.addDays(10 + part * 20);
+                payment.amount = parts == 1 ? invoice.totalAmount
+                    : part == 0             ? invoice.totalAmount / 2
+                                            : invoice.totalAmount - invoice.totalAmount / 2;
+                if (!query->savePayment(&payment))
+                    return false;
+            }
+        }
+        return m_database.commit() && m_registry.fetchSettings(query)
+            && m_registry.fetchCustomers(query) && m_registry.fetchBankAccounts(query);
+    }
+
+    QTemporaryDir m_dir;
+    SQLiteDatabase m_database;
+    Registry m_registry;
+    bool m_ok = false;
+    QString m_error;
+};
+
+bool render(PrintScriptEngine& engine, benchmark::State& state, qint64* bytes)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    {
+        QPdfWriter writer(&buffer);
+        writer.setPageSize(QPageSize(QPageSize::A4));
+        if (!engine.print(&writer)) {
+            state.SkipWithError(qPrintable(engine.lastError()));
+            return false;
+        }
+    }
+    *bytes = buffer.size();
+    return true;
+}
+
+// The database query, the per-invoice VAT breakdowns and the sort.
+void BM_InvoiceListRun(benchmark::State& state)
+{
+    ReportData& data = ReportData::instance();
+    if (!data.ok()) {
+        state.SkipWithError(qPrintable(data.error()));
+        return;
+    }
+    for (auto _ : state) {
+        InvoiceListPrintModel model(data.registry());
+        if (!model.run() || model.invoiceCount() != invoiceCount) {
+            state.SkipWithError("the invoice list failed");
+            return;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * invoiceCount);
+}
+BENCHMARK(BM_InvoiceListRun)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The list drawn by its script: measuring the columns, every line and the
+// page breaks.
+void BM_InvoiceListPdf(benchmark::State& state)
+{
+    ReportData& data = ReportData::instance();
+    InvoiceListPrintModel model(data.registry());
+    PrintScriptEngine engine;
+    engine.setModel(&model);
+    if (!data.ok() || !model.run()
+        || !ScriptHelper(data.registry()).loadInvoiceListScript(&engine)) {
+        state.SkipWithError("loading failed");
+        return;
+    }
+    qint64 bytes = 0;
+    for (auto _ : state) {
+        if (!render(engine, state, &bytes))
+            return;
+    }
+    state.counters["pages"] = engine.pageNumber();
+    state.counters["pdf_bytes"] = double(bytes);
+}
+BENCHMARK(BM_InvoiceListPdf)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void BM_InvoiceListCsv(benchmark::State& state)
+{
+    ReportData& data = ReportData::instance();
+    InvoiceListPrintModel model(data.registry());
+    model.setExtraFields({ QStringLiteral("postitoimipaikka"), QStringLiteral("alv-erittely") });
+    if (!data.ok() || !model.run()) {
+        state.SkipWithError("loading failed");
+        return;
+    }
+    const QString fileName = data.directory() + QStringLiteral("/laskut.csv");
+    for (auto _ : state) {
+        if (!model.exportToCSV(fileName, QStringLiteral(";"))) {
+            state.SkipWithError(qPrintable(model.lastError()));
+            return;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * invoiceCount);
+}
+BENCHMARK(BM_InvoiceListCsv)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// The payment journal of every payment, gathered and drawn.
+void BM_PaymentListRunAndPdf(benchmark::State& state)
+{
+    ReportData& data = ReportData::instance();
+    PrintScriptEngine engine;
+    if (!data.ok() || !ScriptHelper(data.registry()).loadPaymentListScript(&engine)) {
+        state.SkipWithError("loading failed");
+        return;
+    }
+    qint64 bytes = 0;
+    int payments = 0;
+    for (auto _ : state) {
+        PaymentPrintModel model(data.registry());
+        if (!model.run()) {
+            state.SkipWithError(qPrintable(model.lastError()));
+            return;
+        }
+        payments = model.paymentCount();
+        engine.setModel(&model);
+        if (!render(engine, state, &bytes))
+            return;
+        engine.setModel(nullptr);
+    }
+    state.counters["payments"] = payments;
+    state.counters["pages"] = engine.pageNumber();
+}
+BENCHMARK(BM_PaymentListRunAndPdf)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    Decimal::registerMetaType();
+    QLoggingCategory::setFilterRules(QStringLiteral("veklari.*.debug=false"));
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
