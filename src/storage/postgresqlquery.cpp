@@ -1,5 +1,7 @@
 #include "postgresqlquery.h"
 
+#include <QHash>
+
 PostgreSQLQuery::PostgreSQLQuery(QSqlQuery query, QObject* parent) : Query(std::move(query), parent)
 {
 }
@@ -16,7 +18,18 @@ QString PostgreSQLQuery::escapeClause() const
 
 QString PostgreSQLQuery::newIdValue(const QString& table) const
 {
-    return QStringLiteral("nextval('%1_id_seq')").arg(table);
+    // New ids come from the table's sequence, e.g. "INSERT INTO payment (id,
+    // invoice_id, date, bank_account_id, amount) VALUES (nextval('payment_id_seq'), ?, ?, ?, ?)".
+    static const QHash<QString, QString> values {
+        { QStringLiteral("bank_account"), QStringLiteral("nextval('bank_account_id_seq')") },
+        { QStringLiteral("customer"), QStringLiteral("nextval('customer_id_seq')") },
+        { QStringLiteral("invoice"), QStringLiteral("nextval('invoice_id_seq')") },
+        { QStringLiteral("invoice_item"), QStringLiteral("nextval('invoice_item_id_seq')") },
+        { QStringLiteral("payment"), QStringLiteral("nextval('payment_id_seq')") },
+        { QStringLiteral("print_script"), QStringLiteral("nextval('print_script_id_seq')") },
+        { QStringLiteral("product"), QStringLiteral("nextval('product_id_seq')") },
+    };
+    return values.value(table);
 }
 
 int PostgreSQLQuery::insertedId(const QString& table)

@@ -54,16 +54,11 @@ int toForeignKey(const QVariant& value)
     return value.isNull() ? -1 : value.toInt();
 }
 
-const QString invoiceDetailColumns = QStringLiteral(
-    "id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, "
-    "seller_ref, interest_on_arrears, due_date, reference_number, total_amount, %1, properties");
-const QString invoiceSummaryColumns = QStringLiteral(
-    "id, customer_id, type, number, date, due_date, delivery_date, reference_number, "
-    "total_amount, %1");
-const QString invoiceItemColumns = QStringLiteral(
-    "SELECT id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, "
-    "vat_excluded, discount, text, row_number FROM invoice_item");
-const QString paymentColumns
+const QString invoiceDetailsSelect = QStringLiteral(
+    "SELECT id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, reference_number, total_amount, balance, properties FROM invoice");
+const QString invoiceSummarySelect = QStringLiteral(
+    "SELECT id, customer_id, type, number, date, due_date, delivery_date, reference_number, total_amount, balance FROM invoice");
+const QString paymentSelect
     = QStringLiteral("SELECT id, invoice_id, date, bank_account_id, amount FROM payment");
 
 } // namespace
@@ -120,6 +115,13 @@ QString Query::escapeClause() const
     return QStringLiteral(" ESCAPE '\\'");
 }
 
+QString Query::insertStatement(const QString& sql, const QString& table) const
+{
+    QString statement = sql;
+    return statement.replace(QLatin1String("VALUES (NULL,"),
+        QLatin1String("VALUES (") + newIdValue(table) + QLatin1Char(','));
+}
+
 QString Query::newIdValue(const QString& table) const
 {
     Q_UNUSED(table)
@@ -137,9 +139,8 @@ int Query::insertedId(const QString& table)
 
 bool Query::fetchBankAccounts()
 {
-    return prepareQuery(
-               QStringLiteral("SELECT id, name, short_name, iban, bic, row_number, visible, "
-                              "deleted FROM bank_account ORDER BY row_number"))
+    return prepareQuery(QStringLiteral(
+               "SELECT id, name, short_name, iban, bic, row_number, visible, deleted FROM bank_account ORDER BY row_number"))
         && execQuery();
 }
 
@@ -158,9 +159,7 @@ void Query::bankAccount(BankAccount* account)
 bool Query::fetchCustomers()
 {
     return prepareQuery(QStringLiteral(
-               "SELECT id, number, name, street_name, post_code, town_name, country, contact, "
-               "vat_number, reference_number, email_address, phone_number, payment_terms, "
-               "properties, deleted FROM customer ORDER BY number"))
+               "SELECT id, number, name, street_name, post_code, town_name, country, contact, vat_number, reference_number, email_address, phone_number, payment_terms, properties, deleted FROM customer ORDER BY number"))
         && execQuery();
 }
 
@@ -185,9 +184,8 @@ void Query::customer(Customer* customer)
 
 bool Query::fetchProducts()
 {
-    return prepareQuery(
-               QStringLiteral("SELECT id, number, name, unit_code, amount, vat_rate, vat_excluded, "
-                              "category FROM product ORDER BY number"))
+    return prepareQuery(QStringLiteral(
+               "SELECT id, number, name, unit_code, amount, vat_rate, vat_excluded, category FROM product ORDER BY number"))
         && execQuery();
 }
 
@@ -206,8 +204,7 @@ void Query::product(Product* product)
 bool Query::fetchSettings()
 {
     return prepareQuery(QStringLiteral(
-               "SELECT seller_name, seller_street_name, seller_post_code, seller_town_name, "
-               "seller_country, seller_business_id, seller_logo, properties FROM settings LIMIT 1"))
+               "SELECT seller_name, seller_street_name, seller_post_code, seller_town_name, seller_country, seller_business_id, seller_logo, properties FROM settings LIMIT 1"))
         && execQuery();
 }
 
@@ -269,23 +266,24 @@ bool Query::fetchPrintScript(int id, PrintScript* script)
 
 bool Query::fetchInvoiceDetails(int id)
 {
-    if (!prepareQuery(QStringLiteral("SELECT %1 FROM invoice WHERE id = ? LIMIT 1")
-                          .arg(invoiceDetailColumns.arg(QStringLiteral("balance")))))
+    if (!prepareQuery(QStringLiteral(
+            "SELECT id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, reference_number, total_amount, balance, properties FROM invoice WHERE id = ? LIMIT 1")))
         return false;
     m_query.addBindValue(id);
     return execQuery();
 }
 
-bool Query::fetchInvoices(const QString& columns, const InvoiceCriteria& criteria)
+bool Query::fetchInvoices(const QString& select, const InvoiceCriteria& criteria)
 {
     QVariantList values;
-    QString balance = QStringLiteral("balance");
+    QString sql = select;
     if (m_invoiceBalanceMode && criteria.balanceDate.isValid()) {
-        balance = QStringLiteral("total_amount - COALESCE((SELECT sum(p.amount) FROM payment p "
-                                 "WHERE p.invoice_id = invoice.id AND p.date <= ?), 0)");
+        // The balance at a date: the total less the payments made by then.
+        sql.replace(QLatin1String("total_amount, balance"),
+            QLatin1String(
+                "total_amount, total_amount - COALESCE((SELECT sum(p.amount) FROM payment p WHERE p.invoice_id = invoice.id AND p.date <= ?), 0)"));
         values.append(criteria.balanceDate);
     }
-    QString sql = QStringLiteral("SELECT %1 FROM invoice").arg(columns.arg(balance));
     buildInvoiceWhereClause(criteria, sql, values, QString(), QStringLiteral(" WHERE "));
     sql += QStringLiteral(" ORDER BY number");
     if (criteria.descending)
@@ -300,7 +298,7 @@ bool Query::fetchInvoices(const QString& columns, const InvoiceCriteria& criteri
 
 bool Query::fetchInvoiceDetails(const InvoiceCriteria& criteria)
 {
-    return fetchInvoices(invoiceDetailColumns, criteria);
+    return fetchInvoices(invoiceDetailsSelect, criteria);
 }
 
 void Query::invoiceDetails(Invoice* invoice)
@@ -325,7 +323,7 @@ void Query::invoiceDetails(Invoice* invoice)
 
 bool Query::fetchInvoiceSummaries(const InvoiceCriteria& criteria)
 {
-    return fetchInvoices(invoiceSummaryColumns, criteria);
+    return fetchInvoices(invoiceSummarySelect, criteria);
 }
 
 void Query::invoiceSummary(Invoice* invoice)
@@ -370,8 +368,8 @@ int Query::maxInvoiceNumber()
 
 bool Query::fetchInvoiceItems(int invoiceId)
 {
-    if (!prepareQuery(
-            invoiceItemColumns + QStringLiteral(" WHERE invoice_id = ? ORDER BY row_number")))
+    if (!prepareQuery(QStringLiteral(
+            "SELECT id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number FROM invoice_item WHERE invoice_id = ? ORDER BY row_number")))
         return false;
     m_query.addBindValue(invoiceId);
     return execQuery();
@@ -379,7 +377,8 @@ bool Query::fetchInvoiceItems(int invoiceId)
 
 bool Query::fetchInvoiceItem(int id)
 {
-    if (!prepareQuery(invoiceItemColumns + QStringLiteral(" WHERE id = ?")))
+    if (!prepareQuery(QStringLiteral(
+            "SELECT id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number FROM invoice_item WHERE id = ?")))
         return false;
     m_query.addBindValue(id);
     return execQuery();
@@ -389,10 +388,7 @@ bool Query::fetchInvoiceItems(const InvoiceCriteria& criteria)
 {
     QVariantList values;
     QString sql = QStringLiteral(
-        "SELECT r.id, r.invoice_id, r.product_number, r.product_name, r.quantity, r.unit_code, "
-        "r.amount, r.vat_rate, r.vat_excluded, r.discount, r.text, r.row_number FROM "
-        "invoice_item r INNER JOIN invoice i ON r.invoice_id = i.id WHERE r.invoice_id IN "
-        "(SELECT j.id FROM invoice j");
+        "SELECT r.id, r.invoice_id, r.product_number, r.product_name, r.quantity, r.unit_code, r.amount, r.vat_rate, r.vat_excluded, r.discount, r.text, r.row_number FROM invoice_item r INNER JOIN invoice i ON r.invoice_id = i.id WHERE r.invoice_id IN (SELECT j.id FROM invoice j");
     buildInvoiceWhereClause(criteria, sql, values, QStringLiteral("j."), QStringLiteral(" WHERE "));
     sql += QStringLiteral(" ORDER BY j.number");
     if (criteria.descending)
@@ -424,8 +420,8 @@ void Query::invoiceItem(InvoiceItem* item)
 
 bool Query::fetchPayments(int invoiceId)
 {
-    if (!prepareQuery(paymentColumns
-            + QStringLiteral(" WHERE invoice_id = ? ORDER BY date, bank_account_id")))
+    if (!prepareQuery(QStringLiteral(
+            "SELECT id, invoice_id, date, bank_account_id, amount FROM payment WHERE invoice_id = ? ORDER BY date, bank_account_id")))
         return false;
     m_query.addBindValue(invoiceId);
     return execQuery();
@@ -433,7 +429,8 @@ bool Query::fetchPayments(int invoiceId)
 
 bool Query::fetchPayment(int id)
 {
-    if (!prepareQuery(paymentColumns + QStringLiteral(" WHERE id = ?")))
+    if (!prepareQuery(QStringLiteral(
+            "SELECT id, invoice_id, date, bank_account_id, amount FROM payment WHERE id = ?")))
         return false;
     m_query.addBindValue(id);
     return execQuery();
@@ -442,7 +439,7 @@ bool Query::fetchPayment(int id)
 bool Query::fetchPayments(const PaymentCriteria& paymentCriteria)
 {
     QVariantList values;
-    QString sql = paymentColumns;
+    QString sql = paymentSelect;
     buildPaymentWhereClause(
         paymentCriteria, nullptr, sql, values, QString(), QStringLiteral(" WHERE "));
     sql += QStringLiteral(" ORDER BY date, bank_account_id");
@@ -456,8 +453,8 @@ bool Query::fetchPayments(
     const PaymentCriteria& paymentCriteria, const InvoiceCriteria& invoiceCriteria)
 {
     QVariantList values;
-    QString sql = QStringLiteral("SELECT p.id, p.invoice_id, p.date, p.bank_account_id, p.amount "
-                                 "FROM payment p INNER JOIN invoice i ON p.invoice_id = i.id");
+    QString sql = QStringLiteral(
+        "SELECT p.id, p.invoice_id, p.date, p.bank_account_id, p.amount FROM payment p INNER JOIN invoice i ON p.invoice_id = i.id");
     buildPaymentWhereClause(paymentCriteria, &invoiceCriteria, sql, values, QStringLiteral("p."),
         QStringLiteral(" WHERE "));
     sql += QStringLiteral(" ORDER BY i.number, p.date, p.bank_account_id");
@@ -481,9 +478,7 @@ bool Query::fetchInvoicesAndPayments(
 {
     QVariantList values;
     QString sql = QStringLiteral(
-        "SELECT i.id, i.customer_id, i.number, i.date, i.due_date, i.delivery_date, "
-        "i.total_amount, i.balance, p.id, p.invoice_id, p.date, p.bank_account_id, p.amount "
-        "FROM payment p INNER JOIN invoice i ON p.invoice_id = i.id");
+        "SELECT i.id, i.customer_id, i.number, i.date, i.due_date, i.delivery_date, i.total_amount, i.balance, p.id, p.invoice_id, p.date, p.bank_account_id, p.amount FROM payment p INNER JOIN invoice i ON p.invoice_id = i.id");
     buildPaymentWhereClause(paymentCriteria, &invoiceCriteria, sql, values, QStringLiteral("p."),
         QStringLiteral(" WHERE "));
     sql += QStringLiteral(" ORDER BY p.date, i.number");
@@ -523,8 +518,8 @@ bool Query::invoiceBalanceMode() const
 bool Query::fetchPaymentAmounts(const InvoiceCriteria& criteria, const QDate& date)
 {
     QVariantList values { dateValue(date) };
-    QString sql = QStringLiteral("SELECT p.invoice_id, sum(p.amount) FROM payment p WHERE "
-                                 "p.date <= ? AND p.invoice_id IN (SELECT j.id FROM invoice j");
+    QString sql = QStringLiteral(
+        "SELECT p.invoice_id, sum(p.amount) FROM payment p WHERE p.date <= ? AND p.invoice_id IN (SELECT j.id FROM invoice j");
     buildInvoiceWhereClause(criteria, sql, values, QStringLiteral("j."), QStringLiteral(" WHERE "));
     sql += QStringLiteral(") GROUP BY p.invoice_id ORDER BY p.invoice_id");
     if (!prepareQuery(sql))
@@ -682,10 +677,10 @@ void Query::bindSettings(Settings* settings)
 bool Query::insertBankAccount(BankAccount* account)
 {
     const QString table = QStringLiteral("bank_account");
-    if (!prepareQuery(
-            QStringLiteral("INSERT INTO bank_account (id, name, short_name, iban, bic, "
-                           "row_number, visible, deleted) VALUES (%1, ?, ?, ?, ?, ?, ?, ?)")
-                .arg(newIdValue(table))))
+    if (!prepareQuery(insertStatement(
+            QStringLiteral(
+                "INSERT INTO bank_account (id, name, short_name, iban, bic, row_number, visible, deleted) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?)"),
+            table)))
         return false;
     bindBankAccount(account);
     if (!execQuery())
@@ -696,8 +691,8 @@ bool Query::insertBankAccount(BankAccount* account)
 
 bool Query::updateBankAccount(BankAccount* account)
 {
-    if (!prepareQuery(QStringLiteral("UPDATE bank_account SET name=?, short_name=?, iban=?, "
-                                     "bic=?, row_number=?, visible=?, deleted=? WHERE id = ?")))
+    if (!prepareQuery(QStringLiteral(
+            "UPDATE bank_account SET name=?, short_name=?, iban=?, bic=?, row_number=?, visible=?, deleted=? WHERE id = ?")))
         return false;
     bindBankAccount(account);
     m_query.addBindValue(account->id);
@@ -707,12 +702,10 @@ bool Query::updateBankAccount(BankAccount* account)
 bool Query::insertCustomer(Customer* customer)
 {
     const QString table = QStringLiteral("customer");
-    if (!prepareQuery(QStringLiteral(
-            "INSERT INTO customer (id, number, name, street_name, post_code, town_name, "
-            "country, contact, vat_number, reference_number, email_address, phone_number, "
-            "payment_terms, properties, deleted) VALUES (%1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
-            "?, ?, ?, ?)")
-                          .arg(newIdValue(table))))
+    if (!prepareQuery(insertStatement(
+            QStringLiteral(
+                "INSERT INTO customer (id, number, name, street_name, post_code, town_name, country, contact, vat_number, reference_number, email_address, phone_number, payment_terms, properties, deleted) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+            table)))
         return false;
     bindCustomer(customer);
     if (!execQuery())
@@ -724,9 +717,7 @@ bool Query::insertCustomer(Customer* customer)
 bool Query::updateCustomer(Customer* customer)
 {
     if (!prepareQuery(QStringLiteral(
-            "UPDATE customer SET number=?, name=?, street_name=?, post_code=?, town_name=?, "
-            "country=?, contact=?, vat_number=?, reference_number=?, email_address=?, "
-            "phone_number=?, payment_terms=?, properties=?, deleted=? WHERE id = ?")))
+            "UPDATE customer SET number=?, name=?, street_name=?, post_code=?, town_name=?, country=?, contact=?, vat_number=?, reference_number=?, email_address=?, phone_number=?, payment_terms=?, properties=?, deleted=? WHERE id = ?")))
         return false;
     bindCustomer(customer);
     m_query.addBindValue(customer->id);
@@ -736,12 +727,10 @@ bool Query::updateCustomer(Customer* customer)
 bool Query::insertInvoice(Invoice* invoice)
 {
     const QString table = QStringLiteral("invoice");
-    if (!prepareQuery(QStringLiteral(
-            "INSERT INTO invoice (id, customer_id, type, number, date, payment_terms, "
-            "delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, "
-            "reference_number, total_amount, balance, properties) VALUES (%1, ?, ?, ?, ?, ?, "
-            "?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
-                          .arg(newIdValue(table))))
+    if (!prepareQuery(insertStatement(
+            QStringLiteral(
+                "INSERT INTO invoice (id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, reference_number, total_amount, balance, properties) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+            table)))
         return false;
     bindInvoice(invoice);
     if (!execQuery())
@@ -753,10 +742,7 @@ bool Query::insertInvoice(Invoice* invoice)
 bool Query::updateInvoice(Invoice* invoice)
 {
     if (!prepareQuery(QStringLiteral(
-            "UPDATE invoice SET customer_id=?, type=?, number=?, date=?, payment_terms=?, "
-            "delivery=?, delivery_date=?, buyer_ref=?, seller_ref=?, interest_on_arrears=?, "
-            "due_date=?, reference_number=?, total_amount=?, balance=?, properties=? WHERE id = "
-            "?")))
+            "UPDATE invoice SET customer_id=?, type=?, number=?, date=?, payment_terms=?, delivery=?, delivery_date=?, buyer_ref=?, seller_ref=?, interest_on_arrears=?, due_date=?, reference_number=?, total_amount=?, balance=?, properties=? WHERE id = ?")))
         return false;
     bindInvoice(invoice);
     m_query.addBindValue(invoice->id);
@@ -766,11 +752,10 @@ bool Query::updateInvoice(Invoice* invoice)
 bool Query::insertInvoiceItem(InvoiceItem* item)
 {
     const QString table = QStringLiteral("invoice_item");
-    if (!prepareQuery(QStringLiteral(
-            "INSERT INTO invoice_item (id, invoice_id, product_number, product_name, "
-            "quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number) "
-            "VALUES (%1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
-                          .arg(newIdValue(table))))
+    if (!prepareQuery(insertStatement(
+            QStringLiteral(
+                "INSERT INTO invoice_item (id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+            table)))
         return false;
     bindInvoiceItem(item);
     if (!execQuery())
@@ -782,9 +767,7 @@ bool Query::insertInvoiceItem(InvoiceItem* item)
 bool Query::updateInvoiceItem(InvoiceItem* item)
 {
     if (!prepareQuery(QStringLiteral(
-            "UPDATE invoice_item SET invoice_id=?, product_number=?, product_name=?, quantity=?, "
-            "unit_code=?, amount=?, vat_rate=?, vat_excluded=?, discount=?, text=?, row_number=? "
-            "WHERE id = ?")))
+            "UPDATE invoice_item SET invoice_id=?, product_number=?, product_name=?, quantity=?, unit_code=?, amount=?, vat_rate=?, vat_excluded=?, discount=?, text=?, row_number=? WHERE id = ?")))
         return false;
     bindInvoiceItem(item);
     m_query.addBindValue(item->id);
@@ -794,9 +777,10 @@ bool Query::updateInvoiceItem(InvoiceItem* item)
 bool Query::insertPayment(Payment* payment)
 {
     const QString table = QStringLiteral("payment");
-    if (!prepareQuery(QStringLiteral("INSERT INTO payment (id, invoice_id, date, "
-                                     "bank_account_id, amount) VALUES (%1, ?, ?, ?, ?)")
-                          .arg(newIdValue(table))))
+    if (!prepareQuery(insertStatement(
+            QStringLiteral(
+                "INSERT INTO payment (id, invoice_id, date, bank_account_id, amount) VALUES (NULL, ?, ?, ?, ?)"),
+            table)))
         return false;
     bindPayment(payment);
     if (!execQuery())
@@ -807,8 +791,8 @@ bool Query::insertPayment(Payment* payment)
 
 bool Query::updatePayment(Payment* payment)
 {
-    if (!prepareQuery(QStringLiteral("UPDATE payment SET invoice_id=?, date=?, "
-                                     "bank_account_id=?, amount=? WHERE id = ?")))
+    if (!prepareQuery(QStringLiteral(
+            "UPDATE payment SET invoice_id=?, date=?, bank_account_id=?, amount=? WHERE id = ?")))
         return false;
     bindPayment(payment);
     m_query.addBindValue(payment->id);
@@ -818,9 +802,10 @@ bool Query::updatePayment(Payment* payment)
 bool Query::insertPrintScript(PrintScript* script)
 {
     const QString table = QStringLiteral("print_script");
-    if (!prepareQuery(QStringLiteral("INSERT INTO print_script (id, type, name, source_code) "
-                                     "VALUES (%1, ?, ?, ?)")
-                          .arg(newIdValue(table))))
+    if (!prepareQuery(insertStatement(
+            QStringLiteral(
+                "INSERT INTO print_script (id, type, name, source_code) VALUES (NULL, ?, ?, ?)"),
+            table)))
         return false;
     bindPrintScript(script);
     if (!execQuery())
@@ -842,10 +827,10 @@ bool Query::updatePrintScript(PrintScript* script)
 bool Query::insertProduct(Product* product)
 {
     const QString table = QStringLiteral("product");
-    if (!prepareQuery(QStringLiteral("INSERT INTO product (id, number, name, unit_code, amount, "
-                                     "vat_rate, vat_excluded, category) VALUES (%1, ?, ?, ?, ?, "
-                                     "?, ?, ?)")
-                          .arg(newIdValue(table))))
+    if (!prepareQuery(insertStatement(
+            QStringLiteral(
+                "INSERT INTO product (id, number, name, unit_code, amount, vat_rate, vat_excluded, category) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?)"),
+            table)))
         return false;
     bindProduct(product);
     if (!execQuery())
@@ -856,8 +841,8 @@ bool Query::insertProduct(Product* product)
 
 bool Query::updateProduct(Product* product)
 {
-    if (!prepareQuery(QStringLiteral("UPDATE product SET number=?, name=?, unit_code=?, amount=?, "
-                                     "vat_rate=?, vat_excluded=?, category=? WHERE id = ?")))
+    if (!prepareQuery(QStringLiteral(
+            "UPDATE product SET number=?, name=?, unit_code=?, amount=?, vat_rate=?, vat_excluded=?, category=? WHERE id = ?")))
         return false;
     bindProduct(product);
     m_query.addBindValue(product->id);
@@ -867,9 +852,7 @@ bool Query::updateProduct(Product* product)
 bool Query::insertSettings(Settings* settings)
 {
     if (!prepareQuery(QStringLiteral(
-            "INSERT INTO settings (version, seller_name, seller_street_name, seller_post_code, "
-            "seller_town_name, seller_country, seller_business_id, seller_logo, properties) "
-            "VALUES (10, ?, ?, ?, ?, ?, ?, ?, ?)")))
+            "INSERT INTO settings (version, seller_name, seller_street_name, seller_post_code, seller_town_name, seller_country, seller_business_id, seller_logo, properties) VALUES (10, ?, ?, ?, ?, ?, ?, ?, ?)")))
         return false;
     bindSettings(settings);
     return execQuery();
@@ -878,9 +861,7 @@ bool Query::insertSettings(Settings* settings)
 bool Query::updateSettings(Settings* settings)
 {
     if (!prepareQuery(QStringLiteral(
-            "UPDATE settings SET seller_name=?, seller_street_name=?, seller_post_code=?, "
-            "seller_town_name=?, seller_country=?, seller_business_id=?, seller_logo=?, "
-            "properties=?")))
+            "UPDATE settings SET seller_name=?, seller_street_name=?, seller_post_code=?, seller_town_name=?, seller_country=?, seller_business_id=?, seller_logo=?, properties=?")))
         return false;
     bindSettings(settings);
     return execQuery();
@@ -970,8 +951,7 @@ bool Query::addInitialData(const QString& companyName)
     settings.setProperty(
         QStringLiteral("settings/productForInterestOnArrears"), QStringLiteral("999"));
     settings.setProperty(QStringLiteral("invoiceForm/reminderText"),
-        tr("Pyydämme ystävällisesti maksamaan saatavamme. Mikäli kuitenkin olette jo "
-           "suorittaneet tämän laskun, tämä maksumuistutus on aiheeton."));
+        tr("Pyydämme ystävällisesti maksamaan saatavamme. Mikäli kuitenkin olette jo suorittaneet tämän laskun, tämä maksumuistutus on aiheeton."));
     if (!insertSettings(&settings))
         return false;
 
@@ -1003,18 +983,18 @@ bool Query::buildInvoiceWhereClause(const InvoiceCriteria& criteria, QString& wh
     const QDate& start = criteria.deliveryDateFrom;
     const QDate& end = criteria.deliveryDateTo;
     if (start.isValid() && end.isValid() && start <= end) {
-        add(QStringLiteral("((%1delivery_date IS NOT NULL AND %1delivery_date BETWEEN ? AND ?) "
-                           "OR (%1delivery_date IS NULL AND %1date BETWEEN ? AND ?))"),
+        add(QStringLiteral(
+                "((%1delivery_date IS NOT NULL AND %1delivery_date BETWEEN ? AND ?) OR (%1delivery_date IS NULL AND %1date BETWEEN ? AND ?))"),
             { start, end, start, end });
     } else {
         if (start.isValid()) {
-            add(QStringLiteral("((%1delivery_date IS NOT NULL AND %1delivery_date >= ?) OR "
-                               "(%1delivery_date IS NULL AND %1date >= ?))"),
+            add(QStringLiteral(
+                    "((%1delivery_date IS NOT NULL AND %1delivery_date >= ?) OR (%1delivery_date IS NULL AND %1date >= ?))"),
                 { start, start });
         }
         if (end.isValid()) {
-            add(QStringLiteral("((%1delivery_date IS NOT NULL AND %1delivery_date <= ?) OR "
-                               "(%1delivery_date IS NULL AND %1date <= ?))"),
+            add(QStringLiteral(
+                    "((%1delivery_date IS NOT NULL AND %1delivery_date <= ?) OR (%1delivery_date IS NULL AND %1date <= ?))"),
                 { end, end });
         }
     }
@@ -1055,8 +1035,9 @@ bool Query::buildInvoiceWhereClause(const InvoiceCriteria& criteria, QString& wh
         QString pattern = criteria.text;
         pattern.replace(QLatin1Char('*'), QLatin1Char('%'));
         pattern.replace(QLatin1Char('?'), QLatin1Char('_'));
-        add(QStringLiteral("%1id IN (SELECT invoice_id FROM invoice_item WHERE text ")
-                + patternOperator() + QStringLiteral(" ?") + escapeClause() + QLatin1Char(')'),
+        add(QStringLiteral("%1id IN (SELECT invoice_id FROM invoice_item WHERE text %2 ?%3)")
+                .replace(QLatin1String("%2"), patternOperator())
+                .replace(QLatin1String("%3"), escapeClause()),
             { pattern });
     }
 

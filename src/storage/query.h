@@ -154,12 +154,14 @@ protected:
     // Dialect: "LIKE" and " ESCAPE '\'" in SQLite.
     virtual QString patternOperator() const;
     virtual QString escapeClause() const;
+    // The INSERT with the dialect's new-id value in place of NULL.
+    QString insertStatement(const QString& sql, const QString& table) const;
     // The id expression of an INSERT into table ("NULL" in SQLite) and the
     // id the INSERT just made; -1 when it cannot be read.
     virtual QString newIdValue(const QString& table) const;
     virtual int insertedId(const QString& table);
 
-    bool fetchInvoices(const QString& columns, const InvoiceCriteria& criteria);
+    bool fetchInvoices(const QString& select, const InvoiceCriteria& criteria);
     bool fail();
     bool runStatement(const QString& sql, const QVariantList& values);
 
