@@ -1,5 +1,7 @@
 #include "core/registry.h"
+#include "domain/invoicecriteria.h"
 #include "domain/invoiceitem.h"
+#include "domain/paymentcriteria.h"
 #include "domain/settings.h"
 #include "invoicefixture.h"
 #include "pdftools.h"
@@ -10,13 +12,16 @@
 #include "print/printscriptengine.h"
 #include "ui/invoicelistprintpreviewdialog.h"
 #include "ui/invoiceprintpreviewdialog.h"
+#include "ui/invoicerangedialog.h"
 #include "ui/paymentprintpreviewdialog.h"
 #include "ui/printpreviewdialog.h"
+#include "ui/reportcriteriadialog.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QFile>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPrintPreviewWidget>
 #include <QPrinter>
@@ -24,6 +29,7 @@
 #include <QSpinBox>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QtTest>
 
 namespace {
@@ -135,6 +141,9 @@ private slots:
     void invoiceLayouts();
     void invoiceListColumnsAndSort();
     void paymentPreview();
+    void searchFromTheListPreview();
+    void paymentSearchDialog();
+    void invoiceRange();
 
 private:
     std::unique_ptr<TestPreviewDialog> newDialog(int orientations = 3);
@@ -590,6 +599,81 @@ void TestPrintPreviewDialog::paymentPreview()
     QCOMPARE(settings->value(QStringLiteral("paymentPrint/columns")).toInt(), (1 << 10) - 2);
     QCOMPARE(settings->value(QStringLiteral("paymentPrint/orientation")).toString(),
         QStringLiteral("portrait"));
+}
+
+// Fills the search dialog that the action opens and accepts it.
+void TestPrintPreviewDialog::searchFromTheListPreview()
+{
+    InvoiceListPrintPreviewDialog dialog(m_fixture.registry());
+    QVERIFY(dialog.updatePrintPreview(dialog.listModel()));
+    bool filled = false;
+    QTimer::singleShot(0, this, [&]() {
+        auto* search = qobject_cast<ReportCriteriaDialog*>(QApplication::activeModalWidget());
+        if (!search)
+            return;
+        search->statusCombo()->setCurrentIndex(1); // open
+        search->balanceDateEdit()->setText(QStringLiteral("30.6.2025"));
+        search->dateFromEdit()->setText(QStringLiteral("1.1.2025"));
+        search->dateToEdit()->setText(QStringLiteral("31.3.2025"));
+        search->textEdit()->setText(QStringLiteral("*kirja*"));
+        filled = true;
+        search->accept();
+    });
+    dialog.searchAction()->trigger();
+    QVERIFY(filled);
+    const InvoiceCriteria& criteria = dialog.listModel()->criteria();
+    QCOMPARE(criteria.paymentStatus, 1);
+    QCOMPARE(criteria.balanceDate, QDate(2025, 6, 30));
+    QCOMPARE(criteria.dateFrom, QDate(2025, 1, 1));
+    QCOMPARE(criteria.dateTo, QDate(2025, 3, 31));
+    QCOMPARE(criteria.text, QStringLiteral("*kirja*"));
+    // The report ran again with the new criteria.
+    const QString fileName = m_dir.filePath(QStringLiteral("haku.pdf"));
+    QVERIFY(dialog.saveReport(fileName, 0));
+    const QString text = PdfTools::text(fileName);
+    QVERIFY2(text.contains(QStringLiteral("Avoimet laskut 30.6.2025 väliltä 1.1.2025 - 31.3.2025")),
+        qPrintable(text));
+    QVERIFY(text.contains(QStringLiteral("Hakusanalla *kirja*")));
+
+    // Cancelling changes nothing.
+    QTimer::singleShot(0, this, [&]() {
+        if (auto* search = qobject_cast<ReportCriteriaDialog*>(QApplication::activeModalWidget())) {
+            search->textEdit()->clear();
+            search->reject();
+        }
+    });
+    dialog.searchAction()->trigger();
+    QCOMPARE(dialog.listModel()->criteria().text, QStringLiteral("*kirja*"));
+}
+
+void TestPrintPreviewDialog::paymentSearchDialog()
+{
+    PaymentCriteria criteria;
+    criteria.dateFrom = QDate(2025, 2, 1);
+    criteria.bankAccountId = m_fixture.registry()->bankAccountAt(1)->id;
+    ReportCriteriaDialog dialog(m_fixture.registry(), &criteria);
+    QCOMPARE(dialog.dateFromEdit()->text(), QStringLiteral("1.2.2025"));
+    QCOMPARE(dialog.bankAccountCombo()->currentText(), QStringLiteral("Nordea"));
+    QVERIFY(!dialog.statusCombo());
+    dialog.dateFromEdit()->setText(QStringLiteral("1.3.2025"));
+    dialog.dateToEdit()->setText(QStringLiteral("31.3.2025"));
+    dialog.bankAccountCombo()->setCurrentIndex(0); // every account
+    dialog.accept();
+    QCOMPARE(criteria.dateFrom, QDate(2025, 3, 1));
+    QCOMPARE(criteria.dateTo, QDate(2025, 3, 31));
+    QCOMPARE(criteria.bankAccountId, -1);
+}
+
+void TestPrintPreviewDialog::invoiceRange()
+{
+    InvoiceRangeDialog dialog(QStringLiteral("Useita laskuja"), 1005, 1010);
+    QCOMPARE(dialog.firstNumber(), 1005);
+    QCOMPARE(dialog.lastNumber(), 1010);
+    // Moving one end past the other takes the other along.
+    dialog.firstSpinBox()->setValue(1020);
+    QCOMPARE(dialog.lastNumber(), 1020);
+    dialog.lastSpinBox()->setValue(1001);
+    QCOMPARE(dialog.firstNumber(), 1001);
 }
 
 QTEST_MAIN(TestPrintPreviewDialog)
