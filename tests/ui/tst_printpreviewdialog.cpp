@@ -31,6 +31,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
+#include <cmath>
 
 namespace {
 
@@ -521,6 +522,23 @@ void TestPrintPreviewDialog::invoiceLayouts()
     const QString text = PdfTools::text(builtIn);
     QVERIFY(text.contains(QStringLiteral("LASKU")));
     QVERIFY(!text.contains(QStringLiteral("OMA POHJA")));
+    // The total of the sample rows, summed here row by row.
+    long long total = 0;
+    for (const InvoiceItem& item : InvoiceFixture::sampleItems()) {
+        long double amount = (long double)item.quantity / 10000 * item.amount / 10000
+            * (10000 - item.discount) / 10000;
+        if (item.vatExcluded)
+            amount *= 1.0L + item.vatRate / 10000.0L;
+        total += (long long)std::floor(amount * 100 + 0.5L);
+    }
+    QString euros
+        = QStringLiteral("%1,%2").arg(total / 100).arg(total % 100, 2, 10, QLatin1Char('0'));
+    if (total >= 100000)
+        euros.insert(euros.indexOf(QLatin1Char(',')) - 3, QLatin1Char(' '));
+    QString plain = text;
+    plain.replace(QChar(0x00A0), QLatin1Char(' '));
+    QVERIFY2(plain.contains(euros), qPrintable(euros));
+    QCOMPARE(PdfTools::pageCount(builtIn), 1);
     QCOMPARE(m_fixture.registry()
                  ->settings()
                  ->property(QStringLiteral("printScripts/invoice"))
