@@ -5,7 +5,7 @@
 #include "print/invoiceprintjob.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
-#include "reportcriteriadialog.h"
+#include "searchdialog.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -78,7 +78,7 @@ InvoiceListPrintPreviewDialog::~InvoiceListPrintPreviewDialog() = default;
 
 void InvoiceListPrintPreviewDialog::openSearchDialog()
 {
-    ReportCriteriaDialog dialog(registry(), &m_listModel->criteria(), this);
+    SearchDialog dialog(registry(), &m_listModel->criteria(), this);
     if (dialog.exec() == QDialog::Accepted)
         updatePrintPreview(m_listModel);
 }

@@ -1,11 +1,11 @@
 #include "paymentprintpreviewdialog.h"
 
 #include "core/registry.h"
+#include "paymentcriteriadialog.h"
 #include "print/invoiceprintjob.h"
 #include "print/paymentprintmodel.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
-#include "reportcriteriadialog.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -78,7 +78,7 @@ PaymentPrintPreviewDialog::~PaymentPrintPreviewDialog() = default;
 
 void PaymentPrintPreviewDialog::openSearchDialog()
 {
-    ReportCriteriaDialog dialog(registry(), &m_listModel->criteria(), this);
+    PaymentCriteriaDialog dialog(registry(), &m_listModel->criteria(), this);
     if (dialog.exec() == QDialog::Accepted)
         updatePrintPreview(m_listModel);
 }

@@ -13,9 +13,10 @@
 #include "ui/invoicelistprintpreviewdialog.h"
 #include "ui/invoiceprintpreviewdialog.h"
 #include "ui/invoicerangedialog.h"
+#include "ui/paymentcriteriadialog.h"
 #include "ui/paymentprintpreviewdialog.h"
 #include "ui/printpreviewdialog.h"
-#include "ui/reportcriteriadialog.h"
+#include "ui/searchdialog.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -619,21 +620,25 @@ void TestPrintPreviewDialog::paymentPreview()
         QStringLiteral("portrait"));
 }
 
-// Fills the search dialog that the action opens and accepts it.
+// Fills the invoice search that the action opens and accepts it.
 void TestPrintPreviewDialog::searchFromTheListPreview()
 {
     InvoiceListPrintPreviewDialog dialog(m_fixture.registry());
     QVERIFY(dialog.updatePrintPreview(dialog.listModel()));
     bool filled = false;
     QTimer::singleShot(0, this, [&]() {
-        auto* search = qobject_cast<ReportCriteriaDialog*>(QApplication::activeModalWidget());
+        auto* search = qobject_cast<SearchDialog*>(QApplication::activeModalWidget());
         if (!search)
             return;
-        search->statusCombo()->setCurrentIndex(1); // open
-        search->balanceDateEdit()->setText(QStringLiteral("30.6.2025"));
-        search->dateFromEdit()->setText(QStringLiteral("1.1.2025"));
-        search->dateToEdit()->setText(QStringLiteral("31.3.2025"));
-        search->textEdit()->setText(QStringLiteral("*kirja*"));
+        auto* status = search->findChild<QComboBox*>(QStringLiteral("paymentStatusCombo"));
+        status->setCurrentIndex(status->findData(1)); // open
+        auto edit = [search](const char* name) {
+            return search->findChild<QLineEdit*>(QLatin1String(name));
+        };
+        edit("balanceDateEdit")->setText(QStringLiteral("30.6.2025"));
+        edit("dateFromEdit")->setText(QStringLiteral("1.1.2025"));
+        edit("dateToEdit")->setText(QStringLiteral("31.3.2025"));
+        edit("textEdit")->setText(QStringLiteral("*kirja*"));
         filled = true;
         search->accept();
     });
@@ -655,8 +660,8 @@ void TestPrintPreviewDialog::searchFromTheListPreview()
 
     // Cancelling changes nothing.
     QTimer::singleShot(0, this, [&]() {
-        if (auto* search = qobject_cast<ReportCriteriaDialog*>(QApplication::activeModalWidget())) {
-            search->textEdit()->clear();
+        if (auto* search = qobject_cast<SearchDialog*>(QApplication::activeModalWidget())) {
+            search->clearFields();
             search->reject();
         }
     });
@@ -669,10 +674,9 @@ void TestPrintPreviewDialog::paymentSearchDialog()
     PaymentCriteria criteria;
     criteria.dateFrom = QDate(2025, 2, 1);
     criteria.bankAccountId = m_fixture.registry()->bankAccountAt(1)->id;
-    ReportCriteriaDialog dialog(m_fixture.registry(), &criteria);
+    PaymentCriteriaDialog dialog(m_fixture.registry(), &criteria);
     QCOMPARE(dialog.dateFromEdit()->text(), QStringLiteral("1.2.2025"));
     QCOMPARE(dialog.bankAccountCombo()->currentText(), QStringLiteral("Nordea"));
-    QVERIFY(!dialog.statusCombo());
     dialog.dateFromEdit()->setText(QStringLiteral("1.3.2025"));
     dialog.dateToEdit()->setText(QStringLiteral("31.3.2025"));
     dialog.bankAccountCombo()->setCurrentIndex(0); // every account
