@@ -13,13 +13,18 @@
 #include "domain/invoiceitem.h"
 #include "domain/logging.h"
 #include "domain/payment.h"
+#include "domain/paymentcriteria.h"
 #include "domain/settings.h"
 #include "ui/aboutdialog.h"
 #include "ui/bankaccountdialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
 #include "ui/invoiceitemdelegate.h"
+#include "ui/invoicelistprintpreviewdialog.h"
+#include "ui/invoiceprintpreviewdialog.h"
+#include "ui/invoicerangedialog.h"
 #include "ui/paymentdelegate.h"
+#include "ui/paymentprintpreviewdialog.h"
 #include "ui/productdialog.h"
 #include "ui/referencenumberdialog.h"
 #include "ui/scripteditordialog.h"
@@ -291,9 +296,9 @@ void MainWindow::createActions()
     createAction(
         QStringLiteral("aboutAction"), tr("&Tietoja"), QKeySequence(), &MainWindow::showAbout);
 
-    // Printing, reports, export, e-mail, payment import, interest, group
-    // invoicing and time-entry import come with their dialogs; until then
-    // the commands are shown but cannot be used (see updateActions()).
+    // Export, e-mail, payment import, interest, group invoicing and
+    // time-entry import come with their dialogs; until then the commands are
+    // shown but cannot be used (see updateActions()).
     createAction(QStringLiteral("printAction"), tr("&Tulosta"), QKeySequence(Qt::Key_F9), nullptr);
     connect(m_actions.value(QStringLiteral("printAction")), &QAction::triggered, this,
         [this] { printInvoices(false, PrintInvoice); });
@@ -326,6 +331,26 @@ void MainWindow::createActions()
         [this] { printInvoices(true, PrintReminder); });
     connect(m_actions.value(QStringLiteral("printReceiptAction")), &QAction::triggered, this,
         [this] { printInvoices(true, PrintReceipt); });
+    connect(m_actions.value(QStringLiteral("printSeveralAction")), &QAction::triggered, this,
+        [this] { printSeveralInvoices(PrintInvoice); });
+    connect(m_actions.value(QStringLiteral("printRemindersAction")), &QAction::triggered, this,
+        [this] { printSeveralInvoices(PrintReminder); });
+    connect(m_actions.value(QStringLiteral("printReceiptsAction")), &QAction::triggered, this,
+        [this] { printSeveralInvoices(PrintReceipt); });
+    connect(
+        m_actions.value(QStringLiteral("invoiceListAction")), &QAction::triggered, this, [this] {
+            InvoiceListPrintPreviewDialog::showReport(m_registry, *m_model->lastCriteria(), this);
+        });
+    connect(m_actions.value(QStringLiteral("paymentJournalAction")), &QAction::triggered, this,
+        [this] { PaymentPrintPreviewDialog::showReport(m_registry, PaymentCriteria(), this); });
+    createAction(
+        QStringLiteral("customerListAction"), tr("&Asiakasluettelo"), QKeySequence(), nullptr);
+    connect(m_actions.value(QStringLiteral("customerListAction")), &QAction::triggered, this,
+        [this] { PrintPreviewDialog::showCustomerList(m_registry, this); });
+    createAction(
+        QStringLiteral("productListAction"), tr("T&uoteluettelo"), QKeySequence(), nullptr);
+    connect(m_actions.value(QStringLiteral("productListAction")), &QAction::triggered, this,
+        [this] { PrintPreviewDialog::showProductList(m_registry, this); });
 }
 
 void MainWindow::createMenus()
@@ -399,6 +424,8 @@ void MainWindow::createMenus()
     print->addSeparator();
     print->addAction(action("invoiceListAction"));
     print->addAction(action("paymentJournalAction"));
+    print->addAction(action("customerListAction"));
+    print->addAction(action("productListAction"));
 
     QMenu* settings = menuBar()->addMenu(tr("&Asetukset"));
     settings->addAction(action("settingsAction"));
@@ -1677,11 +1704,29 @@ void MainWindow::showAbout()
 
 bool MainWindow::printInvoices(bool preview, int kind)
 {
-    Q_UNUSED(preview)
-    Q_UNUSED(kind)
-    // The print preview dialogs hook in here. Until then the print commands
-    // stay disabled and nothing is printed.
-    return false;
+    // What is printed is what is stored.
+    if (!m_hasInvoice || !saveInvoice() || m_model->invoice()->id < 0)
+        return false;
+    InvoiceCriteria criteria;
+    criteria.id = m_model->invoice()->id;
+    return InvoicePrintPreviewDialog::printInvoices(m_registry, criteria, kind, preview, this);
+}
+
+bool MainWindow::printSeveralInvoices(int kind)
+{
+    if (m_hasInvoice && !saveInvoice())
+        return false;
+    const int number = m_hasInvoice ? m_model->invoice()->number : 1;
+    const QString title = kind == PrintReminder ? tr("Useita maksumuistutuksia")
+        : kind == PrintReceipt                  ? tr("Useita kuitteja")
+                                                : tr("Useita laskuja");
+    InvoiceRangeDialog dialog(title, number, number, this);
+    if (execDialog(&dialog) != QDialog::Accepted)
+        return false;
+    InvoiceCriteria criteria;
+    criteria.numberFrom = dialog.firstNumber();
+    criteria.numberTo = dialog.lastNumber();
+    return InvoicePrintPreviewDialog::printInvoices(m_registry, criteria, kind, true, this);
 }
 
 void MainWindow::setVatIncluded(bool vatIncluded)
@@ -1804,13 +1849,18 @@ void MainWindow::updateActions()
              "bankAccountsAction", "printScriptsAction" })
         enable(name, connected);
 
-    // Not available yet: printing, reports, export, e-mail, payment import,
-    // interest on arrears, group invoicing and the time-entry import.
     for (const char* name :
-        { "printAction", "printSelectedAction", "printSeveralAction", "printReminderAction",
-            "printRemindersAction", "printReceiptAction", "printReceiptsAction",
-            "invoiceListAction", "paymentJournalAction", "exportAction", "sendAction",
-            "importPaymentsAction", "interestAction", "groupInvoicingAction", "raveloAction" })
+        { "printAction", "printSelectedAction", "printReminderAction", "printReceiptAction" })
+        enable(name, shown);
+    for (const char* name :
+        { "printSeveralAction", "printRemindersAction", "printReceiptsAction", "invoiceListAction",
+            "paymentJournalAction", "customerListAction", "productListAction" })
+        enable(name, connected);
+
+    // Not available yet: export, e-mail, payment import, interest on
+    // arrears, group invoicing and the time-entry import.
+    for (const char* name : { "exportAction", "sendAction", "importPaymentsAction",
+             "interestAction", "groupInvoicingAction", "raveloAction" })
         enable(name, false);
 }
 

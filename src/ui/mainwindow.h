@@ -72,6 +72,8 @@ public:
     // The one entry point of printing: preview or print the current
     // invoice as kind (0 invoice, 3 reminder, 4 receipt, 5 delivery note).
     bool printInvoices(bool preview, int kind);
+    // The invoices of a range of numbers chosen in a dialog, as kind.
+    bool printSeveralInvoices(int kind);
 
     void showErrorMessage(const QString& message);
 
