@@ -1,6 +1,7 @@
 // Start-up speed of the main model: opening a SQLite database of 100 000
 // invoices, fetching the reference data and the whole invoice list, and
 // loading the last invoice with its 20 rows (target under 0.5 s together).
+#include "benchsupport.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/mainmodel.h"
 #include "core/registry.h"
@@ -9,22 +10,18 @@
 #include "domain/invoiceitem.h"
 #include "domain/payment.h"
 #include "storage/query.h"
-#include "storage/sqlitedatabase.h"
 
-#include <QCoreApplication>
-#include <QLoggingCategory>
 #include <QSettings>
-#include <QTemporaryDir>
 #include <benchmark/benchmark.h>
-#include <memory>
 
 namespace {
 
 constexpr int invoiceCount = 100000;
 constexpr int rowsOfLast = 20;
 
-// One database and configuration file for the whole run, filled on first use.
-class BenchFixture
+// One database and configuration file for the whole run, filled on first
+// use and closed again: the benchmarks open it as the program does.
+class BenchFixture : public BenchDatabase
 {
 public:
     static BenchFixture& instance()
@@ -33,47 +30,39 @@ public:
         return fixture;
     }
 
-    QString iniFile() const { return m_dir.filePath(QStringLiteral("bench.ini")); }
-    bool ok() const { return m_ok; }
-    QString error() const { return m_error; }
+    QString iniFile() const { return filePath(QStringLiteral("veklari.ini")); }
 
 private:
     BenchFixture()
     {
-        const QString fileName = m_dir.filePath(QStringLiteral("bench.sqlite"));
         {
             QSettings settings(iniFile(), QSettings::IniFormat);
             settings.beginGroup(QStringLiteral("databases"));
             settings.beginWriteArray(QStringLiteral("settings"), 1);
             settings.setArrayIndex(0);
             settings.setValue(QStringLiteral("number"), 1);
-            settings.setValue(QStringLiteral("filename"), fileName);
+            settings.setValue(QStringLiteral("filename"), fileName());
             settings.endArray();
             settings.endGroup();
         }
-        QSettings entry(m_dir.filePath(QStringLiteral("entry.ini")), QSettings::IniFormat);
-        entry.setValue(QStringLiteral("filename"), fileName);
-        SQLiteDatabase database;
-        database.setCreateIfNotExist(true);
-        if (!database.open(&entry)) {
-            m_error = database.lastError();
-            return;
-        }
-        std::unique_ptr<Query> query(database.query());
-        database.transaction();
+        create([](Query* query) { return fill(query); });
+        database()->close();
+    }
+
+    static bool fill(Query* query)
+    {
         QList<int> customerIds;
         for (int number = 1; number <= 200; ++number) {
             Customer customer;
             customer.number = number;
             customer.name = QStringLiteral("Asiakas %1 Oy").arg(number);
-            m_ok = query->saveCustomer(&customer);
-            if (!m_ok)
-                break;
+            if (!query->saveCustomer(&customer))
+                return false;
             customerIds.append(customer.id);
         }
         const QDate start(2015, 1, 1);
         Invoice invoice;
-        for (int number = 1; m_ok && number <= invoiceCount; ++number) {
+        for (int number = 1; number <= invoiceCount; ++number) {
             invoice.clear();
             invoice.customerId = customerIds.at(number % customerIds.size());
             invoice.number = number;
@@ -84,9 +73,10 @@ private:
                 = Invoice::appendCheckDigitToReferenceNumber(QString::number(number * 100));
             invoice.totalAmount = 12400;
             invoice.balance = number % 2 ? 12400 : 0;
-            m_ok = query->saveInvoice(&invoice);
+            if (!query->saveInvoice(&invoice))
+                return false;
         }
-        for (int row = 0; m_ok && row < rowsOfLast; ++row) {
+        for (int row = 0; row < rowsOfLast; ++row) {
             InvoiceItem item;
             item.invoiceId = invoice.id;
             item.productName = QStringLiteral("Tuote %1").arg(row);
@@ -95,23 +85,15 @@ private:
             item.vatRate = 2400;
             item.text = QStringLiteral("Rivi %1").arg(row);
             item.rowNumber = row;
-            m_ok = query->saveInvoiceItem(&item);
+            if (!query->saveInvoiceItem(&item))
+                return false;
         }
         Payment payment;
         payment.invoiceId = invoice.id;
         payment.date = invoice.date;
         payment.amount = 100;
-        m_ok = m_ok && query->savePayment(&payment);
-        m_ok = m_ok && database.commit();
-        if (!m_ok)
-            m_error = query->lastError();
-        query.reset();
-        database.close();
+        return query->savePayment(&payment);
     }
-
-    QTemporaryDir m_dir;
-    bool m_ok = false;
-    QString m_error;
 };
 
 void BM_OpenFetchAndLoadLastInvoice(benchmark::State& state)
@@ -171,13 +153,5 @@ BENCHMARK(BM_GoToLastInvoice)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
-    // Statement logging is off in the program unless the user turns it on.
-    QLoggingCategory::setFilterRules(QStringLiteral("veklari.*.debug=false"));
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBenchmarks(argc, argv, false);
 }

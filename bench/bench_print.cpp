@@ -2,10 +2,10 @@
 // invoices one file each as the export does (target under 50 ms an
 // invoice on a 2-core machine), the rendering alone into memory, and the
 // evaluation of the layout script.
+#include "benchsupport.h"
 #include "core/registry.h"
 #include "domain/bankaccount.h"
 #include "domain/customer.h"
-#include "domain/decimal.h"
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/settings.h"
@@ -15,15 +15,8 @@
 #include "print/scripthelper.h"
 #include "print/scriptpdfwriter.h"
 #include "storage/query.h"
-#include "storage/sqlitedatabase.h"
 #include "util/scriptloader.h"
 
-#include <QBuffer>
-#include <QGuiApplication>
-#include <QLoggingCategory>
-#include <QPdfWriter>
-#include <QSettings>
-#include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 #include <memory>
 
@@ -31,8 +24,8 @@ namespace {
 
 constexpr int invoiceCount = 1000;
 
-// A seller, a customer and 1 000 invoices of 3 to 8 rows in SQLite.
-class BenchData
+// A seller, a customer and 1 000 invoices of 3 to 8 rows.
+class BenchData : public BenchDatabase
 {
 public:
     static BenchData& instance()
@@ -41,35 +34,17 @@ public:
         return data;
     }
 
-    Registry* registry() { return &m_registry; }
-    QString directory() const { return m_dir.path(); }
-    bool ok() const { return m_ok; }
-    QString error() const { return m_error; }
-
 private:
     BenchData()
     {
-        QSettings entry(m_dir.filePath(QStringLiteral("bench.ini")), QSettings::IniFormat);
-        entry.setValue(QStringLiteral("filename"), m_dir.filePath(QStringLiteral("bench.sqlite")));
-        entry.setValue(QStringLiteral("name"), QStringLiteral("Kuusela Design Oy"));
-        m_database.setCreateIfNotExist(true);
-        if (!m_database.open(&entry)) {
-            m_error = m_database.lastError();
-            return;
-        }
-        m_registry.setDatabase(&m_database);
-        std::unique_ptr<Query> query(m_database.query());
-        m_ok = fill(query.get());
-        if (!m_ok)
-            m_error = query->lastError();
+        create([this](Query* query) { return fill(query); });
     }
-    ~BenchData() { m_registry.setDatabase(nullptr); }
 
     bool fill(Query* query)
     {
-        if (!m_registry.fetchSettings(query))
+        if (!registry()->fetchSettings(query))
             return false;
-        Settings* settings = m_registry.settings();
+        Settings* settings = registry()->settings();
         settings->sellerStreetName = QStringLiteral("Hämeenkatu 12 B 7");
         settings->sellerPostCode = QStringLiteral("33100");
         settings->sellerTownName = QStringLiteral("Tampere");
@@ -88,7 +63,7 @@ private:
         customer.townName = QStringLiteral("Jyväskylä");
         customer.vatNumber = QStringLiteral("1234567-1");
         if (!query->updateSettings(settings) || !query->saveBankAccount(&account)
-            || !query->saveCustomer(&customer) || !m_database.transaction())
+            || !query->saveCustomer(&customer))
             return false;
         for (int number = 1; number <= invoiceCount; ++number) {
             Invoice invoice;
@@ -127,16 +102,8 @@ private:
                     return false;
             }
         }
-        return m_database.commit() && m_registry.fetchSettings(query)
-            && m_registry.fetchCustomers(query) && m_registry.fetchBankAccounts(query)
-            && m_registry.fetchPrintScripts(query);
+        return true;
     }
-
-    QTemporaryDir m_dir;
-    SQLiteDatabase m_database;
-    Registry m_registry;
-    bool m_ok = false;
-    QString m_error;
 };
 
 // Every invoice into a file of its own: one-invoice model, layout already
@@ -167,7 +134,7 @@ void BM_InvoicesToPdfFiles(benchmark::State& state)
             engine.setModel(&single);
             ScriptPdfWriter writer;
             writer.setTitle(single.title());
-            if (!writer.write(&engine, data.directory() + QStringLiteral("/lasku-%1.pdf").arg(i))) {
+            if (!writer.write(&engine, data.filePath(QStringLiteral("lasku-%1.pdf").arg(i)))) {
                 state.SkipWithError(qPrintable(writer.lastError()));
                 return;
             }
@@ -198,17 +165,13 @@ void BM_RenderOneInvoice(benchmark::State& state)
     }
     qint64 bytes = 0;
     for (auto _ : state) {
-        QBuffer buffer;
-        buffer.open(QIODevice::WriteOnly);
-        {
-            QPdfWriter writer(&buffer);
-            writer.setPageSize(QPageSize(QPageSize::A4));
-            if (!engine.print(&writer)) {
-                state.SkipWithError(qPrintable(engine.lastError()));
-                return;
-            }
+        QString error;
+        const qint64 size = renderToMemory(&engine, &error);
+        if (size < 0) {
+            state.SkipWithError(qPrintable(error));
+            return;
         }
-        bytes += buffer.size();
+        bytes += size;
     }
     state.counters["pdf_bytes"] = double(bytes) / state.iterations();
 }
@@ -233,16 +196,5 @@ BENCHMARK(BM_EvaluateLayout)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
-    Decimal::registerMetaType();
-    // Script and statement logging are off in the program unless turned on.
-    QLoggingCategory::setFilterRules(QStringLiteral("veklari.*.debug=false"));
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBenchmarks(argc, argv, true);
 }

@@ -2,9 +2,9 @@
 // gathered with its VAT breakdown, drawn into a PDF and written as CSV, and
 // the payment journal of 5 000 payments gathered and drawn. The target is
 // a whole year's list on screen within two seconds on a 2-core machine.
+#include "benchsupport.h"
 #include "core/registry.h"
 #include "domain/customer.h"
-#include "domain/decimal.h"
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/payment.h"
@@ -15,16 +15,8 @@
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
 #include "storage/query.h"
-#include "storage/sqlitedatabase.h"
 
-#include <QBuffer>
-#include <QGuiApplication>
-#include <QLoggingCategory>
-#include <QPdfWriter>
-#include <QSettings>
-#include <QTemporaryDir>
 #include <benchmark/benchmark.h>
-#include <memory>
 
 namespace {
 
@@ -32,7 +24,7 @@ constexpr int invoiceCount = 5000;
 
 // 20 customers and 5 000 invoices of three rows; two thirds of them paid
 // in one or two parts.
-class ReportData
+class ReportData : public BenchDatabase
 {
 public:
     static ReportData& instance()
@@ -41,31 +33,13 @@ public:
         return data;
     }
 
-    Registry* registry() { return &m_registry; }
-    QString directory() const { return m_dir.path(); }
-    bool ok() const { return m_ok; }
-    QString error() const { return m_error; }
-
 private:
     ReportData()
     {
-        QSettings entry(m_dir.filePath(QStringLiteral("bench.ini")), QSettings::IniFormat);
-        entry.setValue(QStringLiteral("filename"), m_dir.filePath(QStringLiteral("bench.sqlite")));
-        entry.setValue(QStringLiteral("name"), QStringLiteral("Kuusela Design Oy"));
-        m_database.setCreateIfNotExist(true);
-        if (!m_database.open(&entry)) {
-            m_error = m_database.lastError();
-            return;
-        }
-        m_registry.setDatabase(&m_database);
-        std::unique_ptr<Query> query(m_database.query());
-        m_ok = fill(query.get());
-        if (!m_ok)
-            m_error = query->lastError();
+        create([](Query* query) { return fill(query); });
     }
-    ~ReportData() { m_registry.setDatabase(nullptr); }
 
-    bool fill(Query* query)
+    static bool fill(Query* query)
     {
         QList<int> customerIds;
         for (int i = 0; i < 20; ++i) {
@@ -77,8 +51,6 @@ private:
                 return false;
             customerIds.append(customer.id);
         }
-        if (!m_database.transaction())
-            return false;
         for (int number = 1; number <= invoiceCount; ++number) {
             Invoice invoice;
             invoice.customerId = customerIds.at(number % customerIds.size());
@@ -121,31 +93,18 @@ private:
                     return false;
             }
         }
-        return m_database.commit() && m_registry.fetchSettings(query)
-            && m_registry.fetchCustomers(query) && m_registry.fetchBankAccounts(query);
+        return true;
     }
-
-    QTemporaryDir m_dir;
-    SQLiteDatabase m_database;
-    Registry m_registry;
-    bool m_ok = false;
-    QString m_error;
 };
 
-bool render(PrintScriptEngine& engine, benchmark::State& state, qint64* bytes)
+// The list drawn into memory; the PDF's size, or -1 after skipping.
+qint64 render(PrintScriptEngine& engine, benchmark::State& state)
 {
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    {
-        QPdfWriter writer(&buffer);
-        writer.setPageSize(QPageSize(QPageSize::A4));
-        if (!engine.print(&writer)) {
-            state.SkipWithError(qPrintable(engine.lastError()));
-            return false;
-        }
-    }
-    *bytes = buffer.size();
-    return true;
+    QString error;
+    const qint64 bytes = renderToMemory(&engine, &error);
+    if (bytes < 0)
+        state.SkipWithError(qPrintable(error));
+    return bytes;
 }
 
 // The database query, the per-invoice VAT breakdowns and the sort.
@@ -182,7 +141,7 @@ void BM_InvoiceListPdf(benchmark::State& state)
     }
     qint64 bytes = 0;
     for (auto _ : state) {
-        if (!render(engine, state, &bytes))
+        if ((bytes = render(engine, state)) < 0)
             return;
     }
     state.counters["pages"] = engine.pageNumber();
@@ -199,7 +158,7 @@ void BM_InvoiceListCsv(benchmark::State& state)
         state.SkipWithError("loading failed");
         return;
     }
-    const QString fileName = data.directory() + QStringLiteral("/laskut.csv");
+    const QString fileName = data.filePath(QStringLiteral("laskut.csv"));
     for (auto _ : state) {
         if (!model.exportToCSV(fileName, QStringLiteral(";"))) {
             state.SkipWithError(qPrintable(model.lastError()));
@@ -229,7 +188,7 @@ void BM_PaymentListRunAndPdf(benchmark::State& state)
         }
         payments = model.paymentCount();
         engine.setModel(&model);
-        if (!render(engine, state, &bytes))
+        if ((bytes = render(engine, state)) < 0)
             return;
         engine.setModel(nullptr);
     }
@@ -242,15 +201,5 @@ BENCHMARK(BM_PaymentListRunAndPdf)->Unit(benchmark::kMillisecond)->UseRealTime()
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
-    Decimal::registerMetaType();
-    QLoggingCategory::setFilterRules(QStringLiteral("veklari.*.debug=false"));
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBenchmarks(argc, argv, true);
 }

@@ -2,17 +2,13 @@
 // (target under 0.3 s) and saving 1 000 invoices of 5 rows, each in its own
 // transaction as the program saves them (target under 2 s). SQLite keeps its
 // default durability: every commit is synced to disk.
+#include "benchsupport.h"
 #include "domain/customer.h"
 #include "domain/invoice.h"
 #include "domain/invoicecriteria.h"
 #include "domain/invoiceitem.h"
 #include "storage/query.h"
-#include "storage/sqlitedatabase.h"
 
-#include <QCoreApplication>
-#include <QLoggingCategory>
-#include <QSettings>
-#include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 #include <memory>
 
@@ -21,40 +17,33 @@ namespace {
 constexpr int invoiceCount = 100000;
 
 // One SQLite database for the whole run, filled on first use.
-class BenchDatabase
+class BenchData : public BenchDatabase
 {
 public:
-    static BenchDatabase& instance()
+    static BenchData& instance()
     {
-        static BenchDatabase db;
-        return db;
+        static BenchData data;
+        return data;
     }
 
-    SQLiteDatabase* database() { return &m_database; }
     int customerId() const { return m_customerId; }
-    bool ok() const { return m_ok; }
-    QString error() const { return m_error; }
 
 private:
-    BenchDatabase()
+    BenchData()
     {
-        QSettings settings(m_dir.filePath(QStringLiteral("bench.ini")), QSettings::IniFormat);
-        settings.setValue(
-            QStringLiteral("filename"), m_dir.filePath(QStringLiteral("bench.sqlite")));
-        m_database.setCreateIfNotExist(true);
-        if (!m_database.open(&settings)) {
-            m_error = m_database.lastError();
-            return;
-        }
-        std::unique_ptr<Query> query(m_database.query());
+        create([this](Query* query) { return fill(query); });
+    }
+
+    bool fill(Query* query)
+    {
         Customer customer;
         customer.number = 1;
         customer.name = QStringLiteral("Asiakas Oy");
-        m_database.transaction();
-        m_ok = query->saveCustomer(&customer);
+        if (!query->saveCustomer(&customer))
+            return false;
         m_customerId = customer.id;
         const QDate start(2015, 1, 1);
-        for (int number = 1; m_ok && number <= invoiceCount; ++number) {
+        for (int number = 1; number <= invoiceCount; ++number) {
             Invoice invoice;
             invoice.customerId = m_customerId;
             invoice.number = number;
@@ -67,23 +56,18 @@ private:
                 = Invoice::appendCheckDigitToReferenceNumber(QString::number(number * 100));
             invoice.totalAmount = number % 100000;
             invoice.balance = number % 2 ? invoice.totalAmount : 0;
-            m_ok = query->saveInvoice(&invoice);
+            if (!query->saveInvoice(&invoice))
+                return false;
         }
-        m_ok = m_ok && m_database.commit();
-        if (!m_ok)
-            m_error = query->lastError();
+        return true;
     }
 
-    QTemporaryDir m_dir;
-    SQLiteDatabase m_database;
     int m_customerId = -1;
-    bool m_ok = false;
-    QString m_error;
 };
 
 void BM_FetchInvoiceSummaries(benchmark::State& state)
 {
-    BenchDatabase& db = BenchDatabase::instance();
+    BenchData& db = BenchData::instance();
     if (!db.ok()) {
         state.SkipWithError(qPrintable(db.error()));
         return;
@@ -115,7 +99,7 @@ BENCHMARK(BM_FetchInvoiceSummaries)->Unit(benchmark::kMillisecond);
 
 void BM_SaveInvoicesInTransactions(benchmark::State& state)
 {
-    BenchDatabase& db = BenchDatabase::instance();
+    BenchData& db = BenchData::instance();
     if (!db.ok()) {
         state.SkipWithError(qPrintable(db.error()));
         return;
@@ -162,13 +146,5 @@ BENCHMARK(BM_SaveInvoicesInTransactions)->Arg(1000)->Unit(benchmark::kMillisecon
 
 int main(int argc, char** argv)
 {
-    QCoreApplication app(argc, argv);
-    // Statement logging is off in the program unless the user turns it on.
-    QLoggingCategory::setFilterRules(QStringLiteral("veklari.*.debug=false"));
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBenchmarks(argc, argv, false);
 }

@@ -1,0 +1,52 @@
+#ifndef BENCHSUPPORT_H
+#define BENCHSUPPORT_H
+
+#include "core/registry.h"
+#include "storage/sqlitedatabase.h"
+
+#include <QString>
+#include <QTemporaryDir>
+#include <functional>
+
+class PrintScriptEngine;
+class Query;
+
+// A new SQLite database in a temporary directory, kept for the whole run of
+// a benchmark program, with a registry on it. The program fills it once
+// through create().
+class BenchDatabase
+{
+public:
+    bool ok() const { return m_ok; }
+    QString error() const { return m_error; }
+    SQLiteDatabase* database() { return &m_database; }
+    Registry* registry() { return &m_registry; }
+    QString fileName() const { return filePath(QStringLiteral("bench.sqlite")); }
+    QString filePath(const QString& name) const { return m_dir.filePath(name); }
+
+protected:
+    BenchDatabase() = default;
+    ~BenchDatabase();
+
+    // Creates the database, runs fill in one transaction and reads the
+    // registry's lists; ok() and error() tell how it went.
+    void create(const std::function<bool(Query*)>& fill);
+
+private:
+    QTemporaryDir m_dir;
+    SQLiteDatabase m_database;
+    Registry m_registry;
+    bool m_ok = false;
+    QString m_error;
+};
+
+// Draws the script into an A4 PDF in memory; the PDF's size in bytes, or -1
+// with the script's error.
+qint64 renderToMemory(PrintScriptEngine* engine, QString* error);
+
+// The main function of a benchmark program: Decimal registered, statement
+// and script logging off as in the program by default, and a GUI
+// application for the programs that paint.
+int runBenchmarks(int argc, char** argv, bool gui);
+
+#endif // BENCHSUPPORT_H
