@@ -8,19 +8,25 @@
 
 ScriptHelper::ScriptHelper(Registry* registry) : m_registry(registry) { }
 
+namespace {
+const char* const listCommon = "list-common";
+}
+
+int ScriptHelper::invoiceScriptId() const
+{
+    if (!m_registry || !m_registry->settings())
+        return -1;
+    bool ok = false;
+    const int id = m_registry->settings()
+                       ->property(QStringLiteral("printScripts/invoice"))
+                       .toString()
+                       .toInt(&ok);
+    return ok ? id : -1;
+}
+
 bool ScriptHelper::loadInvoiceScript(ECMAScriptEngine* engine)
 {
-    int id = -1;
-    if (m_registry && m_registry->settings()) {
-        bool ok = false;
-        const int value = m_registry->settings()
-                              ->property(QStringLiteral("printScripts/invoice"))
-                              .toString()
-                              .toInt(&ok);
-        if (ok)
-            id = value;
-    }
-    return loadInvoiceScript(engine, id);
+    return loadInvoiceScript(engine, invoiceScriptId());
 }
 
 bool ScriptHelper::loadInvoiceScript(ECMAScriptEngine* engine, int id)
@@ -62,22 +68,37 @@ bool ScriptHelper::loadResource(ECMAScriptEngine* engine, const char* name)
     return engine->evaluate(ScriptLoader(m_registry).loadResource(QLatin1String(name)));
 }
 
+bool ScriptHelper::loadListScript(ECMAScriptEngine* engine, const char* name)
+{
+    // Evaluating into the same heap adds the list's globals to the shared ones.
+    return loadResource(engine, listCommon) && loadResource(engine, name);
+}
+
 bool ScriptHelper::loadInvoiceListScript(ECMAScriptEngine* engine)
 {
-    return loadResource(engine, "invoice-list");
+    return loadListScript(engine, "invoice-list");
 }
 
 bool ScriptHelper::loadPaymentListScript(ECMAScriptEngine* engine)
 {
-    return loadResource(engine, "payment-list");
+    return loadListScript(engine, "payment-list");
 }
 
 bool ScriptHelper::loadCustomerListScript(ECMAScriptEngine* engine)
 {
-    return loadResource(engine, "customer-list");
+    return loadListScript(engine, "customer-list");
 }
 
 bool ScriptHelper::loadProductListScript(ECMAScriptEngine* engine)
 {
-    return loadResource(engine, "product-list");
+    return loadListScript(engine, "product-list");
+}
+
+QByteArray ScriptHelper::builtInSource(const QString& type)
+{
+    const ScriptLoader loader(nullptr);
+    const QByteArray source = loader.loadResource(type);
+    if (source.isNull() || !type.endsWith(QLatin1String("-list")))
+        return source;
+    return loader.loadResource(QLatin1String(listCommon)) + '\n' + source;
 }

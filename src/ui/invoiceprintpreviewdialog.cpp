@@ -2,7 +2,6 @@
 
 #include "core/registry.h"
 #include "domain/printscript.h"
-#include "domain/settings.h"
 #include "print/invoiceprintjob.h"
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
@@ -37,19 +36,10 @@ InvoicePrintPreviewDialog::InvoicePrintPreviewDialog(Registry* registry, QWidget
     m_sendAction->setEnabled(false);
     toolBar()->addAction(m_sendAction);
 
-    int id = -1;
-    if (registry && registry->settings()) {
-        bool ok = false;
-        const int value = registry->settings()
-                              ->property(QStringLiteral("printScripts/invoice"))
-                              .toString()
-                              .toInt(&ok);
-        if (ok)
-            id = value;
-    }
-    m_printScriptId = id;
+    ScriptHelper helper(registry);
+    m_printScriptId = helper.invoiceScriptId();
     fillLayoutMenu();
-    ScriptHelper(registry).loadInvoiceScript(engine(), id);
+    helper.loadInvoiceScript(engine(), m_printScriptId);
 }
 
 InvoicePrintPreviewDialog::~InvoicePrintPreviewDialog() = default;

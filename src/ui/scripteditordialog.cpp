@@ -6,6 +6,7 @@
 #include "domain/settings.h"
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
+#include "print/scripthelper.h"
 #include "scripterrordialog.h"
 #include "storage/database.h"
 #include "storage/query.h"
@@ -162,10 +163,7 @@ QString ScriptEditorDialog::currentType() const
 
 int ScriptEditorDialog::defaultInvoiceScriptId() const
 {
-    const Settings* settings = m_registry->settings();
-    bool ok = false;
-    const int id = settings ? settings->property(defaultInvoiceKey).toString().toInt(&ok) : -1;
-    return ok ? id : -1;
+    return ScriptHelper(m_registry).invoiceScriptId();
 }
 
 void ScriptEditorDialog::refreshList(int selectId)
@@ -256,7 +254,7 @@ void ScriptEditorDialog::newScript()
     m_nameEdit->setText(tr("Oma %1").arg(m_typeCombo->itemText(typeIndex).toLower()));
     m_defaultCheck->setChecked(false);
     // The built-in script of the type is the starting point.
-    m_sourceEdit->setPlainText(QString::fromUtf8(m_loader->loadResource(type)));
+    m_sourceEdit->setPlainText(QString::fromUtf8(ScriptHelper::builtInSource(type)));
     m_loading = false;
     m_modified = true;
     m_nameEdit->setFocus();
