@@ -3,13 +3,12 @@
 #include "core/registry.h"
 #include "csvwriter.h"
 #include "domain/customer.h"
-#include "domain/settings.h"
 #include "listreportformat.h"
 
 #include <algorithm>
 
 CustomerListPrintModel::CustomerListPrintModel(Registry* registry, QObject* parent)
-    : PrintModel(parent), m_registry(registry)
+    : ListPrintModel(registry, QStringLiteral("customers"), {}, QString(), NumberColumn, parent)
 {
 }
 
@@ -84,36 +83,15 @@ void CustomerListPrintModel::sort(int column)
         });
 }
 
-QVariant CustomerListPrintModel::value(QStringList& path)
+QVariant CustomerListPrintModel::rowValue(int row, const QStringList& path) const
 {
-    if (path.size() == 1 && path.at(0) == QLatin1String("name")) {
-        const Settings* settings = m_registry ? m_registry->settings() : nullptr;
-        return settings ? settings->sellerName : QString();
-    }
-    if (path.isEmpty() || path.at(0) != QLatin1String("customers"))
-        return QVariant();
-    if (path.size() == 2 && path.at(1) == QLatin1String("length"))
-        return int(m_customers.size());
     if (path.size() != 3)
         return QVariant();
-    bool ok = false;
-    const int index = path.at(1).toInt(&ok);
-    if (!ok || index < 0 || index >= m_customers.size())
-        return QVariant();
-    const Customer* customer = m_customers.at(index);
+    const Customer* customer = m_customers.at(row);
     const QString& key = path.at(2);
-    if (key == QLatin1String("number"))
-        return customer->number;
-    if (key == QLatin1String("name"))
-        return customer->name;
-    if (key == QLatin1String("streetName"))
-        return customer->streetName;
-    if (key == QLatin1String("postCode"))
-        return customer->postCode;
-    if (key == QLatin1String("townName"))
-        return customer->townName;
-    if (key == QLatin1String("country"))
-        return customer->country;
+    const QVariant address = addressValue(*customer, key);
+    if (address.isValid())
+        return address;
     if (key == QLatin1String("contact"))
         return customer->contact;
     if (key == QLatin1String("vatNumber"))

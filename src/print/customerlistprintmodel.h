@@ -1,16 +1,13 @@
 #ifndef CUSTOMERLISTPRINTMODEL_H
 #define CUSTOMERLISTPRINTMODEL_H
 
-#include "printmodel.h"
+#include "listprintmodel.h"
 
 #include <QList>
 
-class Customer;
-class Registry;
-
 // The customer list report ("Asiakasluettelo"): copies of the registry's
 // customers that are not marked deleted.
-class CustomerListPrintModel : public PrintModel
+class CustomerListPrintModel : public ListPrintModel
 {
     Q_OBJECT
 public:
@@ -32,22 +29,21 @@ public:
 
     bool run() override;
     QString title() const override;
-    using PrintModel::value;
-    QVariant value(QStringList& path) override;
     bool exportToCSV(const QString& fileName, const QString& format) override;
-
-    int sortColumn() const { return m_sortColumn; }
     // Sorts by the column, ties by customer number.
-    void sort(int column);
+    void sort(int column) override;
+
     int customerCount() const { return m_customers.size(); }
     const Customer* customerAt(int index) const { return m_customers.at(index); }
+
+protected:
+    int rowCount() const override { return m_customers.size(); }
+    QVariant rowValue(int row, const QStringList& path) const override;
 
 private:
     void clear();
 
-    Registry* m_registry;
     QList<Customer*> m_customers;
-    int m_sortColumn = NumberColumn;
 };
 
 #endif // CUSTOMERLISTPRINTMODEL_H

@@ -11,20 +11,10 @@
 #include "storage/query.h"
 
 #include <QHash>
-#include <QSettings>
 #include <algorithm>
 #include <memory>
 
 namespace {
-
-QVariant money(long long cents)
-{
-    return Decimal(cents, 2).toVariant();
-}
-
-const char* const columnNames[] = { "number", "date", "dueDate", "deliveryDate", "customerNumber",
-    "customerName", "totalAmountVatExcluded", "totalVatAmount", "totalAmountVatIncluded", "balance",
-    "referenceNumber" };
 
 // Totals of one listed invoice: from its priced rows, or the stored total
 // when it has none.
@@ -41,7 +31,13 @@ long long rowTotalVatExcluded(const Invoice& invoice, const Vat& vat)
 } // namespace
 
 InvoiceListPrintModel::InvoiceListPrintModel(Registry* registry, QObject* parent)
-    : PrintModel(parent), m_registry(registry), m_columnFlags(allColumns())
+    : ListPrintModel(registry, QStringLiteral("invoices"),
+        { QStringLiteral("number"), QStringLiteral("date"), QStringLiteral("dueDate"),
+            QStringLiteral("deliveryDate"), QStringLiteral("customerNumber"),
+            QStringLiteral("customerName"), QStringLiteral("totalAmountVatExcluded"),
+            QStringLiteral("totalVatAmount"), QStringLiteral("totalAmountVatIncluded"),
+            QStringLiteral("balance"), QStringLiteral("referenceNumber") },
+        QStringLiteral("invoiceListPrint"), NumberColumn, parent)
 {
 }
 
@@ -52,41 +48,11 @@ QString InvoiceListPrintModel::title() const
     return tr("Laskuluettelo");
 }
 
-QString InvoiceListPrintModel::columnName(int column)
+QStringList InvoiceListPrintModel::columnHeadings() const
 {
-    if (column < 0 || column >= ColumnCount)
-        return QString();
-    return QLatin1String(columnNames[column]);
-}
-
-QString InvoiceListPrintModel::columnHeading(int column)
-{
-    switch (column) {
-    case NumberColumn:
-        return tr("Laskun numero");
-    case DateColumn:
-        return tr("Päivämäärä");
-    case DueDateColumn:
-        return tr("Eräpäivä");
-    case DeliveryDateColumn:
-        return tr("Toimituspäivä");
-    case CustomerNumberColumn:
-        return tr("Asiakasnumero");
-    case CustomerNameColumn:
-        return tr("Asiakkaan nimi");
-    case TotalAmountVatExcludedColumn:
-        return tr("Veroton");
-    case TotalVatAmountColumn:
-        return tr("ALV");
-    case TotalAmountVatIncludedColumn:
-        return tr("Verollinen");
-    case BalanceColumn:
-        return tr("Avoin saldo");
-    case ReferenceNumberColumn:
-        return tr("Viitenumero");
-    default:
-        return QString();
-    }
+    return { tr("Laskun numero"), tr("Päivämäärä"), tr("Eräpäivä"), tr("Toimituspäivä"),
+        tr("Asiakasnumero"), tr("Asiakkaan nimi"), tr("Veroton"), tr("ALV"), tr("Verollinen"),
+        tr("Avoin saldo"), tr("Viitenumero") };
 }
 
 void InvoiceListPrintModel::clear()
@@ -97,21 +63,12 @@ void InvoiceListPrintModel::clear()
     m_criteriaTexts.clear();
 }
 
-void InvoiceListPrintModel::setExtraFields(const QStringList& fields)
-{
-    m_extraFields = fields;
-    m_extraFieldsSet = true;
-}
-
 bool InvoiceListPrintModel::run()
 {
     clear();
-    m_lastError.clear();
-    Database* database = m_registry ? m_registry->database() : nullptr;
-    if (!database) {
-        m_lastError = tr("Tietokantaa ei ole avattu");
+    Database* database = this->database();
+    if (!database)
         return false;
-    }
     int roundingMode = 1;
     if (const Settings* settings = m_registry->settings()) {
         bool ok = false;
@@ -163,14 +120,9 @@ bool InvoiceListPrintModel::run()
         m_totalBalance += row.invoice.balance;
     }
 
-    QString customerName;
-    if (m_criteria.customerId >= 0) {
-        bool found = false;
-        const Customer* customer = m_registry->customerById(m_criteria.customerId, found);
-        if (found)
-            customerName = customer->name;
-    }
-    m_criteriaTexts = buildCriteriaTexts(m_criteria, customerName);
+    const Customer* customer
+        = m_criteria.customerId >= 0 ? customerOf(m_criteria.customerId) : nullptr;
+    m_criteriaTexts = buildCriteriaTexts(m_criteria, customer ? customer->name : QString());
     sort(m_sortColumn);
     return true;
 }
@@ -232,57 +184,41 @@ QStringList InvoiceListPrintModel::buildCriteriaTexts(
     return texts;
 }
 
-const Customer* InvoiceListPrintModel::customerOf(const Invoice& invoice) const
-{
-    if (!m_registry)
-        return nullptr;
-    bool found = false;
-    const Customer* customer = m_registry->customerById(invoice.customerId, found);
-    return found ? customer : nullptr;
-}
-
 void InvoiceListPrintModel::sort(int column)
 {
     if (column < 0 || column >= ColumnCount)
         column = NumberColumn;
     m_sortColumn = column;
     const QCollator collator = ListReportFormat::collator();
-    auto compare = [&](const Row& a, const Row& b) -> int {
+    auto compareRows = [&](const Row& a, const Row& b) -> int {
         const Invoice& x = a.invoice;
         const Invoice& y = b.invoice;
-        auto dates = [](const QDate& p, const QDate& q) {
-            // Invoices without the date come last.
-            if (p.isValid() != q.isValid())
-                return p.isValid() ? -1 : 1;
-            return p < q ? -1 : (q < p ? 1 : 0);
-        };
-        auto numbers = [](long long p, long long q) { return p < q ? -1 : (q < p ? 1 : 0); };
         switch (column) {
         case DateColumn:
-            return dates(x.date, y.date);
+            return compare(x.date, y.date);
         case DueDateColumn:
-            return dates(x.dueDate, y.dueDate);
+            return compare(x.dueDate, y.dueDate);
         case DeliveryDateColumn:
-            return dates(x.deliveryDate, y.deliveryDate);
+            return compare(x.deliveryDate, y.deliveryDate);
         case CustomerNumberColumn: {
-            const Customer* p = customerOf(x);
-            const Customer* q = customerOf(y);
-            return numbers(p ? p->number : -1, q ? q->number : -1);
+            const Customer* p = customerOf(x.customerId);
+            const Customer* q = customerOf(y.customerId);
+            return compare(p ? p->number : -1, q ? q->number : -1);
         }
         case CustomerNameColumn: {
-            const Customer* p = customerOf(x);
-            const Customer* q = customerOf(y);
+            const Customer* p = customerOf(x.customerId);
+            const Customer* q = customerOf(y.customerId);
             return collator.compare(p ? p->name : QString(), q ? q->name : QString());
         }
         case TotalAmountVatExcludedColumn:
-            return numbers(rowTotalVatExcluded(x, a.vat), rowTotalVatExcluded(y, b.vat));
+            return compare(rowTotalVatExcluded(x, a.vat), rowTotalVatExcluded(y, b.vat));
         case TotalVatAmountColumn:
-            return numbers(rowTotal(x, a.vat) - rowTotalVatExcluded(x, a.vat),
+            return compare(rowTotal(x, a.vat) - rowTotalVatExcluded(x, a.vat),
                 rowTotal(y, b.vat) - rowTotalVatExcluded(y, b.vat));
         case TotalAmountVatIncludedColumn:
-            return numbers(rowTotal(x, a.vat), rowTotal(y, b.vat));
+            return compare(rowTotal(x, a.vat), rowTotal(y, b.vat));
         case BalanceColumn:
-            return numbers(x.balance, y.balance);
+            return compare(x.balance, y.balance);
         case ReferenceNumberColumn:
             return collator.compare(x.referenceNumber, y.referenceNumber);
         default:
@@ -290,7 +226,7 @@ void InvoiceListPrintModel::sort(int column)
         }
     };
     std::stable_sort(m_rows.begin(), m_rows.end(), [&](const Row& a, const Row& b) {
-        const int result = compare(a, b);
+        const int result = compareRows(a, b);
         if (result != 0)
             return result < 0;
         return a.invoice.number < b.invoice.number;
@@ -299,78 +235,34 @@ void InvoiceListPrintModel::sort(int column)
 
 QVariant InvoiceListPrintModel::value(QStringList& path)
 {
-    if (path.isEmpty())
-        return QVariant();
-    const QString& root = path.at(0);
-    if (path.size() == 1) {
-        if (root == QLatin1String("totalAmountVatExcluded"))
-            return money(m_vat.totalAmountVatExcluded());
-        if (root == QLatin1String("totalVatAmount"))
-            return money(m_vat.totalVatAmount());
-        if (root == QLatin1String("totalAmount"))
-            return money(m_vat.totalAmountVatIncluded());
-        if (root == QLatin1String("totalBalance"))
-            return money(m_totalBalance);
-        if (root == QLatin1String("name")) {
-            const Settings* settings = m_registry ? m_registry->settings() : nullptr;
-            return settings ? settings->sellerName : QString();
-        }
-        return QVariant();
-    }
-    if (root == QLatin1String("invoices")) {
-        if (path.size() == 2 && path.at(1) == QLatin1String("length"))
-            return int(m_rows.size());
-        bool ok = false;
-        const int index = path.at(1).toInt(&ok);
-        if (!ok || index < 0 || index >= m_rows.size() || path.size() < 3)
-            return QVariant();
-        return rowValue(m_rows.at(index), path);
-    }
-    if (root == QLatin1String("vat"))
+    if (!path.isEmpty() && path.at(0) == QLatin1String("vat"))
         return vatValue(path);
-    if (root == QLatin1String("criteria") && path.size() == 2) {
-        if (path.at(1) == QLatin1String("length"))
-            return int(m_criteriaTexts.size());
-        bool ok = false;
-        const int index = path.at(1).toInt(&ok);
-        return ok && index >= 0 && index < m_criteriaTexts.size()
-            ? QVariant(m_criteriaTexts.at(index))
-            : QVariant();
-    }
-    if (root == QLatin1String("columns") && path.size() == 2) {
-        for (int column = 0; column < ColumnCount; ++column) {
-            if (path.at(1) == QLatin1String(columnNames[column]))
-                return (m_columnFlags & (1 << column)) != 0;
-        }
-    }
+    return ListPrintModel::value(path);
+}
+
+QVariant InvoiceListPrintModel::totalValue(const QString& key) const
+{
+    if (key == QLatin1String("totalAmountVatExcluded"))
+        return money(m_vat.totalAmountVatExcluded());
+    if (key == QLatin1String("totalVatAmount"))
+        return money(m_vat.totalVatAmount());
+    if (key == QLatin1String("totalAmount"))
+        return money(m_vat.totalAmountVatIncluded());
+    if (key == QLatin1String("totalBalance"))
+        return money(m_totalBalance);
     return QVariant();
 }
 
-QVariant InvoiceListPrintModel::rowValue(const Row& row, const QStringList& path) const
+QVariant InvoiceListPrintModel::rowValue(int index, const QStringList& path) const
 {
+    const Row& row = m_rows.at(index);
     const Invoice& invoice = row.invoice;
     const QString& key = path.at(2);
     if (key == QLatin1String("customer")) {
         if (path.size() != 4)
             return QVariant();
-        const Customer* customer = customerOf(invoice);
-        Customer none;
-        if (!customer)
-            customer = &none;
-        const QString& field = path.at(3);
-        if (field == QLatin1String("number"))
-            return customer->number;
-        if (field == QLatin1String("name"))
-            return customer->name;
-        if (field == QLatin1String("streetName"))
-            return customer->streetName;
-        if (field == QLatin1String("postCode"))
-            return customer->postCode;
-        if (field == QLatin1String("townName"))
-            return customer->townName;
-        if (field == QLatin1String("country"))
-            return customer->country;
-        return QVariant();
+        const Customer* customer = customerOf(invoice.customerId);
+        return addressValue(customer ? *customer : Customer(), path.at(3));
     }
     if (path.size() != 3)
         return QVariant();
@@ -427,64 +319,27 @@ QVariant InvoiceListPrintModel::vatValue(const QStringList& path) const
     return QVariant();
 }
 
-QString InvoiceListPrintModel::customerField(const Customer* customer, const QString& word) const
-{
-    if (!customer)
-        return QString();
-    if (word == QLatin1String("lähiosoite"))
-        return customer->streetName;
-    if (word == QLatin1String("postinumero"))
-        return customer->postCode;
-    if (word == QLatin1String("postitoimipaikka"))
-        return customer->townName;
-    if (word == QLatin1String("maa"))
-        return customer->country;
-    if (word == QLatin1String("yhteyshenkilö"))
-        return customer->contact;
-    if (word == QLatin1String("puhelinnumero"))
-        return customer->phoneNumber;
-    if (word == QLatin1String("sähköpostiosoite"))
-        return customer->emailAddress;
-    return QString();
-}
-
 bool InvoiceListPrintModel::exportToCSV(const QString& fileName, const QString& format)
 {
     static const char* const headings[] = { "Numero", "Päivämäärä", "Eräpäivä", "Toimituspäivä",
         "Asiakasnumero", "Nimi", "Veroton", "ALV", "Verollinen", "Avoin saldo", "Viitenumero" };
-    static const char* const customerWords[][2] = { { "lähiosoite", "Lähiosoite" },
-        { "postinumero", "Postinumero" }, { "postitoimipaikka", "Postitoimipaikka" },
-        { "maa", "Maa" }, { "yhteyshenkilö", "Yhteyshenkilö" },
-        { "puhelinnumero", "Puhelinnumero" }, { "sähköpostiosoite", "Sähköpostiosoite" } };
-
-    const QStringList words = m_extraFieldsSet
-        ? m_extraFields
-        : ListReportFormat::extraFields(
-            m_registry ? m_registry->appSettings() : nullptr, QStringLiteral("invoiceListPrint"));
     QStringList extraCustomer;
     bool vatColumns = false;
+    const QStringList words = extraFields();
     for (const QString& word : words) {
-        if (word == QLatin1String("alv-erittely")) {
+        if (word == QLatin1String("alv-erittely"))
             vatColumns = true;
-            continue;
-        }
-        for (const auto& pair : customerWords) {
-            if (word == QString::fromUtf8(pair[0]) && !extraCustomer.contains(word))
-                extraCustomer.append(word);
-        }
+        else if (!customerFieldHeading(word).isEmpty() && !extraCustomer.contains(word))
+            extraCustomer.append(word);
     }
 
     CsvWriter csv(format);
     for (int column = 0; column < ColumnCount; ++column) {
-        if (m_columnFlags & (1 << column))
+        if (isColumnVisible(column))
             csv.addText(tr(headings[column]));
     }
-    for (const QString& word : std::as_const(extraCustomer)) {
-        for (const auto& pair : customerWords) {
-            if (word == QString::fromUtf8(pair[0]))
-                csv.addText(tr(pair[1]));
-        }
-    }
+    for (const QString& word : std::as_const(extraCustomer))
+        csv.addText(customerFieldHeading(word));
     const QList<int> rates = m_vat.vatRates();
     if (vatColumns) {
         for (int rate : rates) {
@@ -498,11 +353,11 @@ bool InvoiceListPrintModel::exportToCSV(const QString& fileName, const QString& 
 
     for (const Row& row : std::as_const(m_rows)) {
         const Invoice& invoice = row.invoice;
-        const Customer* customer = customerOf(invoice);
+        const Customer* customer = customerOf(invoice.customerId);
         const long long total = rowTotal(invoice, row.vat);
         const long long vatExcluded = rowTotalVatExcluded(invoice, row.vat);
         for (int column = 0; column < ColumnCount; ++column) {
-            if (!(m_columnFlags & (1 << column)))
+            if (!isColumnVisible(column))
                 continue;
             switch (column) {
             case NumberColumn:

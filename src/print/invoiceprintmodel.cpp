@@ -208,11 +208,7 @@ QVariant InvoicePrintModel::setting(const QString& key) const
 
 const Customer* InvoicePrintModel::customerOf(const Invoice* invoice) const
 {
-    if (!m_registry || !invoice)
-        return nullptr;
-    bool found = false;
-    const Customer* customer = m_registry->customerById(invoice->customerId, found);
-    return found ? customer : nullptr;
+    return invoice ? customerById(m_registry, invoice->customerId) : nullptr;
 }
 
 QVariant InvoicePrintModel::value(QStringList& path)
@@ -248,11 +244,6 @@ QVariant InvoicePrintModel::invoiceValue(const QStringList& path)
     if (!ok || index < 0 || index >= m_invoices.size())
         return QVariant();
     return invoiceField(index, path.at(2), path);
-}
-
-static QVariant money(qint64 cents)
-{
-    return Decimal(cents, 2).toVariant();
 }
 
 QVariant InvoicePrintModel::invoiceField(int index, const QString& key, const QStringList& path)
@@ -357,18 +348,9 @@ QVariant InvoicePrintModel::customerValue(const Invoice* invoice, const QString&
     Customer none;
     if (!customer)
         customer = &none;
-    if (key == QLatin1String("number"))
-        return customer->number;
-    if (key == QLatin1String("name"))
-        return customer->name;
-    if (key == QLatin1String("streetName"))
-        return customer->streetName;
-    if (key == QLatin1String("postCode"))
-        return customer->postCode;
-    if (key == QLatin1String("townName"))
-        return customer->townName;
-    if (key == QLatin1String("country"))
-        return customer->country;
+    const QVariant address = addressValue(*customer, key);
+    if (address.isValid())
+        return address;
     if (key == QLatin1String("contact"))
         return customer->contact;
     // The one field holds either a business id or a VAT number.

@@ -3,8 +3,6 @@
 #include "core/registry.h"
 #include "csvwriter.h"
 #include "domain/customer.h"
-#include "domain/decimal.h"
-#include "domain/settings.h"
 #include "listreportformat.h"
 #include "storage/database.h"
 #include "storage/query.h"
@@ -14,20 +12,14 @@
 #include <algorithm>
 #include <memory>
 
-namespace {
-
-QVariant money(long long cents)
-{
-    return Decimal(cents, 2).toVariant();
-}
-
-const char* const columnNames[] = { "number", "date", "dueDate", "deliveryDate", "customerNumber",
-    "customerName", "totalAmount", "paymentAmount", "paymentDate", "bankAccount" };
-
-} // namespace
-
 PaymentPrintModel::PaymentPrintModel(Registry* registry, QObject* parent)
-    : PrintModel(parent), m_registry(registry), m_columnFlags(allColumns())
+    : ListPrintModel(registry, QStringLiteral("payments"),
+        { QStringLiteral("number"), QStringLiteral("date"), QStringLiteral("dueDate"),
+            QStringLiteral("deliveryDate"), QStringLiteral("customerNumber"),
+            QStringLiteral("customerName"), QStringLiteral("totalAmount"),
+            QStringLiteral("paymentAmount"), QStringLiteral("paymentDate"),
+            QStringLiteral("bankAccount") },
+        QStringLiteral("paymentPrint"), PaymentDateColumn, parent)
 {
 }
 
@@ -38,45 +30,11 @@ QString PaymentPrintModel::title() const
     return tr("Suorituspäiväkirja");
 }
 
-QString PaymentPrintModel::columnName(int column)
+QStringList PaymentPrintModel::columnHeadings() const
 {
-    if (column < 0 || column >= ColumnCount)
-        return QString();
-    return QLatin1String(columnNames[column]);
-}
-
-QString PaymentPrintModel::columnHeading(int column)
-{
-    switch (column) {
-    case NumberColumn:
-        return tr("Laskun numero");
-    case DateColumn:
-        return tr("Päivämäärä");
-    case DueDateColumn:
-        return tr("Eräpäivä");
-    case DeliveryDateColumn:
-        return tr("Toimituspäivä");
-    case CustomerNumberColumn:
-        return tr("Asiakasnumero");
-    case CustomerNameColumn:
-        return tr("Asiakkaan nimi");
-    case TotalAmountColumn:
-        return tr("Loppusumma");
-    case PaymentAmountColumn:
-        return tr("Suoritus");
-    case PaymentDateColumn:
-        return tr("Maksupäivä");
-    case BankAccountColumn:
-        return tr("Pankkitili");
-    default:
-        return QString();
-    }
-}
-
-void PaymentPrintModel::setExtraFields(const QStringList& fields)
-{
-    m_extraFields = fields;
-    m_extraFieldsSet = true;
+    return { tr("Laskun numero"), tr("Päivämäärä"), tr("Eräpäivä"), tr("Toimituspäivä"),
+        tr("Asiakasnumero"), tr("Asiakkaan nimi"), tr("Loppusumma"), tr("Suoritus"),
+        tr("Maksupäivä"), tr("Pankkitili") };
 }
 
 bool PaymentPrintModel::run()
@@ -84,12 +42,9 @@ bool PaymentPrintModel::run()
     m_rows.clear();
     m_totalAmount = 0;
     m_totalPaymentAmount = 0;
-    m_lastError.clear();
-    Database* database = m_registry ? m_registry->database() : nullptr;
-    if (!database) {
-        m_lastError = tr("Tietokantaa ei ole avattu");
+    Database* database = this->database();
+    if (!database)
         return false;
-    }
     std::unique_ptr<Query> query(database->query());
     if (!query->fetchInvoicesAndPayments(m_criteria, m_invoiceCriteria)) {
         m_lastError = query->lastError();
@@ -156,15 +111,6 @@ QStringList PaymentPrintModel::buildCriteriaTexts(
     return texts;
 }
 
-const Customer* PaymentPrintModel::customerOf(const Invoice& invoice) const
-{
-    if (!m_registry)
-        return nullptr;
-    bool found = false;
-    const Customer* customer = m_registry->customerById(invoice.customerId, found);
-    return found ? customer : nullptr;
-}
-
 const BankAccount* PaymentPrintModel::bankAccountOf(const Payment& payment) const
 {
     if (!m_registry || payment.bankAccountId < 0)
@@ -188,38 +134,32 @@ void PaymentPrintModel::sort(int column)
         column = PaymentDateColumn;
     m_sortColumn = column;
     const QCollator collator = ListReportFormat::collator();
-    auto dates = [](const QDate& p, const QDate& q) {
-        if (p.isValid() != q.isValid())
-            return p.isValid() ? -1 : 1;
-        return p < q ? -1 : (q < p ? 1 : 0);
-    };
-    auto numbers = [](long long p, long long q) { return p < q ? -1 : (q < p ? 1 : 0); };
-    auto compare = [&](const Row& a, const Row& b) -> int {
+    auto compareRows = [&](const Row& a, const Row& b) -> int {
         switch (column) {
         case NumberColumn:
-            return numbers(a.invoice.number, b.invoice.number);
+            return compare(a.invoice.number, b.invoice.number);
         case DateColumn:
-            return dates(a.invoice.date, b.invoice.date);
+            return compare(a.invoice.date, b.invoice.date);
         case DueDateColumn:
-            return dates(a.invoice.dueDate, b.invoice.dueDate);
+            return compare(a.invoice.dueDate, b.invoice.dueDate);
         case DeliveryDateColumn:
-            return dates(a.invoice.deliveryDate, b.invoice.deliveryDate);
+            return compare(a.invoice.deliveryDate, b.invoice.deliveryDate);
         case CustomerNumberColumn: {
-            const Customer* p = customerOf(a.invoice);
-            const Customer* q = customerOf(b.invoice);
-            return numbers(p ? p->number : -1, q ? q->number : -1);
+            const Customer* p = customerOf(a.invoice.customerId);
+            const Customer* q = customerOf(b.invoice.customerId);
+            return compare(p ? p->number : -1, q ? q->number : -1);
         }
         case CustomerNameColumn: {
-            const Customer* p = customerOf(a.invoice);
-            const Customer* q = customerOf(b.invoice);
+            const Customer* p = customerOf(a.invoice.customerId);
+            const Customer* q = customerOf(b.invoice.customerId);
             return collator.compare(p ? p->name : QString(), q ? q->name : QString());
         }
         case TotalAmountColumn:
-            return numbers(a.invoice.totalAmount, b.invoice.totalAmount);
+            return compare(a.invoice.totalAmount, b.invoice.totalAmount);
         case PaymentAmountColumn:
-            return numbers(a.payment.amount, b.payment.amount);
+            return compare(a.payment.amount, b.payment.amount);
         case PaymentDateColumn:
-            return dates(a.payment.date, b.payment.date);
+            return compare(a.payment.date, b.payment.date);
         case BankAccountColumn:
             return collator.compare(bankAccountName(a.payment), bankAccountName(b.payment));
         default:
@@ -227,60 +167,27 @@ void PaymentPrintModel::sort(int column)
         }
     };
     std::stable_sort(m_rows.begin(), m_rows.end(), [&](const Row& a, const Row& b) {
-        int result = compare(a, b);
+        int result = compareRows(a, b);
         if (result == 0)
-            result = dates(a.payment.date, b.payment.date);
+            result = compare(a.payment.date, b.payment.date);
         if (result == 0)
-            result = numbers(a.invoice.number, b.invoice.number);
+            result = compare(a.invoice.number, b.invoice.number);
         return result < 0;
     });
 }
 
-QVariant PaymentPrintModel::value(QStringList& path)
+QVariant PaymentPrintModel::totalValue(const QString& key) const
 {
-    if (path.isEmpty())
-        return QVariant();
-    const QString& root = path.at(0);
-    if (path.size() == 1) {
-        if (root == QLatin1String("totalAmount"))
-            return money(m_totalAmount);
-        if (root == QLatin1String("totalPaymentAmount"))
-            return money(m_totalPaymentAmount);
-        if (root == QLatin1String("name")) {
-            const Settings* settings = m_registry ? m_registry->settings() : nullptr;
-            return settings ? settings->sellerName : QString();
-        }
-        return QVariant();
-    }
-    if (root == QLatin1String("payments")) {
-        if (path.size() == 2 && path.at(1) == QLatin1String("length"))
-            return int(m_rows.size());
-        bool ok = false;
-        const int index = path.at(1).toInt(&ok);
-        if (!ok || index < 0 || index >= m_rows.size() || path.size() < 3)
-            return QVariant();
-        return rowValue(m_rows.at(index), path);
-    }
-    if (root == QLatin1String("criteria") && path.size() == 2) {
-        if (path.at(1) == QLatin1String("length"))
-            return int(m_criteriaTexts.size());
-        bool ok = false;
-        const int index = path.at(1).toInt(&ok);
-        return ok && index >= 0 && index < m_criteriaTexts.size()
-            ? QVariant(m_criteriaTexts.at(index))
-            : QVariant();
-    }
-    if (root == QLatin1String("columns") && path.size() == 2) {
-        for (int column = 0; column < ColumnCount; ++column) {
-            if (path.at(1) == QLatin1String(columnNames[column]))
-                return (m_columnFlags & (1 << column)) != 0;
-        }
-    }
+    if (key == QLatin1String("totalAmount"))
+        return money(m_totalAmount);
+    if (key == QLatin1String("totalPaymentAmount"))
+        return money(m_totalPaymentAmount);
     return QVariant();
 }
 
-QVariant PaymentPrintModel::rowValue(const Row& row, const QStringList& path) const
+QVariant PaymentPrintModel::rowValue(int index, const QStringList& path) const
 {
+    const Row& row = m_rows.at(index);
     const QString& key = path.at(2);
     if (path.size() == 3) {
         if (key == QLatin1String("date"))
@@ -313,23 +220,8 @@ QVariant PaymentPrintModel::rowValue(const Row& row, const QStringList& path) co
         return QVariant();
     }
     if (key == QLatin1String("customer")) {
-        const Customer* customer = customerOf(invoice);
-        Customer none;
-        if (!customer)
-            customer = &none;
-        if (field == QLatin1String("number"))
-            return customer->number;
-        if (field == QLatin1String("name"))
-            return customer->name;
-        if (field == QLatin1String("streetName"))
-            return customer->streetName;
-        if (field == QLatin1String("postCode"))
-            return customer->postCode;
-        if (field == QLatin1String("townName"))
-            return customer->townName;
-        if (field == QLatin1String("country"))
-            return customer->country;
-        return QVariant();
+        const Customer* customer = customerOf(invoice.customerId);
+        return addressValue(customer ? *customer : Customer(), field);
     }
     if (key == QLatin1String("bankAccount")) {
         const BankAccount* account = bankAccountOf(row.payment);
@@ -361,39 +253,36 @@ bool PaymentPrintModel::exportToCSV(const QString& fileName, const QString& form
               TotalAmountColumn, PaymentAmountColumn, PaymentDateColumn, BankAccountColumn };
     static const char* const headings[] = { "Numero", "Päivämäärä", "Eräpäivä", "Asiakasnumero",
         "Nimi", "Yhteensä", "Suoritus", "Maksupäivä", "Pankkitili" };
-    static const char* const extraWords[][2]
-        = { { "lähiosoite", "Lähiosoite" }, { "postinumero", "Postinumero" },
-              { "postitoimipaikka", "Postitoimipaikka" }, { "maa", "Maa" },
-              { "yhteyshenkilö", "Yhteyshenkilö" }, { "puhelinnumero", "Puhelinnumero" },
-              { "sähköpostiosoite", "Sähköpostiosoite" }, { "iban", "IBAN" },
-              { "pankki", "Pankki" }, { "bic", "BIC" }, { "tilinumero", "Tilinumero" } };
-
-    const QStringList words = m_extraFieldsSet
-        ? m_extraFields
-        : ListReportFormat::extraFields(
-            m_registry ? m_registry->appSettings() : nullptr, QStringLiteral("paymentPrint"));
-    QList<int> extras;
-    for (const QString& word : words) {
-        for (int i = 0; i < int(std::size(extraWords)); ++i) {
-            if (word == QString::fromUtf8(extraWords[i][0]) && !extras.contains(i))
-                extras.append(i);
+    static const char* const bankWords[][2] = { { "iban", "IBAN" }, { "pankki", "Pankki" },
+        { "bic", "BIC" }, { "tilinumero", "Tilinumero" } };
+    auto extraHeading = [](const QString& word) {
+        for (const auto& pair : bankWords) {
+            if (word == QLatin1String(pair[0]))
+                return tr(pair[1]);
         }
+        return customerFieldHeading(word);
+    };
+    QStringList extras;
+    const QStringList words = extraFields();
+    for (const QString& word : words) {
+        if (!extraHeading(word).isEmpty() && !extras.contains(word))
+            extras.append(word);
     }
 
     CsvWriter csv(format);
     for (int i = 0; i < int(std::size(csvColumns)); ++i) {
-        if (m_columnFlags & (1 << csvColumns[i]))
+        if (isColumnVisible(csvColumns[i]))
             csv.addText(tr(headings[i]));
     }
-    for (int extra : std::as_const(extras))
-        csv.addText(tr(extraWords[extra][1]));
+    for (const QString& word : std::as_const(extras))
+        csv.addText(extraHeading(word));
     csv.endRow();
 
     for (const Row& row : std::as_const(m_rows)) {
-        const Customer* customer = customerOf(row.invoice);
+        const Customer* customer = customerOf(row.invoice.customerId);
         const BankAccount* account = bankAccountOf(row.payment);
         for (int column : csvColumns) {
-            if (!(m_columnFlags & (1 << column)))
+            if (!isColumnVisible(column))
                 continue;
             switch (column) {
             case NumberColumn:
@@ -425,24 +314,9 @@ bool PaymentPrintModel::exportToCSV(const QString& fileName, const QString& form
                 break;
             }
         }
-        for (int extra : std::as_const(extras)) {
-            const QString word = QString::fromUtf8(extraWords[extra][0]);
-            QString text;
-            if (customer && word == QLatin1String("lähiosoite"))
-                text = customer->streetName;
-            else if (customer && word == QLatin1String("postinumero"))
-                text = customer->postCode;
-            else if (customer && word == QLatin1String("postitoimipaikka"))
-                text = customer->townName;
-            else if (customer && word == QLatin1String("maa"))
-                text = customer->country;
-            else if (customer && word == QLatin1String("yhteyshenkilö"))
-                text = customer->contact;
-            else if (customer && word == QLatin1String("puhelinnumero"))
-                text = customer->phoneNumber;
-            else if (customer && word == QLatin1String("sähköpostiosoite"))
-                text = customer->emailAddress;
-            else if (account && word == QLatin1String("iban"))
+        for (const QString& word : std::as_const(extras)) {
+            QString text = customerField(customer, word);
+            if (account && word == QLatin1String("iban"))
                 text = BankAccount::formatIban(account->iban);
             else if (account && word == QLatin1String("pankki"))
                 text = account->name;

@@ -7,6 +7,9 @@
 #include <QStringList>
 #include <QVariant>
 
+class Customer;
+class Registry;
+
 // The data source of a print script. Scripts ask for values by paths such
 // as "invoices/0/number"; the path is split at "/" (empty parts kept) and
 // handed to the subclass.
@@ -33,6 +36,14 @@ public:
     static QString csvFormatToDelimiter(int format);
 
 protected:
+    // Cents as a Decimal, the scale of totals and balances.
+    static QVariant money(long long cents);
+    // The registry's customer of that id; null when there is none.
+    static const Customer* customerById(const Registry* registry, int id);
+    // The customer's "number", "name", "streetName", "postCode", "townName"
+    // and "country"; invalid for any other key.
+    static QVariant addressValue(const Customer& customer, const QString& key);
+
     QString m_lastError;
 };
 

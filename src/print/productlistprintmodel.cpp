@@ -4,7 +4,6 @@
 #include "csvwriter.h"
 #include "domain/decimal.h"
 #include "domain/product.h"
-#include "domain/settings.h"
 #include "domain/vat.h"
 #include "listreportformat.h"
 
@@ -23,7 +22,7 @@ QVariant price(long long amount)
 } // namespace
 
 ProductListPrintModel::ProductListPrintModel(Registry* registry, QObject* parent)
-    : PrintModel(parent), m_registry(registry)
+    : ListPrintModel(registry, QStringLiteral("products"), {}, QString(), NumberColumn, parent)
 {
 }
 
@@ -78,19 +77,18 @@ void ProductListPrintModel::sort(int column)
         column = NumberColumn;
     m_sortColumn = column;
     const QCollator collator = ListReportFormat::collator();
-    auto numbers = [](long long p, long long q) { return p < q ? -1 : (q < p ? 1 : 0); };
-    auto compare = [&](const Product* a, const Product* b) -> int {
+    auto compareProducts = [&](const Product* a, const Product* b) -> int {
         switch (column) {
         case NameColumn:
             return collator.compare(a->name, b->name);
         case UnitCodeColumn:
             return collator.compare(a->unitCode, b->unitCode);
         case AmountVatExcludedColumn:
-            return numbers(amountVatExcluded(a), amountVatExcluded(b));
+            return compare(amountVatExcluded(a), amountVatExcluded(b));
         case AmountColumn:
-            return numbers(amountVatIncluded(a), amountVatIncluded(b));
+            return compare(amountVatIncluded(a), amountVatIncluded(b));
         case VatRateColumn:
-            return numbers(a->vatRate, b->vatRate);
+            return compare(a->vatRate, b->vatRate);
         case CategoryColumn:
             return collator.compare(a->category, b->category);
         default:
@@ -98,7 +96,7 @@ void ProductListPrintModel::sort(int column)
         }
     };
     std::stable_sort(m_products.begin(), m_products.end(), [&](const Product* a, const Product* b) {
-        const int result = compare(a, b);
+        const int result = compareProducts(a, b);
         if (result != 0)
             return result < 0;
         // Product numbers are texts: "9" before "10".
@@ -106,23 +104,11 @@ void ProductListPrintModel::sort(int column)
     });
 }
 
-QVariant ProductListPrintModel::value(QStringList& path)
+QVariant ProductListPrintModel::rowValue(int row, const QStringList& path) const
 {
-    if (path.size() == 1 && path.at(0) == QLatin1String("name")) {
-        const Settings* settings = m_registry ? m_registry->settings() : nullptr;
-        return settings ? settings->sellerName : QString();
-    }
-    if (path.isEmpty() || path.at(0) != QLatin1String("products"))
-        return QVariant();
-    if (path.size() == 2 && path.at(1) == QLatin1String("length"))
-        return int(m_products.size());
     if (path.size() != 3)
         return QVariant();
-    bool ok = false;
-    const int index = path.at(1).toInt(&ok);
-    if (!ok || index < 0 || index >= m_products.size())
-        return QVariant();
-    const Product* product = m_products.at(index);
+    const Product* product = m_products.at(row);
     const QString& key = path.at(2);
     if (key == QLatin1String("number"))
         return product->number;

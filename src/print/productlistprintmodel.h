@@ -1,17 +1,16 @@
 #ifndef PRODUCTLISTPRINTMODEL_H
 #define PRODUCTLISTPRINTMODEL_H
 
-#include "printmodel.h"
+#include "listprintmodel.h"
 
 #include <QList>
 
 class Product;
-class Registry;
 
 // The product list report ("Tuoteluettelo"): copies of the registry's
 // products. Unit prices are Decimals with two to four fraction digits, both
 // with and without VAT whichever way the product stores its price.
-class ProductListPrintModel : public PrintModel
+class ProductListPrintModel : public ListPrintModel
 {
     Q_OBJECT
 public:
@@ -33,13 +32,10 @@ public:
 
     bool run() override;
     QString title() const override;
-    using PrintModel::value;
-    QVariant value(QStringList& path) override;
     bool exportToCSV(const QString& fileName, const QString& format) override;
-
-    int sortColumn() const { return m_sortColumn; }
     // Sorts by the column, ties by product number.
-    void sort(int column);
+    void sort(int column) override;
+
     int productCount() const { return m_products.size(); }
     const Product* productAt(int index) const { return m_products.at(index); }
 
@@ -47,12 +43,14 @@ public:
     static long long amountVatIncluded(const Product* product);
     static long long amountVatExcluded(const Product* product);
 
+protected:
+    int rowCount() const override { return m_products.size(); }
+    QVariant rowValue(int row, const QStringList& path) const override;
+
 private:
     void clear();
 
-    Registry* m_registry;
     QList<Product*> m_products;
-    int m_sortColumn = NumberColumn;
 };
 
 #endif // PRODUCTLISTPRINTMODEL_H

@@ -551,16 +551,21 @@ void PrintPreviewDialog::updateButtonsEnabled()
     m_zoomInAction->setEnabled(zoom != m_zoomCombo->count() - 1);
 }
 
+bool PrintPreviewDialog::execReport(PrintModel* model)
+{
+    setPrinterName(InvoicePrintJob(m_registry).reportPrinterName());
+    if (!updatePrintPreview(model))
+        return false;
+    exec();
+    return true;
+}
+
 bool PrintPreviewDialog::showCustomerList(Registry* registry, QWidget* parent)
 {
     PrintPreviewDialog dialog(registry, parent);
     CustomerListPrintModel model(registry);
     ScriptHelper(registry).loadCustomerListScript(dialog.engine());
-    dialog.setPrinterName(InvoicePrintJob(registry).reportPrinterName());
-    if (!dialog.updatePrintPreview(&model))
-        return false;
-    dialog.exec();
-    return true;
+    return dialog.execReport(&model);
 }
 
 bool PrintPreviewDialog::showProductList(Registry* registry, QWidget* parent)
@@ -568,9 +573,5 @@ bool PrintPreviewDialog::showProductList(Registry* registry, QWidget* parent)
     PrintPreviewDialog dialog(registry, parent);
     ProductListPrintModel model(registry);
     ScriptHelper(registry).loadProductListScript(dialog.engine());
-    dialog.setPrinterName(InvoicePrintJob(registry).reportPrinterName());
-    if (!dialog.updatePrintPreview(&model))
-        return false;
-    dialog.exec();
-    return true;
+    return dialog.execReport(&model);
 }

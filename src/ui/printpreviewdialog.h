@@ -59,6 +59,9 @@ public:
     // Runs the model and shows its output; false (after telling the user)
     // when the model fails.
     bool updatePrintPreview(PrintModel* model);
+    // Shows the model's report on the reports printer until the user closes
+    // it; false when the report could not be made.
+    bool execReport(PrintModel* model);
     int pageCount() const;
     int currentPage() const;
 
