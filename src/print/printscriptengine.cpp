@@ -164,20 +164,6 @@ void PrintScriptEngine::setPageNumber(int page)
     m_pageInRange = !(m_fromPage > qMax(page, 0) || (m_toPage >= 1 && m_toPage < page));
 }
 
-void PrintScriptEngine::pushRect(const QRectF& pixels)
-{
-    duk_context* ctx = context();
-    duk_push_object(ctx);
-    duk_push_number(ctx, pixels.x() / m_resolution * 25.4);
-    duk_put_prop_string(ctx, -2, "x");
-    duk_push_number(ctx, pixels.y() / m_resolution * 25.4);
-    duk_put_prop_string(ctx, -2, "y");
-    duk_push_number(ctx, pixels.width() / m_resolution * 25.4);
-    duk_put_prop_string(ctx, -2, "width");
-    duk_push_number(ctx, pixels.height() / m_resolution * 25.4);
-    duk_put_prop_string(ctx, -2, "height");
-}
-
 static void pushMillimeterRect(duk_context* ctx, const QRectF& rect)
 {
     duk_push_object(ctx);
@@ -189,6 +175,13 @@ static void pushMillimeterRect(duk_context* ctx, const QRectF& rect)
     duk_put_prop_string(ctx, -2, "width");
     duk_push_number(ctx, rect.height());
     duk_put_prop_string(ctx, -2, "height");
+}
+
+void PrintScriptEngine::pushRect(const QRectF& pixels)
+{
+    auto mm = [this](qreal pixels) { return pixels / m_resolution * 25.4; };
+    pushMillimeterRect(
+        context(), QRectF(mm(pixels.x()), mm(pixels.y()), mm(pixels.width()), mm(pixels.height())));
 }
 
 int PrintScriptEngine::envOrientation()
