@@ -108,20 +108,13 @@ QString ListPrintModel::customerField(const Customer* customer, const QString& w
 {
     if (!customer)
         return QString();
-    if (word == QLatin1String("lähiosoite"))
-        return customer->streetName;
-    if (word == QLatin1String("postinumero"))
-        return customer->postCode;
-    if (word == QLatin1String("postitoimipaikka"))
-        return customer->townName;
-    if (word == QLatin1String("maa"))
-        return customer->country;
-    if (word == QLatin1String("yhteyshenkilö"))
-        return customer->contact;
-    if (word == QLatin1String("puhelinnumero"))
-        return customer->phoneNumber;
-    if (word == QLatin1String("sähköpostiosoite"))
-        return customer->emailAddress;
+    // In the order of customerWords, whose words are UTF-8.
+    const QString fields[] = { customer->streetName, customer->postCode, customer->townName,
+        customer->country, customer->contact, customer->phoneNumber, customer->emailAddress };
+    for (int i = 0; i < int(std::size(customerWords)); ++i) {
+        if (word == QString::fromUtf8(customerWords[i][0]))
+            return fields[i];
+    }
     return QString();
 }
 

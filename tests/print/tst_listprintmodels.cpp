@@ -672,7 +672,8 @@ void TestListPrintModels::extraFieldsFromConfiguration()
     QSettings* settings = m_fixture.registry()->appSettings();
     QVERIFY(settings);
     settings->setValue(QStringLiteral("invoiceListPrint/extraFields"),
-        QStringLiteral("maa , puhelinnumero,,  Postinumero "));
+        QStringLiteral("maa , puhelinnumero,,  Postinumero , lähiosoite,yhteyshenkilö,"
+                       "sähköpostiosoite"));
     settings->setValue(
         QStringLiteral("paymentPrint/extraFields"), QStringLiteral("iban,pankki , bic"));
 
@@ -685,8 +686,12 @@ void TestListPrintModels::extraFieldsFromConfiguration()
     bool bom = false;
     QList<QStringList> rows = parseCsv(readFile(fileName), QLatin1Char(';'), &bom);
     QCOMPARE(rows.size(), 2);
-    QCOMPARE(rows.at(0), (QStringList { "Numero", "Maa", "Puhelinnumero", "Postinumero" }));
-    QCOMPARE(rows.at(1), (QStringList { "1004", "Suomi", "'+358 40 765 4321", "" }));
+    QCOMPARE(rows.at(0),
+        (QStringList { "Numero", "Maa", "Puhelinnumero", "Postinumero", "Lähiosoite",
+            "Yhteyshenkilö", "Sähköpostiosoite" }));
+    QCOMPARE(rows.at(1),
+        (QStringList { "1004", "Suomi", "'+358 40 765 4321", "", "Kauppakatu 1", "Virtanen, Liisa",
+            "liisa@example.fi" }));
 
     PaymentPrintModel payments(m_fixture.registry());
     payments.setColumnFlags(
