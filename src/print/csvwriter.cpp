@@ -1,7 +1,5 @@
 #include "csvwriter.h"
 
-#include <QSaveFile>
-
 CsvWriter::CsvWriter(const QString& delimiter)
     : m_delimiter(delimiter.isEmpty() ? QStringLiteral(";") : delimiter)
 {
@@ -63,19 +61,4 @@ void CsvWriter::addRow(const QStringList& texts)
     for (const QString& text : texts)
         addText(text);
     endRow();
-}
-
-bool CsvWriter::save(const QString& fileName)
-{
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly)) {
-        m_lastError = file.errorString();
-        return false;
-    }
-    file.write(m_text.toUtf8());
-    if (!file.commit()) {
-        m_lastError = file.errorString();
-        return false;
-    }
-    return true;
 }

@@ -4,11 +4,11 @@
 #include <QString>
 #include <QStringList>
 
-// Builds CSV text for spreadsheets and saves it as UTF-8. Fields holding the
-// delimiter, quotes or line breaks are quoted. Text cells that a spreadsheet
-// would take for a formula (starting with =, +, -, @, tab or carriage return)
-// get an apostrophe in front; numbers formatted by the program are written
-// as they are, so that negative amounts stay numbers.
+// Builds CSV text for spreadsheets; ListReportFormat::save() writes it to a
+// file. Fields holding the delimiter, quotes or line breaks are quoted. Text cells that a
+// spreadsheet would take for a formula (starting with =, +, -, @, tab or carriage return) get an
+// apostrophe in front; numbers formatted by the program are written as they are, so that negative
+// amounts stay numbers.
 class CsvWriter
 {
 public:
@@ -23,9 +23,6 @@ public:
 
     // Rows end with CR LF.
     QString text() const { return m_text; }
-    // Writes the text to a new file or replaces it whole; false with lastError().
-    bool save(const QString& fileName);
-    QString lastError() const { return m_lastError; }
 
     static QString neutralizeFormula(const QString& text);
     static QString quoteField(const QString& field, const QString& delimiter);
@@ -35,7 +32,6 @@ private:
 
     QString m_delimiter;
     QString m_text;
-    QString m_lastError;
     bool m_rowStarted = false;
 };
 

@@ -5,10 +5,10 @@
 #include "domain/bankaccount.h"
 #include "domain/customer.h"
 #include "domain/decimal.h"
-#include "domain/decimalformat.h"
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/settings.h"
+#include "listreportformat.h"
 #include "storage/database.h"
 #include "storage/query.h"
 
@@ -539,21 +539,10 @@ QVariant InvoicePrintModel::settingsValue(const QStringList& path) const
 
 bool InvoicePrintModel::exportToCSV(const QString& fileName, const QString& format)
 {
+    // The amounts as the list reports write them: plain minus, no grouping.
+    auto cents = [](qint64 value) { return ListReportFormat::cents(value); };
+    auto percent = [](qint64 value) { return ListReportFormat::number(value, 2, 0); };
     CsvWriter csv(format);
-    DecimalFormat cents(2, 2);
-    cents.setLocale(QLocale(QLocale::Finnish, QLocale::Finland));
-    cents.setGrouping(false);
-    DecimalFormat fine(4, 2);
-    fine.setLocale(cents.locale());
-    fine.setGrouping(false);
-    DecimalFormat quantity(4, 0);
-    quantity.setLocale(cents.locale());
-    quantity.setGrouping(false);
-    DecimalFormat percent(2, 0);
-    percent.setLocale(cents.locale());
-    percent.setGrouping(false);
-    const QString dateFormat = QStringLiteral("d.M.yyyy");
-
     csv.addRow({ tr("Numero"), tr("Asiakasnumero"), tr("Nimi"), tr("Lähiosoite"), tr("Postinumero"),
         tr("Postitoimipaikka"), tr("Tyyppi"), tr("Päivämäärä"), tr("Eräpäivä"), tr("Maksuehdot"),
         tr("Toimitus"), tr("Viitteenne"), tr("Viitteemme"), tr("Viivästyskorko"), tr("Viitenumero"),
@@ -572,18 +561,18 @@ bool InvoicePrintModel::exportToCSV(const QString& fileName, const QString& form
         csv.addText(customer->postCode);
         csv.addText(customer->townName);
         csv.addText(typeName(printedType(invoice)));
-        csv.addText(invoice->date.toString(dateFormat));
-        csv.addText(invoice->dueDate.toString(dateFormat));
+        csv.addText(ListReportFormat::date(invoice->date));
+        csv.addText(ListReportFormat::date(invoice->dueDate));
         csv.addText(invoice->paymentTerms);
         csv.addText(invoice->delivery);
         csv.addText(invoice->buyerRef);
         csv.addText(invoice->sellerRef);
-        csv.addNumber(percent.format(invoice->interestOnArrears));
+        csv.addNumber(percent(invoice->interestOnArrears));
         csv.addText(Invoice::formatReferenceNumber(invoice->referenceNumber));
-        csv.addNumber(cents.format(m_cacheVat.totalAmountVatExcluded()));
-        csv.addNumber(cents.format(m_cacheVat.totalVatAmount()));
-        csv.addNumber(cents.format(m_cacheVat.totalAmountVatIncluded()));
-        csv.addNumber(cents.format(invoice->balance));
+        csv.addNumber(cents(m_cacheVat.totalAmountVatExcluded()));
+        csv.addNumber(cents(m_cacheVat.totalVatAmount()));
+        csv.addNumber(cents(m_cacheVat.totalAmountVatIncluded()));
+        csv.addNumber(cents(invoice->balance));
         csv.endRow();
     }
     csv.endRow();
@@ -598,19 +587,15 @@ bool InvoicePrintModel::exportToCSV(const QString& fileName, const QString& form
             csv.addText(item->productNumber);
             csv.addText(item->productName);
             csv.addText(item->text);
-            csv.addNumber(quantity.format(item->quantity));
+            csv.addNumber(ListReportFormat::number(item->quantity, 4, 0));
             csv.addText(item->unitCode);
-            csv.addNumber(fine.format(item->amountVatExcluded()));
-            csv.addNumber(cents.format(totalVatExcluded));
-            csv.addNumber(percent.format(item->vatRate));
-            csv.addNumber(cents.format(total - totalVatExcluded));
-            csv.addNumber(cents.format(total));
+            csv.addNumber(ListReportFormat::number(item->amountVatExcluded(), 4, 2));
+            csv.addNumber(cents(totalVatExcluded));
+            csv.addNumber(percent(item->vatRate));
+            csv.addNumber(cents(total - totalVatExcluded));
+            csv.addNumber(cents(total));
             csv.endRow();
         }
     }
-    if (!csv.save(fileName)) {
-        m_lastError = csv.lastError();
-        return false;
-    }
-    return true;
+    return ListReportFormat::save(csv, fileName, &m_lastError);
 }
