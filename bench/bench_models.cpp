@@ -96,22 +96,29 @@ private:
     }
 };
 
+// Opens the database as the program does at start-up: the configured
+// database, its reference data and the invoice list.
+bool openAsTheProgram(
+    const BenchFixture& fixture, Registry* registry, MainModel* model, benchmark::State& state)
+{
+    registry->loadSettings(fixture.iniFile());
+    registry->setDatabaseNumber(1);
+    if (model->openDatabase(0, false) == 0 && model->fetchData())
+        return true;
+    state.SkipWithError(qPrintable(model->lastError()));
+    return false;
+}
+
 void BM_OpenFetchAndLoadLastInvoice(benchmark::State& state)
 {
-    BenchFixture& fixture = BenchFixture::instance();
-    if (!fixture.ok()) {
-        state.SkipWithError(qPrintable(fixture.error()));
+    BenchFixture* fixture = dataOrSkip<BenchFixture>(state);
+    if (!fixture)
         return;
-    }
     for (auto _ : state) {
         Registry registry;
-        registry.loadSettings(fixture.iniFile());
-        registry.setDatabaseNumber(1);
         MainModel model(&registry);
-        if (model.openDatabase(0, false) != 0 || !model.fetchData()) {
-            state.SkipWithError(qPrintable(model.lastError()));
+        if (!openAsTheProgram(*fixture, &registry, &model, state))
             return;
-        }
         if (model.invoiceCount() != invoiceCount || !model.goToInvoice(model.invoiceCount() - 1)) {
             state.SkipWithError("the last invoice could not be loaded");
             return;
@@ -127,19 +134,13 @@ BENCHMARK(BM_OpenFetchAndLoadLastInvoice)->Unit(benchmark::kMillisecond);
 
 void BM_GoToLastInvoice(benchmark::State& state)
 {
-    BenchFixture& fixture = BenchFixture::instance();
-    if (!fixture.ok()) {
-        state.SkipWithError(qPrintable(fixture.error()));
+    BenchFixture* fixture = dataOrSkip<BenchFixture>(state);
+    if (!fixture)
         return;
-    }
     Registry registry;
-    registry.loadSettings(fixture.iniFile());
-    registry.setDatabaseNumber(1);
     MainModel model(&registry);
-    if (model.openDatabase(0, false) != 0 || !model.fetchData()) {
-        state.SkipWithError(qPrintable(model.lastError()));
+    if (!openAsTheProgram(*fixture, &registry, &model, state))
         return;
-    }
     for (auto _ : state) {
         if (!model.goToInvoice(model.invoiceCount() - 1)) {
             state.SkipWithError(qPrintable(model.lastError()));

@@ -110,31 +110,29 @@ private:
 // evaluated, atomic PDF file, as the export writes separate files.
 void BM_InvoicesToPdfFiles(benchmark::State& state)
 {
-    BenchData& data = BenchData::instance();
-    if (!data.ok()) {
-        state.SkipWithError(qPrintable(data.error()));
+    BenchData* data = dataOrSkip<BenchData>(state);
+    if (!data)
         return;
-    }
     for (auto _ : state) {
-        InvoicePrintModel all(data.registry());
+        InvoicePrintModel all(data->registry());
         if (!all.run() || all.invoiceCount() != invoiceCount) {
             state.SkipWithError("loading the invoices failed");
             return;
         }
         PrintScriptEngine engine;
-        ScriptLoader loader(data.registry());
+        ScriptLoader loader(data->registry());
         engine.setScriptLoader(&loader);
-        if (!ScriptHelper(data.registry()).loadInvoiceScript(&engine)) {
+        if (!ScriptHelper(data->registry()).loadInvoiceScript(&engine)) {
             state.SkipWithError(qPrintable(engine.lastError()));
             return;
         }
         for (int i = 0; i < all.invoiceCount(); ++i) {
-            InvoicePrintModel single(data.registry());
+            InvoicePrintModel single(data->registry());
             single.copyInvoice(&all, i);
             engine.setModel(&single);
             ScriptPdfWriter writer;
             writer.setTitle(single.title());
-            if (!writer.write(&engine, data.filePath(QStringLiteral("lasku-%1.pdf").arg(i)))) {
+            if (!writer.write(&engine, data->filePath(QStringLiteral("lasku-%1.pdf").arg(i)))) {
                 state.SkipWithError(qPrintable(writer.lastError()));
                 return;
             }
@@ -150,16 +148,14 @@ BENCHMARK(BM_InvoicesToPdfFiles)->Unit(benchmark::kMillisecond)->Iterations(1)->
 // The drawing alone: one invoice into an in-memory PDF.
 void BM_RenderOneInvoice(benchmark::State& state)
 {
-    BenchData& data = BenchData::instance();
-    if (!data.ok()) {
-        state.SkipWithError(qPrintable(data.error()));
+    BenchData* data = dataOrSkip<BenchData>(state);
+    if (!data)
         return;
-    }
-    InvoicePrintModel model(data.registry());
+    InvoicePrintModel model(data->registry());
     model.criteria().number = 7;
     PrintScriptEngine engine;
     engine.setModel(&model);
-    if (!model.run() || !ScriptHelper(data.registry()).loadInvoiceScript(&engine)) {
+    if (!model.run() || !ScriptHelper(data->registry()).loadInvoiceScript(&engine)) {
         state.SkipWithError("loading failed");
         return;
     }
@@ -180,8 +176,11 @@ BENCHMARK(BM_RenderOneInvoice)->Unit(benchmark::kMillisecond)->UseRealTime();
 // A fresh heap and the default layout evaluated in it.
 void BM_EvaluateLayout(benchmark::State& state)
 {
-    BenchData& data = BenchData::instance();
-    const QByteArray source = ScriptLoader(data.registry()).loadResource(QStringLiteral("invoice"));
+    BenchData* data = dataOrSkip<BenchData>(state);
+    if (!data)
+        return;
+    const QByteArray source
+        = ScriptLoader(data->registry()).loadResource(QStringLiteral("invoice"));
     for (auto _ : state) {
         PrintScriptEngine engine;
         if (!engine.evaluate(source)) {

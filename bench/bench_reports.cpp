@@ -110,13 +110,11 @@ qint64 render(PrintScriptEngine& engine, benchmark::State& state)
 // The database query, the per-invoice VAT breakdowns and the sort.
 void BM_InvoiceListRun(benchmark::State& state)
 {
-    ReportData& data = ReportData::instance();
-    if (!data.ok()) {
-        state.SkipWithError(qPrintable(data.error()));
+    ReportData* data = dataOrSkip<ReportData>(state);
+    if (!data)
         return;
-    }
     for (auto _ : state) {
-        InvoiceListPrintModel model(data.registry());
+        InvoiceListPrintModel model(data->registry());
         if (!model.run() || model.invoiceCount() != invoiceCount) {
             state.SkipWithError("the invoice list failed");
             return;
@@ -130,12 +128,13 @@ BENCHMARK(BM_InvoiceListRun)->Unit(benchmark::kMillisecond)->UseRealTime();
 // page breaks.
 void BM_InvoiceListPdf(benchmark::State& state)
 {
-    ReportData& data = ReportData::instance();
-    InvoiceListPrintModel model(data.registry());
+    ReportData* data = dataOrSkip<ReportData>(state);
+    if (!data)
+        return;
+    InvoiceListPrintModel model(data->registry());
     PrintScriptEngine engine;
     engine.setModel(&model);
-    if (!data.ok() || !model.run()
-        || !ScriptHelper(data.registry()).loadInvoiceListScript(&engine)) {
+    if (!model.run() || !ScriptHelper(data->registry()).loadInvoiceListScript(&engine)) {
         state.SkipWithError("loading failed");
         return;
     }
@@ -151,14 +150,16 @@ BENCHMARK(BM_InvoiceListPdf)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void BM_InvoiceListCsv(benchmark::State& state)
 {
-    ReportData& data = ReportData::instance();
-    InvoiceListPrintModel model(data.registry());
+    ReportData* data = dataOrSkip<ReportData>(state);
+    if (!data)
+        return;
+    InvoiceListPrintModel model(data->registry());
     model.setExtraFields({ QStringLiteral("postitoimipaikka"), QStringLiteral("alv-erittely") });
-    if (!data.ok() || !model.run()) {
+    if (!model.run()) {
         state.SkipWithError("loading failed");
         return;
     }
-    const QString fileName = data.filePath(QStringLiteral("laskut.csv"));
+    const QString fileName = data->filePath(QStringLiteral("laskut.csv"));
     for (auto _ : state) {
         if (!model.exportToCSV(fileName, QStringLiteral(";"))) {
             state.SkipWithError(qPrintable(model.lastError()));
@@ -172,16 +173,18 @@ BENCHMARK(BM_InvoiceListCsv)->Unit(benchmark::kMillisecond)->UseRealTime();
 // The payment journal of every payment, gathered and drawn.
 void BM_PaymentListRunAndPdf(benchmark::State& state)
 {
-    ReportData& data = ReportData::instance();
+    ReportData* data = dataOrSkip<ReportData>(state);
+    if (!data)
+        return;
     PrintScriptEngine engine;
-    if (!data.ok() || !ScriptHelper(data.registry()).loadPaymentListScript(&engine)) {
+    if (!ScriptHelper(data->registry()).loadPaymentListScript(&engine)) {
         state.SkipWithError("loading failed");
         return;
     }
     qint64 bytes = 0;
     int payments = 0;
     for (auto _ : state) {
-        PaymentPrintModel model(data.registry());
+        PaymentPrintModel model(data->registry());
         if (!model.run()) {
             state.SkipWithError(qPrintable(model.lastError()));
             return;

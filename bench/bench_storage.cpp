@@ -67,12 +67,10 @@ private:
 
 void BM_FetchInvoiceSummaries(benchmark::State& state)
 {
-    BenchData& db = BenchData::instance();
-    if (!db.ok()) {
-        state.SkipWithError(qPrintable(db.error()));
+    BenchData* db = dataOrSkip<BenchData>(state);
+    if (!db)
         return;
-    }
-    std::unique_ptr<Query> query(db.database()->query());
+    std::unique_ptr<Query> query(db->database()->query());
     const InvoiceCriteria criteria;
     for (auto _ : state) {
         if (!query->fetchInvoiceSummaries(criteria)) {
@@ -99,18 +97,16 @@ BENCHMARK(BM_FetchInvoiceSummaries)->Unit(benchmark::kMillisecond);
 
 void BM_SaveInvoicesInTransactions(benchmark::State& state)
 {
-    BenchData& db = BenchData::instance();
-    if (!db.ok()) {
-        state.SkipWithError(qPrintable(db.error()));
+    BenchData* db = dataOrSkip<BenchData>(state);
+    if (!db)
         return;
-    }
     const int count = static_cast<int>(state.range(0));
-    std::unique_ptr<Query> query(db.database()->query());
+    std::unique_ptr<Query> query(db->database()->query());
     int number = query->maxInvoiceNumber();
     for (auto _ : state) {
         for (int i = 0; i < count; ++i) {
             Invoice invoice;
-            invoice.customerId = db.customerId();
+            invoice.customerId = db->customerId();
             invoice.number = ++number;
             invoice.date = QDate(2025, 1, 1);
             invoice.dueDate = QDate(2025, 1, 15);
@@ -118,7 +114,7 @@ void BM_SaveInvoicesInTransactions(benchmark::State& state)
             invoice.referenceNumber = QStringLiteral("1234561");
             invoice.totalAmount = 12400;
             invoice.balance = 12400;
-            bool ok = db.database()->transaction() && query->saveInvoice(&invoice);
+            bool ok = db->database()->transaction() && query->saveInvoice(&invoice);
             for (int row = 0; ok && row < 5; ++row) {
                 InvoiceItem item;
                 item.invoiceId = invoice.id;
@@ -132,7 +128,7 @@ void BM_SaveInvoicesInTransactions(benchmark::State& state)
                 item.rowNumber = row;
                 ok = query->saveInvoiceItem(&item);
             }
-            if (!ok || !db.database()->commit()) {
+            if (!ok || !db->database()->commit()) {
                 state.SkipWithError(qPrintable(query->lastError()));
                 return;
             }

@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <QTemporaryDir>
+#include <benchmark/benchmark.h>
 #include <functional>
 
 class PrintScriptEngine;
@@ -39,6 +40,18 @@ private:
     bool m_ok = false;
     QString m_error;
 };
+
+// The program's data, filled on first use; null after marking the benchmark
+// skipped when filling failed.
+template<typename Data>
+Data* dataOrSkip(benchmark::State& state)
+{
+    Data& data = Data::instance();
+    if (data.ok())
+        return &data;
+    state.SkipWithError(qPrintable(data.error()));
+    return nullptr;
+}
 
 // Draws the script into an A4 PDF in memory; the PDF's size in bytes, or -1
 // with the script's error.

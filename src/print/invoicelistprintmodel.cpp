@@ -200,16 +200,10 @@ void InvoiceListPrintModel::sort(int column)
             return compare(x.dueDate, y.dueDate);
         case DeliveryDateColumn:
             return compare(x.deliveryDate, y.deliveryDate);
-        case CustomerNumberColumn: {
-            const Customer* p = customerOf(x.customerId);
-            const Customer* q = customerOf(y.customerId);
-            return compare(p ? p->number : -1, q ? q->number : -1);
-        }
-        case CustomerNameColumn: {
-            const Customer* p = customerOf(x.customerId);
-            const Customer* q = customerOf(y.customerId);
-            return collator.compare(p ? p->name : QString(), q ? q->name : QString());
-        }
+        case CustomerNumberColumn:
+        case CustomerNameColumn:
+            return compareCustomers(
+                x.customerId, y.customerId, column == CustomerNameColumn, collator);
         case TotalAmountVatExcludedColumn:
             return compare(rowTotalVatExcluded(x, a.vat), rowTotalVatExcluded(y, b.vat));
         case TotalVatAmountColumn:
@@ -266,33 +260,19 @@ QVariant InvoiceListPrintModel::rowValue(int index, const QStringList& path) con
     }
     if (path.size() != 3)
         return QVariant();
-    if (key == QLatin1String("type"))
-        return invoice.type;
-    if (key == QLatin1String("number"))
-        return invoice.number;
-    if (key == QLatin1String("date"))
-        return invoice.date;
-    if (key == QLatin1String("dueDate"))
-        return invoice.dueDate;
-    if (key == QLatin1String("hasDeliveryDate"))
-        return invoice.deliveryDate.isValid();
-    if (key == QLatin1String("deliveryDate"))
-        return invoice.deliveryDate;
     if (key == QLatin1String("totalAmount"))
         return money(rowTotal(invoice, row.vat));
     if (key == QLatin1String("totalAmountVatExcluded"))
         return money(rowTotalVatExcluded(invoice, row.vat));
     if (key == QLatin1String("totalVatAmount"))
         return money(rowTotal(invoice, row.vat) - rowTotalVatExcluded(invoice, row.vat));
-    if (key == QLatin1String("balance"))
-        return money(invoice.balance);
     if (key == QLatin1String("referenceNumber"))
         return Invoice::formatReferenceNumber(invoice.referenceNumber);
     if (key == QLatin1String("referenceNumberRaw"))
         return invoice.referenceNumber;
     if (key == QLatin1String("referenceNumberSpy"))
         return Invoice::formatSpyReferenceNumber(invoice.referenceNumber);
-    return QVariant();
+    return invoiceValue(invoice, key);
 }
 
 QVariant InvoiceListPrintModel::vatValue(const QStringList& path) const

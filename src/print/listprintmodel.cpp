@@ -2,6 +2,7 @@
 
 #include "core/registry.h"
 #include "domain/customer.h"
+#include "domain/invoice.h"
 #include "domain/settings.h"
 #include "listreportformat.h"
 
@@ -93,6 +94,34 @@ Database* ListPrintModel::database()
 const Customer* ListPrintModel::customerOf(int customerId) const
 {
     return customerById(m_registry, customerId);
+}
+
+int ListPrintModel::compareCustomers(int a, int b, bool byName, const QCollator& collator) const
+{
+    const Customer* p = customerOf(a);
+    const Customer* q = customerOf(b);
+    if (byName)
+        return collator.compare(p ? p->name : QString(), q ? q->name : QString());
+    return compare(p ? p->number : -1, q ? q->number : -1);
+}
+
+QVariant ListPrintModel::invoiceValue(const Invoice& invoice, const QString& key)
+{
+    if (key == QLatin1String("type"))
+        return invoice.type;
+    if (key == QLatin1String("number"))
+        return invoice.number;
+    if (key == QLatin1String("date"))
+        return invoice.date;
+    if (key == QLatin1String("dueDate"))
+        return invoice.dueDate;
+    if (key == QLatin1String("hasDeliveryDate"))
+        return invoice.deliveryDate.isValid();
+    if (key == QLatin1String("deliveryDate"))
+        return invoice.deliveryDate;
+    if (key == QLatin1String("balance"))
+        return money(invoice.balance);
+    return QVariant();
 }
 
 QString ListPrintModel::customerFieldHeading(const QString& word)

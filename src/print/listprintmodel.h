@@ -7,6 +7,8 @@
 #include <QStringList>
 
 class Database;
+class Invoice;
+class QCollator;
 
 // What the list reports share. Scripts read the seller's name at "name",
 // the number of rows at "ROWS/length" and the rows at "ROWS/N/...". The
@@ -54,6 +56,11 @@ protected:
     // The open database, with lastError() set when there is none.
     Database* database();
     const Customer* customerOf(int customerId) const;
+    // Compares the customers of these ids by number, or by name.
+    int compareCustomers(int a, int b, bool byName, const QCollator& collator) const;
+    // The invoice's "type", "number", "date", "dueDate", "hasDeliveryDate",
+    // "deliveryDate" and "balance"; invalid for any other key.
+    static QVariant invoiceValue(const Invoice& invoice, const QString& key);
     QStringList extraFields() const;
     // The CSV heading of a customer field of "extraFields"; empty for a word
     // that names none.

@@ -144,16 +144,10 @@ void PaymentPrintModel::sort(int column)
             return compare(a.invoice.dueDate, b.invoice.dueDate);
         case DeliveryDateColumn:
             return compare(a.invoice.deliveryDate, b.invoice.deliveryDate);
-        case CustomerNumberColumn: {
-            const Customer* p = customerOf(a.invoice.customerId);
-            const Customer* q = customerOf(b.invoice.customerId);
-            return compare(p ? p->number : -1, q ? q->number : -1);
-        }
-        case CustomerNameColumn: {
-            const Customer* p = customerOf(a.invoice.customerId);
-            const Customer* q = customerOf(b.invoice.customerId);
-            return collator.compare(p ? p->name : QString(), q ? q->name : QString());
-        }
+        case CustomerNumberColumn:
+        case CustomerNameColumn:
+            return compareCustomers(
+                a.invoice.customerId, b.invoice.customerId, column == CustomerNameColumn, collator);
         case TotalAmountColumn:
             return compare(a.invoice.totalAmount, b.invoice.totalAmount);
         case PaymentAmountColumn:
@@ -201,23 +195,9 @@ QVariant PaymentPrintModel::rowValue(int index, const QStringList& path) const
     const QString& field = path.at(3);
     const Invoice& invoice = row.invoice;
     if (key == QLatin1String("invoice")) {
-        if (field == QLatin1String("type"))
-            return invoice.type;
-        if (field == QLatin1String("number"))
-            return invoice.number;
-        if (field == QLatin1String("date"))
-            return invoice.date;
-        if (field == QLatin1String("dueDate"))
-            return invoice.dueDate;
-        if (field == QLatin1String("hasDeliveryDate"))
-            return invoice.deliveryDate.isValid();
-        if (field == QLatin1String("deliveryDate"))
-            return invoice.deliveryDate;
         if (field == QLatin1String("totalAmount"))
             return money(invoice.totalAmount);
-        if (field == QLatin1String("balance"))
-            return money(invoice.balance);
-        return QVariant();
+        return invoiceValue(invoice, field);
     }
     if (key == QLatin1String("customer")) {
         const Customer* customer = customerOf(invoice.customerId);
