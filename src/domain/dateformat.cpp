@@ -22,23 +22,22 @@ QString DateFormat::format(const QDate& date) const
 
 QDate DateFormat::parse(const QString& text) const
 {
+    // Each form gives the day; the month and the year it lacks are today's.
+    struct Form
+    {
+        const QRegularExpression* pattern;
+        bool hasMonth;
+        bool hasYear;
+    };
+    const Form forms[] = { { &m_dayMonthYear, true, true }, { &m_dayMonth, true, false },
+        { &m_dayMonthYearDigits, true, true }, { &m_dayMonthDigits, true, false },
+        { &m_day, false, false } };
     const QDate now = today();
-    QRegularExpressionMatch match = m_dayMonthYear.match(text);
-    if (match.hasMatch())
-        return QDate(
-            match.captured(3).toInt(), match.captured(2).toInt(), match.captured(1).toInt());
-    match = m_dayMonth.match(text);
-    if (match.hasMatch())
-        return QDate(now.year(), match.captured(2).toInt(), match.captured(1).toInt());
-    match = m_dayMonthYearDigits.match(text);
-    if (match.hasMatch())
-        return QDate(
-            match.captured(3).toInt(), match.captured(2).toInt(), match.captured(1).toInt());
-    match = m_dayMonthDigits.match(text);
-    if (match.hasMatch())
-        return QDate(now.year(), match.captured(2).toInt(), match.captured(1).toInt());
-    match = m_day.match(text);
-    if (match.hasMatch())
-        return QDate(now.year(), now.month(), match.captured(1).toInt());
+    for (const Form& form : forms) {
+        const QRegularExpressionMatch match = form.pattern->match(text);
+        if (match.hasMatch())
+            return QDate(form.hasYear ? match.captured(3).toInt() : now.year(),
+                form.hasMonth ? match.captured(2).toInt() : now.month(), match.captured(1).toInt());
+    }
     return QDate();
 }

@@ -109,32 +109,27 @@ QList<int> Vat::vatRates() const
     return rates;
 }
 
-void Vat::addInvoiceItem(const InvoiceItem* item)
+void Vat::addSums(int vatRate, long long included, long long excluded)
 {
-    const long long included = item->totalAmountVatIncluded();
-    const long long excluded = item->totalAmountVatExcluded();
-    m_vatIncluded[item->vatRate] += included;
-    m_vatExcluded[item->vatRate] += excluded;
+    m_vatIncluded[vatRate] += included;
+    m_vatExcluded[vatRate] += excluded;
     m_totalVatIncluded += included;
     m_totalVatExcluded += excluded;
+}
+
+void Vat::addInvoiceItem(const InvoiceItem* item)
+{
+    addSums(item->vatRate, item->totalAmountVatIncluded(), item->totalAmountVatExcluded());
 }
 
 void Vat::addVatExcludedAmount(long long amount, int vatRate)
 {
-    const long long included = addVat(amount, vatRate);
-    m_vatExcluded[vatRate] += amount;
-    m_vatIncluded[vatRate] += included;
-    m_totalVatExcluded += amount;
-    m_totalVatIncluded += included;
+    addSums(vatRate, addVat(amount, vatRate), amount);
 }
 
 void Vat::addVatIncludedAmount(long long amount, int vatRate)
 {
-    const long long excluded = substractVat(amount, vatRate);
-    m_vatIncluded[vatRate] += amount;
-    m_vatExcluded[vatRate] += excluded;
-    m_totalVatIncluded += amount;
-    m_totalVatExcluded += excluded;
+    addSums(vatRate, amount, substractVat(amount, vatRate));
 }
 
 void Vat::add(const Vat* other)

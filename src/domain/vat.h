@@ -48,6 +48,8 @@ public:
     long long totalVatAmount(int vatRate) const;
 
 private:
+    void addSums(int vatRate, long long included, long long excluded);
+
     QMap<int, long long> m_vatIncluded;
     QMap<int, long long> m_vatExcluded;
     long long m_totalVatIncluded = 0;
