@@ -29,21 +29,7 @@ void Customer::clear()
 
 void Customer::copy(Customer* target) const
 {
-    target->id = id;
-    target->number = number;
-    target->name = name;
-    target->streetName = streetName;
-    target->postCode = postCode;
-    target->townName = townName;
-    target->country = country;
-    target->contact = contact;
-    target->vatNumber = vatNumber;
-    target->referenceNumber = referenceNumber;
-    target->emailAddress = emailAddress;
-    target->phoneNumber = phoneNumber;
-    target->paymentTerms = paymentTerms;
-    target->deleted = deleted;
-    target->properties = properties;
+    *target = *this;
 }
 
 QVariant Customer::property(const QString& key, const QVariant& defaultValue) const
@@ -58,20 +44,12 @@ void Customer::setProperty(const QString& key, const QVariant& value)
 
 void Customer::setPropertyIfNotEmpty(const QString& key, const QString& value)
 {
-    if (value.isEmpty())
-        properties.remove(key);
-    else
-        properties.insert(key, value);
+    EntityUtil::setPropertyIfNotEmpty(properties, key, value);
 }
 
 void Customer::removeProperties(const QString& prefix)
 {
-    for (auto it = properties.begin(); it != properties.end();) {
-        if (it.key().startsWith(prefix))
-            it = properties.erase(it);
-        else
-            ++it;
-    }
+    EntityUtil::removePropertiesWithPrefix(properties, prefix);
 }
 
 QString Customer::propertiesToString() const

@@ -51,3 +51,23 @@ void EntityUtil::propertiesFromString(const QString& text, QMap<QString, QVarian
         properties.insert(line.left(eq), QVariant(unescapeString(line.mid(eq + 1))));
     }
 }
+
+void EntityUtil::setPropertyIfNotEmpty(
+    QMap<QString, QVariant>& properties, const QString& key, const QString& value)
+{
+    if (value.isEmpty())
+        properties.remove(key);
+    else
+        properties.insert(key, value);
+}
+
+void EntityUtil::removePropertiesWithPrefix(
+    QMap<QString, QVariant>& properties, const QString& prefix)
+{
+    for (auto it = properties.begin(); it != properties.end();) {
+        if (it.key().startsWith(prefix))
+            it = properties.erase(it);
+        else
+            ++it;
+    }
+}

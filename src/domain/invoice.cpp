@@ -31,22 +31,7 @@ void Invoice::clear()
 
 void Invoice::copy(Invoice* target) const
 {
-    target->id = id;
-    target->customerId = customerId;
-    target->type = type;
-    target->number = number;
-    target->date = date;
-    target->paymentTerms = paymentTerms;
-    target->delivery = delivery;
-    target->deliveryDate = deliveryDate;
-    target->buyerRef = buyerRef;
-    target->sellerRef = sellerRef;
-    target->interestOnArrears = interestOnArrears;
-    target->dueDate = dueDate;
-    target->referenceNumber = referenceNumber;
-    target->totalAmount = totalAmount;
-    target->balance = balance;
-    target->properties = properties;
+    *target = *this;
 }
 
 QVariant Invoice::property(const QString& key, const QVariant& defaultValue) const
@@ -61,20 +46,12 @@ void Invoice::setProperty(const QString& key, const QVariant& value)
 
 void Invoice::setPropertyIfNotEmpty(const QString& key, const QString& value)
 {
-    if (value.isEmpty())
-        properties.remove(key);
-    else
-        properties.insert(key, value);
+    EntityUtil::setPropertyIfNotEmpty(properties, key, value);
 }
 
 void Invoice::removePropertiesWithPrefix(const QString& prefix)
 {
-    for (auto it = properties.begin(); it != properties.end();) {
-        if (it.key().startsWith(prefix))
-            it = properties.erase(it);
-        else
-            ++it;
-    }
+    EntityUtil::removePropertiesWithPrefix(properties, prefix);
 }
 
 QMap<QString, QVariant> Invoice::propertiesWithPrefix(const QString& prefix) const

@@ -3,18 +3,7 @@
 
 void InvoiceItem::copy(InvoiceItem* target) const
 {
-    target->id = id;
-    target->invoiceId = invoiceId;
-    target->productNumber = productNumber;
-    target->productName = productName;
-    target->quantity = quantity;
-    target->unitCode = unitCode;
-    target->amount = amount;
-    target->vatRate = vatRate;
-    target->vatExcluded = vatExcluded;
-    target->discount = discount;
-    target->text = text;
-    target->rowNumber = rowNumber;
+    *target = *this;
 }
 
 // The row total is rounded to cents once, at the end; the discount is

@@ -2,8 +2,5 @@
 
 void PrintScript::copy(PrintScript* target) const
 {
-    target->id = id;
-    target->type = type;
-    target->name = name;
-    target->sourceCode = sourceCode;
+    *target = *this;
 }

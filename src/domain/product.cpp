@@ -20,14 +20,7 @@ void Product::clear()
 
 void Product::copy(Product* target) const
 {
-    target->id = id;
-    target->number = number;
-    target->name = name;
-    target->unitCode = unitCode;
-    target->amount = amount;
-    target->vatRate = vatRate;
-    target->vatExcluded = vatExcluded;
-    target->category = category;
+    *target = *this;
 }
 
 void Product::toInvoiceItem(InvoiceItem* item) const

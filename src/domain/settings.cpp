@@ -20,14 +20,7 @@ void Settings::clear()
 
 void Settings::copy(Settings* target) const
 {
-    target->sellerName = sellerName;
-    target->sellerStreetName = sellerStreetName;
-    target->sellerPostCode = sellerPostCode;
-    target->sellerTownName = sellerTownName;
-    target->sellerCountry = sellerCountry;
-    target->sellerBusinessId = sellerBusinessId;
-    target->sellerLogo = sellerLogo;
-    target->properties = properties;
+    *target = *this;
 }
 
 QVariant Settings::property(const QString& key, const QVariant& defaultValue) const
@@ -42,10 +35,7 @@ void Settings::setProperty(const QString& key, const QVariant& value)
 
 void Settings::setPropertyIfNotEmpty(const QString& key, const QString& value)
 {
-    if (value.isEmpty())
-        properties.remove(key);
-    else
-        properties.insert(key, value);
+    EntityUtil::setPropertyIfNotEmpty(properties, key, value);
 }
 
 void Settings::removeProperty(const QString& key)
@@ -55,12 +45,7 @@ void Settings::removeProperty(const QString& key)
 
 void Settings::removeProperties(const QString& prefix)
 {
-    for (auto it = properties.begin(); it != properties.end();) {
-        if (it.key().startsWith(prefix))
-            it = properties.erase(it);
-        else
-            ++it;
-    }
+    EntityUtil::removePropertiesWithPrefix(properties, prefix);
 }
 
 QString Settings::propertiesToString() const
