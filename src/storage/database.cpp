@@ -43,31 +43,28 @@ bool Database::isCreateIfNotExist() const
     return m_createIfNotExist;
 }
 
-bool Database::transaction()
+bool Database::transactionStep(const char* logLine, bool (QSqlDatabase::*step)())
 {
-    qCDebug(logDatabase).noquote() << "Aloitetaan tietokantatapahtuma";
+    qCDebug(logDatabase).noquote() << logLine;
     QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
-    const bool ok = db.transaction();
+    const bool ok = (db.*step)();
     m_lastError = ok ? QString() : db.lastError().text();
     return ok;
+}
+
+bool Database::transaction()
+{
+    return transactionStep("Aloitetaan tietokantatapahtuma", &QSqlDatabase::transaction);
 }
 
 bool Database::commit()
 {
-    qCDebug(logDatabase).noquote() << "Vahvistetaan tietokantatapahtuma";
-    QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
-    const bool ok = db.commit();
-    m_lastError = ok ? QString() : db.lastError().text();
-    return ok;
+    return transactionStep("Vahvistetaan tietokantatapahtuma", &QSqlDatabase::commit);
 }
 
 bool Database::rollback()
 {
-    qCDebug(logDatabase).noquote() << "Peruutetaan tietokantatapahtuma";
-    QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
-    const bool ok = db.rollback();
-    m_lastError = ok ? QString() : db.lastError().text();
-    return ok;
+    return transactionStep("Peruutetaan tietokantatapahtuma", &QSqlDatabase::rollback);
 }
 
 QString Database::lastError()
@@ -84,11 +81,23 @@ void Database::setLastError(const QString& text)
     m_lastError = text;
 }
 
-Query* Database::query()
+bool Database::fail(const QString& text)
+{
+    m_lastError = text;
+    qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+    return false;
+}
+
+QSqlQuery Database::forwardOnlyQuery() const
 {
     QSqlQuery q(QSqlDatabase::database(m_connectionName, false));
     q.setForwardOnly(true);
-    return new Query(std::move(q));
+    return q;
+}
+
+Query* Database::query()
+{
+    return new Query(forwardOnlyQuery());
 }
 
 bool Database::queryExec(QSqlQuery& query, const QString& sql)
@@ -96,9 +105,7 @@ bool Database::queryExec(QSqlQuery& query, const QString& sql)
     qCDebug(logDatabase).noquote() << "Tietokantakysely:" << sql;
     if (query.exec(sql))
         return true;
-    m_lastError = query.lastError().text();
-    qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
-    return false;
+    return fail(query.lastError().text());
 }
 
 bool Database::upgradeStep(int from, QSqlQuery& query)
@@ -245,13 +252,11 @@ bool Database::createTables(const QString& resource, const QString& companyName)
 
     Query* initial = query();
     if (!transaction()) {
-        qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
         delete initial;
-        return false;
+        return fail(m_lastError);
     }
     if (!initial->addInitialData(companyName)) {
-        m_lastError = initial->lastError();
-        qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+        fail(initial->lastError());
         delete initial;
         const QString error = m_lastError;
         rollback();

@@ -2,6 +2,7 @@
 #define DATABASE_H
 
 #include <QObject>
+#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
 
@@ -60,6 +61,12 @@ protected:
     // initial data in a transaction.
     bool createTables(const QString& resource, const QString& companyName);
     void setLastError(const QString& text);
+    // A forward-only query on this connection.
+    QSqlQuery forwardOnlyQuery() const;
+    // Keeps the text as the last error, logs it as a warning and returns false.
+    bool fail(const QString& text);
+    // A step of a transaction: its log line, then the step on the connection.
+    bool transactionStep(const char* logLine, bool (QSqlDatabase::*step)());
 
     QString m_connectionName;
     bool m_createIfNotExist = false;

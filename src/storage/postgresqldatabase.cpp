@@ -23,9 +23,7 @@ bool PostgreSQLDatabase::exists() const
 
 Query* PostgreSQLDatabase::query()
 {
-    QSqlQuery q(QSqlDatabase::database(m_connectionName, false));
-    q.setForwardOnly(true);
-    return new PostgreSQLQuery(std::move(q));
+    return new PostgreSQLQuery(forwardOnlyQuery());
 }
 
 bool PostgreSQLDatabase::open(QSettings* entry)
@@ -101,8 +99,7 @@ bool PostgreSQLDatabase::createDatabase(const QString& databaseName)
         if (ok)
             qCDebug(logDatabase).noquote() << "Tietokannan luonti onnistui";
     } else {
-        m_lastError = db.lastError().text();
-        qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+        fail(db.lastError().text());
     }
     db.close();
     if (!ok)
@@ -110,8 +107,7 @@ bool PostgreSQLDatabase::createDatabase(const QString& databaseName)
 
     db.setDatabaseName(databaseName);
     if (!db.open()) {
-        m_lastError = db.lastError().text();
-        qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+        fail(db.lastError().text());
         db.close();
         return false;
     }
@@ -125,8 +121,7 @@ int PostgreSQLDatabase::upgrade()
     if (!queryExec(query, QStringLiteral("SELECT version FROM settings")))
         return query.lastError().text().contains(QLatin1String("does not exist")) ? -2 : -1;
     if (!query.next()) {
-        m_lastError = tr("Tietokannan versiota ei löytynyt");
-        qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
+        fail(tr("Tietokannan versiota ei löytynyt"));
         return -1;
     }
     const int version = query.value(0).toInt();

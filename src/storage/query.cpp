@@ -54,6 +54,24 @@ int toForeignKey(const QVariant& value)
     return value.isNull() ? -1 : value.toInt();
 }
 
+// The order of the invoice queries, newest first when asked, and their limit.
+void appendInvoiceOrder(QString& sql, const QString& numberColumn, const InvoiceCriteria& criteria)
+{
+    sql += QStringLiteral(" ORDER BY ") + numberColumn;
+    if (criteria.descending)
+        sql += QStringLiteral(" DESC");
+    if (criteria.limit > 0)
+        sql += QStringLiteral(" LIMIT %1").arg(criteria.limit);
+}
+
+bool appendConditions(QString& where, const QString& keyword, const QStringList& conditions)
+{
+    if (conditions.isEmpty())
+        return false;
+    where += keyword + conditions.join(QLatin1String(" AND "));
+    return true;
+}
+
 const QString invoiceDetailsSelect = QStringLiteral(
     "SELECT id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, reference_number, total_amount, balance, properties FROM invoice");
 const QString invoiceSummarySelect = QStringLiteral(
@@ -243,11 +261,9 @@ bool Query::fetchPrintScriptDetails()
 
 bool Query::fetchPrintScriptDetails(int id)
 {
-    if (!prepareQuery(QStringLiteral(
-            "SELECT id, type, name, source_code FROM print_script WHERE id = ? LIMIT 1")))
-        return false;
-    m_query.addBindValue(id);
-    return execQuery();
+    return runStatement(
+        QStringLiteral("SELECT id, type, name, source_code FROM print_script WHERE id = ? LIMIT 1"),
+        { id });
 }
 
 void Query::printScriptDetails(PrintScript* script)
@@ -266,11 +282,10 @@ bool Query::fetchPrintScript(int id, PrintScript* script)
 
 bool Query::fetchInvoiceDetails(int id)
 {
-    if (!prepareQuery(QStringLiteral(
-            "SELECT id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, reference_number, total_amount, balance, properties FROM invoice WHERE id = ? LIMIT 1")))
-        return false;
-    m_query.addBindValue(id);
-    return execQuery();
+    return runStatement(
+        QStringLiteral(
+            "SELECT id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, reference_number, total_amount, balance, properties FROM invoice WHERE id = ? LIMIT 1"),
+        { id });
 }
 
 bool Query::fetchInvoices(const QString& select, const InvoiceCriteria& criteria)
@@ -285,15 +300,8 @@ bool Query::fetchInvoices(const QString& select, const InvoiceCriteria& criteria
         values.append(criteria.balanceDate);
     }
     buildInvoiceWhereClause(criteria, sql, values, QString(), QStringLiteral(" WHERE "));
-    sql += QStringLiteral(" ORDER BY number");
-    if (criteria.descending)
-        sql += QStringLiteral(" DESC");
-    if (criteria.limit > 0)
-        sql += QStringLiteral(" LIMIT %1").arg(criteria.limit);
-    if (!prepareQuery(sql))
-        return false;
-    bindValues(values);
-    return execQuery();
+    appendInvoiceOrder(sql, QStringLiteral("number"), criteria);
+    return runStatement(sql, values);
 }
 
 bool Query::fetchInvoiceDetails(const InvoiceCriteria& criteria)
@@ -368,20 +376,18 @@ int Query::maxInvoiceNumber()
 
 bool Query::fetchInvoiceItems(int invoiceId)
 {
-    if (!prepareQuery(QStringLiteral(
-            "SELECT id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number FROM invoice_item WHERE invoice_id = ? ORDER BY row_number")))
-        return false;
-    m_query.addBindValue(invoiceId);
-    return execQuery();
+    return runStatement(
+        QStringLiteral(
+            "SELECT id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number FROM invoice_item WHERE invoice_id = ? ORDER BY row_number"),
+        { invoiceId });
 }
 
 bool Query::fetchInvoiceItem(int id)
 {
-    if (!prepareQuery(QStringLiteral(
-            "SELECT id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number FROM invoice_item WHERE id = ?")))
-        return false;
-    m_query.addBindValue(id);
-    return execQuery();
+    return runStatement(
+        QStringLiteral(
+            "SELECT id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number FROM invoice_item WHERE id = ?"),
+        { id });
 }
 
 bool Query::fetchInvoiceItems(const InvoiceCriteria& criteria)
@@ -390,16 +396,9 @@ bool Query::fetchInvoiceItems(const InvoiceCriteria& criteria)
     QString sql = QStringLiteral(
         "SELECT r.id, r.invoice_id, r.product_number, r.product_name, r.quantity, r.unit_code, r.amount, r.vat_rate, r.vat_excluded, r.discount, r.text, r.row_number FROM invoice_item r INNER JOIN invoice i ON r.invoice_id = i.id WHERE r.invoice_id IN (SELECT j.id FROM invoice j");
     buildInvoiceWhereClause(criteria, sql, values, QStringLiteral("j."), QStringLiteral(" WHERE "));
-    sql += QStringLiteral(" ORDER BY j.number");
-    if (criteria.descending)
-        sql += QStringLiteral(" DESC");
-    if (criteria.limit > 0)
-        sql += QStringLiteral(" LIMIT %1").arg(criteria.limit);
+    appendInvoiceOrder(sql, QStringLiteral("j.number"), criteria);
     sql += QStringLiteral(") ORDER BY i.number, r.row_number");
-    if (!prepareQuery(sql))
-        return false;
-    bindValues(values);
-    return execQuery();
+    return runStatement(sql, values);
 }
 
 void Query::invoiceItem(InvoiceItem* item)
@@ -420,20 +419,18 @@ void Query::invoiceItem(InvoiceItem* item)
 
 bool Query::fetchPayments(int invoiceId)
 {
-    if (!prepareQuery(QStringLiteral(
-            "SELECT id, invoice_id, date, bank_account_id, amount FROM payment WHERE invoice_id = ? ORDER BY date, bank_account_id")))
-        return false;
-    m_query.addBindValue(invoiceId);
-    return execQuery();
+    return runStatement(
+        QStringLiteral(
+            "SELECT id, invoice_id, date, bank_account_id, amount FROM payment WHERE invoice_id = ? ORDER BY date, bank_account_id"),
+        { invoiceId });
 }
 
 bool Query::fetchPayment(int id)
 {
-    if (!prepareQuery(QStringLiteral(
-            "SELECT id, invoice_id, date, bank_account_id, amount FROM payment WHERE id = ?")))
-        return false;
-    m_query.addBindValue(id);
-    return execQuery();
+    return runStatement(
+        QStringLiteral(
+            "SELECT id, invoice_id, date, bank_account_id, amount FROM payment WHERE id = ?"),
+        { id });
 }
 
 bool Query::fetchPayments(const PaymentCriteria& paymentCriteria)
@@ -443,10 +440,7 @@ bool Query::fetchPayments(const PaymentCriteria& paymentCriteria)
     buildPaymentWhereClause(
         paymentCriteria, nullptr, sql, values, QString(), QStringLiteral(" WHERE "));
     sql += QStringLiteral(" ORDER BY date, bank_account_id");
-    if (!prepareQuery(sql))
-        return false;
-    bindValues(values);
-    return execQuery();
+    return runStatement(sql, values);
 }
 
 bool Query::fetchPayments(
@@ -458,19 +452,21 @@ bool Query::fetchPayments(
     buildPaymentWhereClause(paymentCriteria, &invoiceCriteria, sql, values, QStringLiteral("p."),
         QStringLiteral(" WHERE "));
     sql += QStringLiteral(" ORDER BY i.number, p.date, p.bank_account_id");
-    if (!prepareQuery(sql))
-        return false;
-    bindValues(values);
-    return execQuery();
+    return runStatement(sql, values);
 }
 
 void Query::payment(Payment* payment)
 {
-    payment->id = m_query.value(0).toInt();
-    payment->invoiceId = m_query.value(1).toInt();
-    payment->date = toDate(m_query.value(2));
-    payment->bankAccountId = toForeignKey(m_query.value(3));
-    payment->amount = m_query.value(4).toInt();
+    readPayment(payment, 0);
+}
+
+void Query::readPayment(Payment* payment, int first)
+{
+    payment->id = m_query.value(first).toInt();
+    payment->invoiceId = m_query.value(first + 1).toInt();
+    payment->date = toDate(m_query.value(first + 2));
+    payment->bankAccountId = toForeignKey(m_query.value(first + 3));
+    payment->amount = m_query.value(first + 4).toInt();
 }
 
 bool Query::fetchInvoicesAndPayments(
@@ -482,10 +478,7 @@ bool Query::fetchInvoicesAndPayments(
     buildPaymentWhereClause(paymentCriteria, &invoiceCriteria, sql, values, QStringLiteral("p."),
         QStringLiteral(" WHERE "));
     sql += QStringLiteral(" ORDER BY p.date, i.number");
-    if (!prepareQuery(sql))
-        return false;
-    bindValues(values);
-    return execQuery();
+    return runStatement(sql, values);
 }
 
 void Query::invoiceAndPayment(Invoice* invoice, Payment* payment)
@@ -498,11 +491,7 @@ void Query::invoiceAndPayment(Invoice* invoice, Payment* payment)
     invoice->deliveryDate = toDate(m_query.value(5));
     invoice->totalAmount = m_query.value(6).toInt();
     invoice->balance = m_query.value(7).toInt();
-    payment->id = m_query.value(8).toInt();
-    payment->invoiceId = m_query.value(9).toInt();
-    payment->date = toDate(m_query.value(10));
-    payment->bankAccountId = toForeignKey(m_query.value(11));
-    payment->amount = m_query.value(12).toInt();
+    readPayment(payment, 8);
 }
 
 void Query::setInvoiceBalanceMode(bool on)
@@ -522,10 +511,7 @@ bool Query::fetchPaymentAmounts(const InvoiceCriteria& criteria, const QDate& da
         "SELECT p.invoice_id, sum(p.amount) FROM payment p WHERE p.date <= ? AND p.invoice_id IN (SELECT j.id FROM invoice j");
     buildInvoiceWhereClause(criteria, sql, values, QStringLiteral("j."), QStringLiteral(" WHERE "));
     sql += QStringLiteral(") GROUP BY p.invoice_id ORDER BY p.invoice_id");
-    if (!prepareQuery(sql))
-        return false;
-    bindValues(values);
-    return execQuery();
+    return runStatement(sql, values);
 }
 
 void Query::paymentAmount(int* invoiceId, long long* amount)
@@ -676,177 +662,120 @@ void Query::bindSettings(Settings* settings)
 
 bool Query::insertBankAccount(BankAccount* account)
 {
-    const QString table = QStringLiteral("bank_account");
-    if (!prepareQuery(insertStatement(
-            QStringLiteral(
-                "INSERT INTO bank_account (id, name, short_name, iban, bic, row_number, visible, deleted) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?)"),
-            table)))
-        return false;
-    bindBankAccount(account);
-    if (!execQuery())
-        return false;
-    account->id = insertedId(table);
-    return account->id >= 0;
+    return insertRecord(
+        QStringLiteral("bank_account"),
+        QStringLiteral(
+            "INSERT INTO bank_account (id, name, short_name, iban, bic, row_number, visible, deleted) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?)"),
+        [&] { bindBankAccount(account); }, &account->id);
 }
 
 bool Query::updateBankAccount(BankAccount* account)
 {
-    if (!prepareQuery(QStringLiteral(
-            "UPDATE bank_account SET name=?, short_name=?, iban=?, bic=?, row_number=?, visible=?, deleted=? WHERE id = ?")))
-        return false;
-    bindBankAccount(account);
-    m_query.addBindValue(account->id);
-    return execQuery();
+    return updateRecord(
+        QStringLiteral(
+            "UPDATE bank_account SET name=?, short_name=?, iban=?, bic=?, row_number=?, visible=?, deleted=? WHERE id = ?"),
+        [&] { bindBankAccount(account); }, account->id);
 }
 
 bool Query::insertCustomer(Customer* customer)
 {
-    const QString table = QStringLiteral("customer");
-    if (!prepareQuery(insertStatement(
-            QStringLiteral(
-                "INSERT INTO customer (id, number, name, street_name, post_code, town_name, country, contact, vat_number, reference_number, email_address, phone_number, payment_terms, properties, deleted) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-            table)))
-        return false;
-    bindCustomer(customer);
-    if (!execQuery())
-        return false;
-    customer->id = insertedId(table);
-    return customer->id >= 0;
+    return insertRecord(
+        QStringLiteral("customer"),
+        QStringLiteral(
+            "INSERT INTO customer (id, number, name, street_name, post_code, town_name, country, contact, vat_number, reference_number, email_address, phone_number, payment_terms, properties, deleted) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+        [&] { bindCustomer(customer); }, &customer->id);
 }
 
 bool Query::updateCustomer(Customer* customer)
 {
-    if (!prepareQuery(QStringLiteral(
-            "UPDATE customer SET number=?, name=?, street_name=?, post_code=?, town_name=?, country=?, contact=?, vat_number=?, reference_number=?, email_address=?, phone_number=?, payment_terms=?, properties=?, deleted=? WHERE id = ?")))
-        return false;
-    bindCustomer(customer);
-    m_query.addBindValue(customer->id);
-    return execQuery();
+    return updateRecord(
+        QStringLiteral(
+            "UPDATE customer SET number=?, name=?, street_name=?, post_code=?, town_name=?, country=?, contact=?, vat_number=?, reference_number=?, email_address=?, phone_number=?, payment_terms=?, properties=?, deleted=? WHERE id = ?"),
+        [&] { bindCustomer(customer); }, customer->id);
 }
 
 bool Query::insertInvoice(Invoice* invoice)
 {
-    const QString table = QStringLiteral("invoice");
-    if (!prepareQuery(insertStatement(
-            QStringLiteral(
-                "INSERT INTO invoice (id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, reference_number, total_amount, balance, properties) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-            table)))
-        return false;
-    bindInvoice(invoice);
-    if (!execQuery())
-        return false;
-    invoice->id = insertedId(table);
-    return invoice->id >= 0;
+    return insertRecord(
+        QStringLiteral("invoice"),
+        QStringLiteral(
+            "INSERT INTO invoice (id, customer_id, type, number, date, payment_terms, delivery, delivery_date, buyer_ref, seller_ref, interest_on_arrears, due_date, reference_number, total_amount, balance, properties) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+        [&] { bindInvoice(invoice); }, &invoice->id);
 }
 
 bool Query::updateInvoice(Invoice* invoice)
 {
-    if (!prepareQuery(QStringLiteral(
-            "UPDATE invoice SET customer_id=?, type=?, number=?, date=?, payment_terms=?, delivery=?, delivery_date=?, buyer_ref=?, seller_ref=?, interest_on_arrears=?, due_date=?, reference_number=?, total_amount=?, balance=?, properties=? WHERE id = ?")))
-        return false;
-    bindInvoice(invoice);
-    m_query.addBindValue(invoice->id);
-    return execQuery();
+    return updateRecord(
+        QStringLiteral(
+            "UPDATE invoice SET customer_id=?, type=?, number=?, date=?, payment_terms=?, delivery=?, delivery_date=?, buyer_ref=?, seller_ref=?, interest_on_arrears=?, due_date=?, reference_number=?, total_amount=?, balance=?, properties=? WHERE id = ?"),
+        [&] { bindInvoice(invoice); }, invoice->id);
 }
 
 bool Query::insertInvoiceItem(InvoiceItem* item)
 {
-    const QString table = QStringLiteral("invoice_item");
-    if (!prepareQuery(insertStatement(
-            QStringLiteral(
-                "INSERT INTO invoice_item (id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-            table)))
-        return false;
-    bindInvoiceItem(item);
-    if (!execQuery())
-        return false;
-    item->id = insertedId(table);
-    return item->id >= 0;
+    return insertRecord(
+        QStringLiteral("invoice_item"),
+        QStringLiteral(
+            "INSERT INTO invoice_item (id, invoice_id, product_number, product_name, quantity, unit_code, amount, vat_rate, vat_excluded, discount, text, row_number) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+        [&] { bindInvoiceItem(item); }, &item->id);
 }
 
 bool Query::updateInvoiceItem(InvoiceItem* item)
 {
-    if (!prepareQuery(QStringLiteral(
-            "UPDATE invoice_item SET invoice_id=?, product_number=?, product_name=?, quantity=?, unit_code=?, amount=?, vat_rate=?, vat_excluded=?, discount=?, text=?, row_number=? WHERE id = ?")))
-        return false;
-    bindInvoiceItem(item);
-    m_query.addBindValue(item->id);
-    return execQuery();
+    return updateRecord(
+        QStringLiteral(
+            "UPDATE invoice_item SET invoice_id=?, product_number=?, product_name=?, quantity=?, unit_code=?, amount=?, vat_rate=?, vat_excluded=?, discount=?, text=?, row_number=? WHERE id = ?"),
+        [&] { bindInvoiceItem(item); }, item->id);
 }
 
 bool Query::insertPayment(Payment* payment)
 {
-    const QString table = QStringLiteral("payment");
-    if (!prepareQuery(insertStatement(
-            QStringLiteral(
-                "INSERT INTO payment (id, invoice_id, date, bank_account_id, amount) VALUES (NULL, ?, ?, ?, ?)"),
-            table)))
-        return false;
-    bindPayment(payment);
-    if (!execQuery())
-        return false;
-    payment->id = insertedId(table);
-    return payment->id >= 0;
+    return insertRecord(
+        QStringLiteral("payment"),
+        QStringLiteral(
+            "INSERT INTO payment (id, invoice_id, date, bank_account_id, amount) VALUES (NULL, ?, ?, ?, ?)"),
+        [&] { bindPayment(payment); }, &payment->id);
 }
 
 bool Query::updatePayment(Payment* payment)
 {
-    if (!prepareQuery(QStringLiteral(
-            "UPDATE payment SET invoice_id=?, date=?, bank_account_id=?, amount=? WHERE id = ?")))
-        return false;
-    bindPayment(payment);
-    m_query.addBindValue(payment->id);
-    return execQuery();
+    return updateRecord(
+        QStringLiteral(
+            "UPDATE payment SET invoice_id=?, date=?, bank_account_id=?, amount=? WHERE id = ?"),
+        [&] { bindPayment(payment); }, payment->id);
 }
 
 bool Query::insertPrintScript(PrintScript* script)
 {
-    const QString table = QStringLiteral("print_script");
-    if (!prepareQuery(insertStatement(
-            QStringLiteral(
-                "INSERT INTO print_script (id, type, name, source_code) VALUES (NULL, ?, ?, ?)"),
-            table)))
-        return false;
-    bindPrintScript(script);
-    if (!execQuery())
-        return false;
-    script->id = insertedId(table);
-    return script->id >= 0;
+    return insertRecord(
+        QStringLiteral("print_script"),
+        QStringLiteral(
+            "INSERT INTO print_script (id, type, name, source_code) VALUES (NULL, ?, ?, ?)"),
+        [&] { bindPrintScript(script); }, &script->id);
 }
 
 bool Query::updatePrintScript(PrintScript* script)
 {
-    if (!prepareQuery(
-            QStringLiteral("UPDATE print_script SET type=?, name=?, source_code=? WHERE id = ?")))
-        return false;
-    bindPrintScript(script);
-    m_query.addBindValue(script->id);
-    return execQuery();
+    return updateRecord(
+        QStringLiteral("UPDATE print_script SET type=?, name=?, source_code=? WHERE id = ?"),
+        [&] { bindPrintScript(script); }, script->id);
 }
 
 bool Query::insertProduct(Product* product)
 {
-    const QString table = QStringLiteral("product");
-    if (!prepareQuery(insertStatement(
-            QStringLiteral(
-                "INSERT INTO product (id, number, name, unit_code, amount, vat_rate, vat_excluded, category) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?)"),
-            table)))
-        return false;
-    bindProduct(product);
-    if (!execQuery())
-        return false;
-    product->id = insertedId(table);
-    return product->id >= 0;
+    return insertRecord(
+        QStringLiteral("product"),
+        QStringLiteral(
+            "INSERT INTO product (id, number, name, unit_code, amount, vat_rate, vat_excluded, category) VALUES (NULL, ?, ?, ?, ?, ?, ?, ?)"),
+        [&] { bindProduct(product); }, &product->id);
 }
 
 bool Query::updateProduct(Product* product)
 {
-    if (!prepareQuery(QStringLiteral(
-            "UPDATE product SET number=?, name=?, unit_code=?, amount=?, vat_rate=?, vat_excluded=?, category=? WHERE id = ?")))
-        return false;
-    bindProduct(product);
-    m_query.addBindValue(product->id);
-    return execQuery();
+    return updateRecord(
+        QStringLiteral(
+            "UPDATE product SET number=?, name=?, unit_code=?, amount=?, vat_rate=?, vat_excluded=?, category=? WHERE id = ?"),
+        [&] { bindProduct(product); }, product->id);
 }
 
 bool Query::insertSettings(Settings* settings)
@@ -872,6 +801,27 @@ bool Query::runStatement(const QString& sql, const QVariantList& values)
     if (!prepareQuery(sql))
         return false;
     bindValues(values);
+    return execQuery();
+}
+
+bool Query::insertRecord(
+    const QString& table, const QString& sql, const std::function<void()>& bind, int* id)
+{
+    if (!prepareQuery(insertStatement(sql, table)))
+        return false;
+    bind();
+    if (!execQuery())
+        return false;
+    *id = insertedId(table);
+    return *id >= 0;
+}
+
+bool Query::updateRecord(const QString& sql, const std::function<void()>& bind, int id)
+{
+    if (!prepareQuery(sql))
+        return false;
+    bind();
+    m_query.addBindValue(id);
     return execQuery();
 }
 
@@ -1041,10 +991,7 @@ bool Query::buildInvoiceWhereClause(const InvoiceCriteria& criteria, QString& wh
             { pattern });
     }
 
-    if (conditions.isEmpty())
-        return false;
-    where += keyword + conditions.join(QLatin1String(" AND "));
-    return true;
+    return appendConditions(where, keyword, conditions);
 }
 
 bool Query::buildPaymentWhereClause(const PaymentCriteria& paymentCriteria,
@@ -1076,8 +1023,5 @@ bool Query::buildPaymentWhereClause(const PaymentCriteria& paymentCriteria,
         conditions.append(subSelect + QLatin1Char(')'));
     }
 
-    if (conditions.isEmpty())
-        return false;
-    where += keyword + conditions.join(QLatin1String(" AND "));
-    return true;
+    return appendConditions(where, keyword, conditions);
 }

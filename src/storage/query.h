@@ -7,6 +7,8 @@
 #include <QString>
 #include <QVariantList>
 
+#include <functional>
+
 class BankAccount;
 class Customer;
 class Invoice;
@@ -164,6 +166,12 @@ protected:
     bool fetchInvoices(const QString& select, const InvoiceCriteria& criteria);
     bool fail();
     bool runStatement(const QString& sql, const QVariantList& values);
+    // Prepares the statement, lets bind add the record's values and runs it;
+    // an insert stores the new id, an update binds the id for its WHERE.
+    bool insertRecord(
+        const QString& table, const QString& sql, const std::function<void()>& bind, int* id);
+    bool updateRecord(const QString& sql, const std::function<void()>& bind, int id);
+    void readPayment(Payment* payment, int first);
 
     QSqlQuery m_query;
     QString m_lastError;

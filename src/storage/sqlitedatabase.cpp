@@ -42,11 +42,8 @@ bool SQLiteDatabase::open(QSettings* entry)
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
         db.setDatabaseName(m_fileName);
-        if (!db.open()) {
-            m_lastError = db.lastError().text();
-            qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
-            return false;
-        }
+        if (!db.open())
+            return fail(db.lastError().text());
     }
 
     if (!m_existed) {
@@ -65,11 +62,8 @@ bool SQLiteDatabase::upgrade(const QString& fileName)
         QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
         if (!queryExec(query, QStringLiteral("SELECT version FROM settings")))
             return false;
-        if (!query.isActive() || !query.next()) {
-            m_lastError = tr("Tietokannan versiota ei löytynyt");
-            qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
-            return false;
-        }
+        if (!query.isActive() || !query.next())
+            return fail(tr("Tietokannan versiota ei löytynyt"));
         version = query.value(0).toInt();
     }
     if (version >= currentVersion || version < 1)
