@@ -7,7 +7,7 @@ namespace {
 // IBAN check: the first four characters moved to the end, letters as two
 // digits (A = 10), the whole number modulo 97 is 1. Keeps the test accounts
 // real.
-bool isValidIban(const QString& iban)
+bool ibanChecksOut(const QString& iban)
 {
     const QString moved = iban.mid(4) + iban.left(4);
     int remainder = 0;
@@ -42,52 +42,53 @@ class TestBankAccount : public QObject
     Q_OBJECT
 
 private slots:
-    void ibanToBban_data()
+    void isValidIban_data()
+    {
+        QTest::addColumn<QString>("iban");
+        QTest::addColumn<bool>("valid");
+        // Published example accounts of the banks and the IBAN registry.
+        QTest::addRow("Finnish, printed groups, lower case") << "fi21 1234 5600 0007 85" << true;
+        QTest::addRow("British, letters in the account") << "GB82WEST12345698765432" << true;
+        QTest::addRow("Norwegian, shortest") << "NO9386011117947" << true;
+        QTest::addRow("Maltese, longest in use") << "MT84MALT011000012345MTLCAST001S" << true;
+        QTest::addRow("wrong check digits") << "FI2212345600000785" << false;
+        QTest::addRow("two digits swapped") << "FI2112345600007085" << false;
+        QTest::addRow("Finnish, one digit too many") << "FI21123456000007850" << false;
+        QTest::addRow("letters as check digits") << "FIAB12345600000785" << false;
+        QTest::addRow("hyphen") << "FI21-1234-5600-0007-85" << false;
+        QTest::addRow("over 34 characters") << "DE89370400440532013000000000000000000" << false;
+    }
+
+    void isValidIban()
+    {
+        QFETCH(QString, iban);
+        QTEST(BankAccount::isValidIban(iban), "valid");
+    }
+
+    void ibanForms_data()
     {
         QTest::addColumn<QString>("iban");
         QTest::addColumn<QString>("bban");
-        QTest::addRow("finnish") << "FI2112345600000785"
-                                 << "12345600000785";
-        QTest::addRow("savings bank") << "FI3840552010002345"
-                                      << "40552010002345";
-        QTest::addRow("swedish unchanged") << "SE4550000000058398257466"
-                                           << "SE4550000000058398257466";
-        QTest::addRow("spaced unchanged") << "FI21 1234 5600 0007 85"
-                                          << "FI21 1234 5600 0007 85";
-        QTest::addRow("empty") << ""
-                               << "";
-    }
-
-    void ibanToBban()
-    {
-        QFETCH(QString, iban);
-        QFETCH(QString, bban);
-        if (iban.size() == 18 || iban.size() == 24)
-            QVERIFY(isValidIban(iban));
-        QCOMPARE(BankAccount::ibanToBban(iban), bban);
-    }
-
-    void formatIban_data()
-    {
-        QTest::addColumn<QString>("iban");
         QTest::addColumn<QString>("formatted");
         QTest::addRow("finnish") << "FI2112345600000785"
+                                 << "12345600000785"
                                  << "FI21 1234 5600 0007 85";
         QTest::addRow("swedish") << "SE4550000000058398257466"
+                                 << "SE4550000000058398257466"
                                  << "SE45 5000 0000 0583 9825 7466";
-        QTest::addRow("already spaced") << "FI21 1234 5600 0007 85"
-                                        << "FI21 1234 5600 0007 85";
+        QTest::addRow("spaced") << "FI21 1234 5600 0007 85"
+                                << "FI21 1234 5600 0007 85"
+                                << "FI21 1234 5600 0007 85";
         QTest::addRow("short") << "FI2"
+                               << "FI2"
                                << "FI2";
-        QTest::addRow("empty") << ""
-                               << "";
     }
 
-    void formatIban()
+    void ibanForms()
     {
         QFETCH(QString, iban);
-        QFETCH(QString, formatted);
-        QCOMPARE(BankAccount::formatIban(iban), formatted);
+        QTEST(BankAccount::ibanToBban(iban), "bban");
+        QTEST(BankAccount::formatIban(iban), "formatted");
     }
 
     void formatBban_data()
@@ -96,18 +97,12 @@ private slots:
         QTest::addColumn<QString>("printed");
         QTest::addRow("group 1") << "FI2112345600000785"
                                  << "123456-785";
-        QTest::addRow("group 1, second") << "FI3715903000000776"
-                                         << "159030-776";
-        QTest::addRow("group 1, third") << "FI5810171000000122"
-                                        << "101710-122";
         QTest::addRow("group 3") << "FI4431313000012344"
                                  << "313130-12344";
         QTest::addRow("group 8") << "FI7980001200070150"
                                  << "800012-70150";
         QTest::addRow("group 4") << "FI3840552010002345"
                                  << "405520-12345";
-        QTest::addRow("group 4, second") << "FI5542345670000081"
-                                         << "423456-781";
         QTest::addRow("group 4, guide account") << "FI7944052020036082"
                                                 << "440520-236082";
         QTest::addRow("group 5") << "FI5857000120000346"
@@ -120,7 +115,7 @@ private slots:
     {
         QFETCH(QString, iban);
         QFETCH(QString, printed);
-        QVERIFY(isValidIban(iban));
+        QVERIFY(ibanChecksOut(iban));
         const QString bban = BankAccount::ibanToBban(iban);
         QCOMPARE(BankAccount::formatBban(bban), printed);
         // And back: the printed number pads to the same machine form.
@@ -139,23 +134,16 @@ private slots:
                                            << "500001-0";
         QTest::addRow("no padding") << "12345612345678"
                                     << "123456-12345678";
-        QTest::addRow("too short unchanged") << "1234"
-                                             << "1234";
         QTest::addRow("printed form unchanged") << "123456-785"
                                                 << "123456-785";
         QTest::addRow("letters unchanged") << "1234560000078X"
                                            << "1234560000078X";
-        QTest::addRow("iban unchanged") << "FI2112345600000785"
-                                        << "FI2112345600000785";
-        QTest::addRow("empty") << ""
-                               << "";
     }
 
     void formatBbanEdges()
     {
         QFETCH(QString, bban);
-        QFETCH(QString, printed);
-        QCOMPARE(BankAccount::formatBban(bban), printed);
+        QTEST(BankAccount::formatBban(bban), "printed");
     }
 };
 

@@ -15,38 +15,24 @@ private slots:
 
         const QDate march3(2025, 3, 3);
         QTest::addRow("day only") << march3 << "15" << QDate(2025, 3, 15);
-        QTest::addRow("day with point") << march3 << "15." << QDate(2025, 3, 15);
         QTest::addRow("day with comma") << march3 << "5," << QDate(2025, 3, 5);
-        QTest::addRow("single digit day") << march3 << "7" << QDate(2025, 3, 7);
         QTest::addRow("day and month digits") << march3 << "1503" << QDate(2025, 3, 15);
         QTest::addRow("day and one month digit") << march3 << "153" << QDate(2025, 3, 15);
         QTest::addRow("eight digits") << march3 << "15032024" << QDate(2024, 3, 15);
         QTest::addRow("day point month") << march3 << "15.3" << QDate(2025, 3, 15);
-        QTest::addRow("day comma month comma") << march3 << "15,3," << QDate(2025, 3, 15);
         QTest::addRow("day month point") << march3 << "1.12." << QDate(2025, 12, 1);
         QTest::addRow("full date") << march3 << "15.3.2024" << QDate(2024, 3, 15);
-        QTest::addRow("full date leading zeros") << march3 << "05.03.2026" << QDate(2026, 3, 5);
-        QTest::addRow("full date commas") << march3 << "1,1,1999" << QDate(1999, 1, 1);
         QTest::addRow("mixed separators") << march3 << "24.12,2025" << QDate(2025, 12, 24);
-        QTest::addRow("leap day") << march3 << "29.2.2024" << QDate(2024, 2, 29);
         QTest::addRow("leap day this year") << QDate(2024, 1, 10) << "29.2" << QDate(2024, 2, 29);
 
         const QDate invalid;
         QTest::addRow("impossible date") << march3 << "31.2.2025" << invalid;
         QTest::addRow("no leap day") << march3 << "29.2" << invalid;
-        QTest::addRow("day past month end") << QDate(2025, 4, 1) << "31" << invalid;
         QTest::addRow("month 13") << march3 << "1.13" << invalid;
-        QTest::addRow("day zero") << march3 << "0" << invalid;
-        QTest::addRow("impossible digits") << march3 << "3102" << invalid;
-        QTest::addRow("year zero") << march3 << "01010000" << invalid;
         QTest::addRow("two-digit year") << march3 << "15.3.24" << invalid;
         QTest::addRow("seven digits") << march3 << "1532024" << invalid;
-        QTest::addRow("month zero in digits") << march3 << "150" << invalid;
-        QTest::addRow("leading space") << march3 << " 15" << invalid;
         QTest::addRow("letters") << march3 << "abc" << invalid;
-        QTest::addRow("empty") << march3 << "" << invalid;
         QTest::addRow("slashes") << march3 << "15/3/2025" << invalid;
-        QTest::addRow("iso date") << march3 << "2025-03-15" << invalid;
     }
 
     void parse()
@@ -68,16 +54,8 @@ private slots:
         format.setToday(QDate(2030, 11, 20));
         QCOMPARE(format.parse(QStringLiteral("1")), QDate(2030, 11, 1));
         QCOMPARE(format.today(), QDate(2030, 11, 20));
-    }
-
-    void defaultTodayIsCurrentDate()
-    {
-        const DateFormat format;
-        const QDate before = QDate::currentDate();
-        const QDate parsed = format.parse(QStringLiteral("1"));
-        const QDate after = QDate::currentDate();
-        QVERIFY(parsed == QDate(before.year(), before.month(), 1)
-            || parsed == QDate(after.year(), after.month(), 1));
+        // Without a date of its own, today is the current date.
+        QCOMPARE(DateFormat().today(), QDate::currentDate());
     }
 
     void format_data()
@@ -85,7 +63,6 @@ private slots:
         QTest::addColumn<QDate>("date");
         QTest::addColumn<QString>("expected");
         QTest::addRow("no leading zeros") << QDate(2025, 3, 5) << "5.3.2025";
-        QTest::addRow("two-digit fields") << QDate(2024, 12, 31) << "31.12.2024";
         QTest::addRow("null date") << QDate() << "";
     }
 

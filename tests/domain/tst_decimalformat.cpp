@@ -38,18 +38,6 @@ class TestDecimalFormat : public QObject
     Q_OBJECT
 
 private slots:
-    void defaults()
-    {
-        const DecimalFormat format;
-        QCOMPARE(format.fractionDigits(), 0);
-        QCOMPARE(format.minFractionDigits(), 0);
-        QVERIFY(format.grouping());
-        QCOMPARE(format.locale(), QLocale::system());
-        QCOMPARE(format.decimalPoint(), QLocale::system().decimalPoint());
-        QCOMPARE(format.negativeSign(), QLocale::system().negativeSign());
-        QCOMPARE(format.format(7), QStringLiteral("7"));
-    }
-
     void setLocaleTakesSeparators()
     {
         DecimalFormat format(2, 2);
@@ -69,22 +57,14 @@ private slots:
         QTest::addColumn<QString>("expected");
 
         QTest::addRow("price grouped") << 4 << 2 << true << Q_INT64_C(123450000) << "12_345,00";
-        QTest::addRow("price small") << 4 << 2 << true << Q_INT64_C(15) << "0,0015";
         QTest::addRow("price negative") << 4 << 2 << true << Q_INT64_C(-25000) << "-2,50";
-        QTest::addRow("price zero") << 4 << 2 << true << Q_INT64_C(0) << "0,00";
-        QTest::addRow("price three decimals") << 4 << 2 << true << Q_INT64_C(12340) << "1,234";
         QTest::addRow("price ungrouped") << 4 << 2 << false << Q_INT64_C(123450000) << "12345,00";
         QTest::addRow("quantity whole") << 4 << 0 << true << Q_INT64_C(10000) << "1";
-        QTest::addRow("quantity half") << 4 << 0 << true << Q_INT64_C(15000) << "1,5";
-        QTest::addRow("quantity zero") << 4 << 0 << true << Q_INT64_C(0) << "0";
         QTest::addRow("quantity negative fraction") << 4 << 0 << true << Q_INT64_C(-1) << "-0,0001";
-        QTest::addRow("cents negative") << 2 << 2 << true << Q_INT64_C(-5) << "-0,05";
         QTest::addRow("cents million")
             << 2 << 2 << true << Q_INT64_C(123456789012) << "1_234_567_890,12";
-        QTest::addRow("cents exact thousand") << 2 << 2 << true << Q_INT64_C(100000) << "1_000,00";
-        QTest::addRow("percentage whole") << 2 << 0 << true << Q_INT64_C(2400) << "24";
         QTest::addRow("percentage half") << 2 << 0 << true << Q_INT64_C(2550) << "25,5";
-        QTest::addRow("no fraction digits") << 0 << 0 << true << Q_INT64_C(1234) << "1_234";
+        QTest::addRow("negative digits count as none") << -3 << 0 << true << Q_INT64_C(1) << "1";
         QTest::addRow("more minimum than digits") << 2 << 4 << true << Q_INT64_C(150) << "1,50";
         QTest::addRow("smallest 64-bit")
             << 2 << 2 << true << std::numeric_limits<qint64>::min() << "-92_233_720_368_547_758,08";
@@ -104,35 +84,6 @@ private slots:
         QCOMPARE(decimalFormat.format(value), finnishText(expected));
     }
 
-    void formatOwnSeparators()
-    {
-        DecimalFormat format = finnishFormat(2, 2);
-        format.setDecimalPoint(QStringLiteral("."));
-        format.setNegativeSign(QStringLiteral("-"));
-        QCOMPARE(format.format(-123456),
-            QStringLiteral("-") + finnish().toString(1234) + QStringLiteral(".56"));
-    }
-
-    void fractionDigitsSetScale_data()
-    {
-        QTest::addColumn<int>("fractionDigits");
-        QTest::addColumn<QString>("oneUnit");
-        QTest::addRow("none") << 0 << "1";
-        QTest::addRow("negative counts as none") << -3 << "1";
-        QTest::addRow("two") << 2 << "0,01";
-        QTest::addRow("four") << 4 << "0,0001";
-    }
-
-    void fractionDigitsSetScale()
-    {
-        QFETCH(int, fractionDigits);
-        QFETCH(QString, oneUnit);
-        DecimalFormat format = finnishFormat(0, 0);
-        format.setFractionDigits(fractionDigits);
-        QCOMPARE(format.fractionDigits(), fractionDigits);
-        QCOMPARE(format.format(1), oneUnit);
-    }
-
     void parse_data()
     {
         QTest::addColumn<int>("fractionDigits");
@@ -141,18 +92,10 @@ private slots:
         QTest::addColumn<qint64>("expected");
 
         QTest::addRow("extra digits dropped") << 4 << "1,23456" << true << Q_INT64_C(12345);
-        QTest::addRow("extra digits not rounded") << 2 << "0,999" << true << Q_INT64_C(99);
         QTest::addRow("leading point") << 2 << ",5" << true << Q_INT64_C(50);
-        QTest::addRow("negative leading point") << 2 << "-,5" << true << Q_INT64_C(-50);
         QTest::addRow("letters") << 2 << "abc" << false << Q_INT64_C(0);
-        QTest::addRow("empty") << 2 << "" << false << Q_INT64_C(0);
-        QTest::addRow("sign only") << 2 << "-" << false << Q_INT64_C(0);
         QTest::addRow("integer") << 4 << "12" << true << Q_INT64_C(120000);
-        QTest::addRow("negative integer") << 4 << "-12" << true << Q_INT64_C(-120000);
-        QTest::addRow("comma") << 4 << "1,5" << true << Q_INT64_C(15000);
         QTest::addRow("point accepted too") << 4 << "1.5" << true << Q_INT64_C(15000);
-        QTest::addRow("trailing point") << 2 << "7," << true << Q_INT64_C(700);
-        QTest::addRow("small fraction") << 4 << "0,0015" << true << Q_INT64_C(15);
         QTest::addRow("negative cents") << 2 << "-0,05" << true << Q_INT64_C(-5);
         QTest::addRow("locale minus sign")
             << 4 << QString(finnish().negativeSign() + "1,5") << true << Q_INT64_C(-15000);
@@ -160,22 +103,14 @@ private slots:
             << 2 << QString("12" + finnish().groupSeparator() + "345,00") << false << Q_INT64_C(0);
         QTest::addRow("plain space rejected") << 2 << "12 345" << false << Q_INT64_C(0);
         QTest::addRow("letter in fraction") << 2 << "1,2x" << false << Q_INT64_C(0);
-        QTest::addRow("letter in integer") << 2 << "x,25" << false << Q_INT64_C(0);
-        QTest::addRow("two points") << 2 << "1,2,3" << false << Q_INT64_C(0);
         QTest::addRow("no fraction digits") << 0 << "17,9" << true << Q_INT64_C(17);
         QTest::addRow("largest 32-bit") << 0 << "2147483647" << true << Q_INT64_C(2147483647);
         QTest::addRow("beyond 32-bit integer") << 0 << "2147483648" << false << Q_INT64_C(0);
         QTest::addRow("overlong") << 2 << "99999999999999999999" << false << Q_INT64_C(0);
-        QTest::addRow("overlong with fraction")
-            << 2 << "99999999999999999999,5" << false << Q_INT64_C(0);
-        QTest::addRow("largest fitting price")
-            << 4 << "214748,3647" << true << Q_INT64_C(2147483647);
         // 214749 * 10000 = 2147490000 does not fit in 32 bits and wraps to
         // 2147490000 - 2^32.
         QTest::addRow("scaled beyond 32-bit wraps")
             << 4 << "214749" << true << Q_INT64_C(2147490000) - Q_INT64_C(4294967296);
-        QTest::addRow("scaled negative wraps")
-            << 4 << "-214749" << true << Q_INT64_C(4294967296) - Q_INT64_C(2147490000);
     }
 
     void parse()
@@ -202,33 +137,24 @@ private slots:
         QVERIFY(!ok);
     }
 
-    void roundTrip_data()
-    {
-        QTest::addColumn<int>("fractionDigits");
-        QTest::addColumn<int>("minFractionDigits");
-        QTest::addRow("prices") << Constants::amountFractionDigits
-                                << Constants::amountMinFractionDigits;
-        QTest::addRow("quantities")
-            << Constants::quantityFractionDigits << Constants::quantityMinFractionDigits;
-        QTest::addRow("totals") << Constants::totalAmountFractionDigits
-                                << Constants::totalAmountMinFractionDigits;
-        QTest::addRow("percentages")
-            << Constants::percentageFractionDigits << Constants::percentageMinFractionDigits;
-    }
-
     void roundTrip()
     {
-        QFETCH(int, fractionDigits);
-        QFETCH(int, minFractionDigits);
-        DecimalFormat format = finnishFormat(fractionDigits, minFractionDigits);
-        format.setGrouping(false);
+        const QList<QPair<int, int>> scales
+            = { { Constants::amountFractionDigits, Constants::amountMinFractionDigits },
+                  { Constants::quantityFractionDigits, Constants::quantityMinFractionDigits },
+                  { Constants::totalAmountFractionDigits, Constants::totalAmountMinFractionDigits },
+                  { Constants::percentageFractionDigits, Constants::percentageMinFractionDigits } };
         QRandomGenerator random(20250303);
-        for (int i = 0; i < 2000; ++i) {
-            const qint64 value = qint64(random.bounded(-2147483647, 2147483647));
-            bool ok = false;
-            const QString text = format.format(value);
-            QCOMPARE(format.parse(text, ok), value);
-            QVERIFY2(ok, qPrintable(text));
+        for (const auto& scale : scales) {
+            DecimalFormat format = finnishFormat(scale.first, scale.second);
+            format.setGrouping(false);
+            for (int i = 0; i < 2000; ++i) {
+                const qint64 value = qint64(random.bounded(-2147483647, 2147483647));
+                bool ok = false;
+                const QString text = format.format(value);
+                QCOMPARE(format.parse(text, ok), value);
+                QVERIFY2(ok, qPrintable(text));
+            }
         }
     }
 };

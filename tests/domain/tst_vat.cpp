@@ -23,29 +23,22 @@ long long textRound(long long value, int digits)
     QString head = text.left(text.size() - digits);
     if (text.at(text.size() - digits) >= QLatin1Char('5')) {
         int i = head.size() - 1;
-        while (i >= 0 && head.at(i) == QLatin1Char('9')) {
-            head[i] = QLatin1Char('0');
-            --i;
-        }
+        while (i >= 0 && head.at(i) == QLatin1Char('9'))
+            head[i--] = QLatin1Char('0');
         if (i < 0)
             head.prepend(QLatin1Char('1'));
         else
             head[i] = QChar(head.at(i).unicode() + 1);
     }
-    const long long magnitude = head.toLongLong();
-    return negative ? -magnitude : magnitude;
+    return negative ? -head.toLongLong() : head.toLongLong();
 }
 
 // 10^9 / (1 + rate), truncated, worked out by hand for the rates in use.
 long long handFactor(int rate)
 {
     switch (rate) {
-    case 0:
-        return 1000000000;
     case 1000:
         return 909090909; // 1 / 1.10 = 0.909090909090...
-    case 1350:
-        return 881057268; // 1 / 1.135 = 0.881057268722...
     case 1400:
         return 877192982; // 1 / 1.14 = 0.877192982456...
     case 2400:
@@ -53,28 +46,31 @@ long long handFactor(int rate)
     case 2550:
         return 796812749; // 1 / 1.255 = 0.796812749003...
     }
-    return -1;
+    return 1000000000;
 }
 
-InvoiceItem row(
-    long long quantity, long long amount, int vatRate, bool vatExcluded, int discount = 0)
+InvoiceItem row(long long quantity, long long amount, int vatRate, bool vatExcluded)
 {
     InvoiceItem item;
     item.quantity = quantity;
     item.amount = amount;
     item.vatRate = vatRate;
     item.vatExcluded = vatExcluded;
-    item.discount = discount;
     return item;
 }
 
 // 2 x 12,50 at 24 % VAT included (2500 / 2016), 1 x 10,00 at 24 % VAT
 // included (1000 / 806), 3 x 5,00 at 14 % VAT excluded (1710 / 1500) and
 // 1 x 1,99 at 0 % (199 / 199).
-QList<InvoiceItem> sampleRows()
+Vat sampleBreakdown(int mode)
 {
-    return { row(20000, 125000, 2400, false), row(10000, 100000, 2400, false),
-        row(30000, 50000, 1400, true), row(10000, 19900, 0, false) };
+    Vat breakdown;
+    breakdown.setRoundingMode(mode);
+    for (const InvoiceItem& item : { row(20000, 125000, 2400, false),
+             row(10000, 100000, 2400, false), row(30000, 50000, 1400, true),
+             row(10000, 19900, 0, false) })
+        breakdown.addInvoiceItem(&item);
+    return breakdown;
 }
 
 } // namespace
@@ -92,19 +88,10 @@ private slots:
         QTest::addRow("half up") << Q_INT64_C(125) << 1 << Q_INT64_C(13);
         QTest::addRow("half negative") << Q_INT64_C(-125) << 1 << Q_INT64_C(-13);
         QTest::addRow("below half") << Q_INT64_C(124) << 1 << Q_INT64_C(12);
-        QTest::addRow("below half negative") << Q_INT64_C(-124) << 1 << Q_INT64_C(-12);
         QTest::addRow("minus five") << Q_INT64_C(-5) << 1 << Q_INT64_C(-1);
         QTest::addRow("minus four") << Q_INT64_C(-4) << 1 << Q_INT64_C(0);
-        QTest::addRow("five") << Q_INT64_C(5) << 1 << Q_INT64_C(1);
-        QTest::addRow("zero digits") << Q_INT64_C(12345) << 0 << Q_INT64_C(12345);
         QTest::addRow("negative digits") << Q_INT64_C(12345) << -2 << Q_INT64_C(12345);
-        QTest::addRow("two digits half") << Q_INT64_C(1050) << 2 << Q_INT64_C(11);
-        QTest::addRow("two digits 49") << Q_INT64_C(1049) << 2 << Q_INT64_C(10);
         QTest::addRow("only the next digit counts") << Q_INT64_C(1049999) << 5 << Q_INT64_C(10);
-        QTest::addRow("four digits") << Q_INT64_C(201612903) << 4 << Q_INT64_C(20161);
-        QTest::addRow("carry") << Q_INT64_C(99995) << 1 << Q_INT64_C(10000);
-        QTest::addRow("nine digits") << Q_INT64_C(2822580642000) << 9 << Q_INT64_C(2823);
-        QTest::addRow("all digits") << Q_INT64_C(5000000000000000000) << 19 << Q_INT64_C(1);
         QTest::addRow("more digits than value") << Q_INT64_C(999) << 25 << Q_INT64_C(0);
         QTest::addRow("largest") << std::numeric_limits<qint64>::max() << 18 << Q_INT64_C(9);
         QTest::addRow("smallest") << std::numeric_limits<qint64>::min() << 3
@@ -115,113 +102,75 @@ private slots:
     {
         QFETCH(qint64, value);
         QFETCH(int, digits);
-        QFETCH(qint64, expected);
-        QCOMPARE(Vat::round(value, digits), expected);
-    }
-
-    void roundMatchesTextArithmetic_data()
-    {
-        QTest::addColumn<int>("digits");
-        for (int digits = 1; digits <= 18; ++digits)
-            QTest::addRow("%d digits", digits) << digits;
+        QTEST(qint64(Vat::round(value, digits)), "expected");
     }
 
     void roundMatchesTextArithmetic()
     {
-        QFETCH(int, digits);
-        QRandomGenerator random(quint32(1000 + digits));
-        for (int i = 0; i < 3000; ++i) {
-            // Mix short and long values so that every digit position is hit.
-            const int length = 1 + int(random.bounded(18));
-            long long value = 0;
-            for (int d = 0; d < length; ++d)
-                value = value * 10 + int(random.bounded(10));
-            if (random.bounded(2))
-                value = -value;
-            QCOMPARE(Vat::round(value, digits), textRound(value, digits));
+        QRandomGenerator random(1000);
+        for (int digits = 1; digits <= 18; ++digits) {
+            for (int i = 0; i < 3000; ++i) {
+                // Mix short and long values so that every digit position is hit.
+                const int length = 1 + int(random.bounded(18));
+                long long value = 0;
+                for (int d = 0; d < length; ++d)
+                    value = value * 10 + int(random.bounded(10));
+                if (random.bounded(2))
+                    value = -value;
+                QCOMPARE(Vat::round(value, digits), textRound(value, digits));
+            }
         }
     }
 
-    void addVat_data()
+    void addAndSubstractVat_data()
     {
         QTest::addColumn<qint64>("amount");
         QTest::addColumn<int>("rate");
-        QTest::addColumn<qint64>("expected");
-        QTest::addRow("24 %%") << Q_INT64_C(100000) << 2400 << Q_INT64_C(124000);
-        QTest::addRow("24 %% rounds up") << Q_INT64_C(12345) << 2400 << Q_INT64_C(15308);
-        QTest::addRow("24 %% negative") << Q_INT64_C(-12345) << 2400 << Q_INT64_C(-15308);
-        QTest::addRow("25.5 %%") << Q_INT64_C(10000) << 2550 << Q_INT64_C(12550);
-        QTest::addRow("25.5 %% half") << Q_INT64_C(2) << 2550 << Q_INT64_C(3);
-        QTest::addRow("zero rate") << Q_INT64_C(777) << 0 << Q_INT64_C(777);
+        QTest::addColumn<qint64>("withVat");
+        QTest::addColumn<qint64>("withoutVat");
+        QTest::addRow("24 %%") << Q_INT64_C(2500) << 2400 << Q_INT64_C(3100) << Q_INT64_C(2016);
+        QTest::addRow("24 %% negative")
+            << Q_INT64_C(-12345) << 2400 << Q_INT64_C(-15308) << Q_INT64_C(-9956);
+        QTest::addRow("25.5 %% half") << Q_INT64_C(2) << 2550 << Q_INT64_C(3) << Q_INT64_C(2);
+        // The truncated nine-digit factor itself: an untruncated 1 / 1.24
+        // would give 806451613.
+        QTest::addRow("factor 24 %%")
+            << Q_INT64_C(1000000000) << 2400 << Q_INT64_C(1240000000) << Q_INT64_C(806451612);
+        // 1240 * 0.806451612 = 999.99999888: still rounds back to 1000.
+        QTest::addRow("back to round") << Q_INT64_C(1240) << 2400 << Q_INT64_C(1538)
+                                       << Q_INT64_C(1000);
+        QTest::addRow("zero rate") << Q_INT64_C(777) << 0 << Q_INT64_C(777) << Q_INT64_C(777);
     }
 
-    void addVat()
+    void addAndSubstractVat()
     {
         QFETCH(qint64, amount);
         QFETCH(int, rate);
-        QFETCH(qint64, expected);
-        QCOMPARE(Vat::addVat(amount, rate), expected);
-    }
-
-    void substractVat_data()
-    {
-        QTest::addColumn<qint64>("amount");
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<qint64>("expected");
-        // 10^9 times the factor shows the truncated nine-digit factor itself:
-        // an untruncated 1 / 1.24 would give 806451613 here.
-        QTest::addRow("factor 24 %%") << Q_INT64_C(1000000000) << 2400 << Q_INT64_C(806451612);
-        QTest::addRow("factor 25.5 %%") << Q_INT64_C(1000000000) << 2550 << Q_INT64_C(796812749);
-        QTest::addRow("factor 14 %%") << Q_INT64_C(1000000000) << 1400 << Q_INT64_C(877192982);
-        QTest::addRow("factor 13.5 %%") << Q_INT64_C(1000000000) << 1350 << Q_INT64_C(881057268);
-        QTest::addRow("factor 10 %%") << Q_INT64_C(1000000000) << 1000 << Q_INT64_C(909090909);
-        QTest::addRow("cents 24 %%") << Q_INT64_C(2500) << 2400 << Q_INT64_C(2016);
-        QTest::addRow("price 24 %%") << Q_INT64_C(125000) << 2400 << Q_INT64_C(100806);
-        QTest::addRow("negative") << Q_INT64_C(-2500) << 2400 << Q_INT64_C(-2016);
-        // 1240 * 0.806451612 = 999.99999888: the truncated factor still
-        // rounds back to 1000.
-        QTest::addRow("back to round") << Q_INT64_C(1240) << 2400 << Q_INT64_C(1000);
-        QTest::addRow("zero rate") << Q_INT64_C(4321) << 0 << Q_INT64_C(4321);
-    }
-
-    void substractVat()
-    {
-        QFETCH(qint64, amount);
-        QFETCH(int, rate);
-        QFETCH(qint64, expected);
-        QCOMPARE(Vat::substractVat(amount, rate), expected);
-    }
-
-    void largeAmountsExact_data()
-    {
-        QTest::addColumn<int>("rate");
-        for (int rate : { 0, 1000, 1350, 1400, 2400, 2550 })
-            QTest::addRow("rate %d", rate) << rate;
+        QTEST(qint64(Vat::addVat(amount, rate)), "withVat");
+        QTEST(qint64(Vat::substractVat(amount, rate)), "withoutVat");
     }
 
     // amount * factor leaves 64 bits from about 9.2 * 10^9 on. Cross-check
     // against a split computation: amount = high * 10^9 + low, so that
     // amount * factor / 10^9 = high * factor + low * factor / 10^9, where
-    // only the second part needs rounding and fits in 64 bits. addVat is
-    // checked the same way: amount * (1 + rate) = amount + amount * rate.
+    // only the second part needs rounding. addVat the same way:
+    // amount * (1 + rate) = amount + amount * rate.
     void largeAmountsExact()
     {
-        QFETCH(int, rate);
-        const long long factor = handFactor(rate);
-        QRandomGenerator64 random(quint64(rate) + 7);
-        const long long limits[]
-            = { Q_INT64_C(10000000000), Q_INT64_C(10000000000000), Q_INT64_C(1000000000000000) };
-        for (long long limit : limits) {
-            for (int i = 0; i < 1000; ++i) {
-                long long amount = qint64(random.bounded(quint64(limit) + 1));
-                const long long high = amount / 1000000000;
-                const long long low = amount % 1000000000;
-                const long long without = high * factor + textRound(low * factor, 9);
-                const long long with = amount + textRound(amount * rate, 4);
-                QCOMPARE(Vat::substractVat(amount, rate), without);
-                QCOMPARE(Vat::substractVat(-amount, rate), -without);
-                QCOMPARE(Vat::addVat(amount, rate), with);
-                QCOMPARE(Vat::addVat(-amount, rate), -with);
+        for (int rate : { 0, 1000, 1400, 2400, 2550 }) {
+            const long long factor = handFactor(rate);
+            QRandomGenerator64 random(quint64(rate) + 7);
+            for (long long limit : { Q_INT64_C(10000000000), Q_INT64_C(1000000000000000) }) {
+                for (int i = 0; i < 1000; ++i) {
+                    const long long amount = qint64(random.bounded(quint64(limit) + 1));
+                    const long long without = amount / 1000000000 * factor
+                        + textRound(amount % 1000000000 * factor, 9);
+                    const long long with = amount + textRound(amount * rate, 4);
+                    QCOMPARE(Vat::substractVat(amount, rate), without);
+                    QCOMPARE(Vat::substractVat(-amount, rate), -without);
+                    QCOMPARE(Vat::addVat(amount, rate), with);
+                    QCOMPARE(Vat::addVat(-amount, rate), -with);
+                }
             }
         }
     }
@@ -239,11 +188,8 @@ private slots:
             << Q_INT64_C(100806) << Q_INT64_C(123456) << Q_INT64_C(100806);
         QTest::addRow("never coarser than cents")
             << Q_INT64_C(100806) << Q_INT64_C(1000000) << Q_INT64_C(100800);
-        QTest::addRow("half cent up") << Q_INT64_C(100850) << Q_INT64_C(10000) << Q_INT64_C(100900);
         QTest::addRow("half cent negative")
-            << Q_INT64_C(-100850) << Q_INT64_C(10000) << Q_INT64_C(-100900);
-        QTest::addRow("negative reference")
-            << Q_INT64_C(100806) << Q_INT64_C(-125000) << Q_INT64_C(100800);
+            << Q_INT64_C(-100850) << Q_INT64_C(-10000) << Q_INT64_C(-100900);
         QTest::addRow("zero reference") << Q_INT64_C(100806) << Q_INT64_C(0) << Q_INT64_C(100806);
     }
 
@@ -251,8 +197,7 @@ private slots:
     {
         QFETCH(qint64, value);
         QFETCH(qint64, reference);
-        QFETCH(qint64, expected);
-        QCOMPARE(Vat::roundWithSamePrecision(value, reference), expected);
+        QTEST(qint64(Vat::roundWithSamePrecision(value, reference)), "expected");
     }
 
     void breakdown_data()
@@ -261,25 +206,18 @@ private slots:
         QTest::addColumn<int>("rate");
         QTest::addColumn<qint64>("included");
         QTest::addColumn<qint64>("excluded");
-        QTest::addColumn<qint64>("vat");
         // Default mode: VAT taken once from each rate's VAT-included sum:
         // 3500 / 1.24 = 2822.58 -> 2823, 1710 / 1.14 = 1500.
-        QTest::addRow("default 24 %%")
-            << 0 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2823) << Q_INT64_C(677);
-        QTest::addRow("default 14 %%")
-            << 0 << 1400 << Q_INT64_C(1710) << Q_INT64_C(1500) << Q_INT64_C(210);
-        QTest::addRow("default 0 %%") << 0 << 0 << Q_INT64_C(199) << Q_INT64_C(199) << Q_INT64_C(0);
-        QTest::addRow("mode 1 is default")
-            << 1 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2823) << Q_INT64_C(677);
+        QTest::addRow("default 24 %%") << 0 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2823);
+        QTest::addRow("default 14 %%") << 0 << 1400 << Q_INT64_C(1710) << Q_INT64_C(1500);
+        QTest::addRow("mode 1 is default") << 1 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2823);
         // Mode 2: the rows' own VAT-excluded totals, 2016 + 806.
-        QTest::addRow("mode 2 24 %%")
-            << 2 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2822) << Q_INT64_C(678);
-        QTest::addRow("mode 2 14 %%")
-            << 2 << 1400 << Q_INT64_C(1710) << Q_INT64_C(1500) << Q_INT64_C(210);
-        QTest::addRow("mode 2 0 %%") << 2 << 0 << Q_INT64_C(199) << Q_INT64_C(199) << Q_INT64_C(0);
-        QTest::addRow("unknown rate") << 0 << 1000 << Q_INT64_C(0) << Q_INT64_C(0) << Q_INT64_C(0);
-        QTest::addRow("unknown rate mode 2")
-            << 2 << 1000 << Q_INT64_C(0) << Q_INT64_C(0) << Q_INT64_C(0);
+        QTest::addRow("mode 2 24 %%") << 2 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2822);
+        QTest::addRow("mode 2 0 %%") << 2 << 0 << Q_INT64_C(199) << Q_INT64_C(199);
+        QTest::addRow("unknown rate") << 0 << 1000 << Q_INT64_C(0) << Q_INT64_C(0);
+        // Totals: 5409 in all; excluded 2823 + 1500 + 199, or 2822 + 1500 + 199.
+        QTest::addRow("default total") << 0 << -1 << Q_INT64_C(5409) << Q_INT64_C(4522);
+        QTest::addRow("mode 2 total") << 2 << -1 << Q_INT64_C(5409) << Q_INT64_C(4521);
     }
 
     void breakdown()
@@ -288,62 +226,18 @@ private slots:
         QFETCH(int, rate);
         QFETCH(qint64, included);
         QFETCH(qint64, excluded);
-        QFETCH(qint64, vat);
-        Vat breakdown;
-        breakdown.setRoundingMode(mode);
-        const QList<InvoiceItem> rows = sampleRows();
-        for (const InvoiceItem& item : rows)
-            breakdown.addInvoiceItem(&item);
-        QCOMPARE(breakdown.totalAmountVatIncluded(rate), included);
-        QCOMPARE(breakdown.totalAmountVatExcluded(rate), excluded);
-        QCOMPARE(breakdown.totalVatAmount(rate), vat);
-    }
-
-    void breakdownTotals_data()
-    {
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<qint64>("excluded");
-        QTest::addColumn<qint64>("vat");
-        QTest::addRow("default") << 0 << Q_INT64_C(4522) << Q_INT64_C(887);
-        QTest::addRow("mode 2") << 2 << Q_INT64_C(4521) << Q_INT64_C(888);
-    }
-
-    void breakdownTotals()
-    {
-        QFETCH(int, mode);
-        QFETCH(qint64, excluded);
-        QFETCH(qint64, vat);
-        Vat breakdown;
-        breakdown.setRoundingMode(mode);
-        QCOMPARE(breakdown.roundingMode(), mode);
-        const QList<InvoiceItem> rows = sampleRows();
-        for (const InvoiceItem& item : rows)
-            breakdown.addInvoiceItem(&item);
-        QCOMPARE(breakdown.size(), 3);
+        const Vat breakdown = sampleBreakdown(mode);
         QCOMPARE(breakdown.vatRates(), QList<int>({ 0, 1400, 2400 }));
-        QCOMPARE(breakdown.totalAmountVatIncluded(), Q_INT64_C(5409));
-        QCOMPARE(breakdown.totalAmountVatExcluded(), excluded);
-        QCOMPARE(breakdown.totalVatAmount(), vat);
-        long long perRate = 0;
-        const QList<int> rates = breakdown.vatRates();
-        for (int rate : rates)
-            perRate += breakdown.totalVatAmount(rate);
-        QCOMPARE(perRate, vat);
-    }
-
-    void clearKeepsMode()
-    {
-        Vat breakdown;
-        breakdown.setRoundingMode(2);
-        const InvoiceItem item = row(10000, 100000, 2400, false);
-        breakdown.addInvoiceItem(&item);
-        breakdown.clear();
-        QCOMPARE(breakdown.size(), 0);
-        QVERIFY(breakdown.vatRates().isEmpty());
-        QCOMPARE(breakdown.totalAmountVatIncluded(), Q_INT64_C(0));
-        QCOMPARE(breakdown.totalAmountVatExcluded(), Q_INT64_C(0));
-        QCOMPARE(breakdown.totalVatAmount(), Q_INT64_C(0));
-        QCOMPARE(breakdown.roundingMode(), 2);
+        QCOMPARE(breakdown.size(), 3);
+        if (rate < 0) {
+            QCOMPARE(breakdown.totalAmountVatIncluded(), included);
+            QCOMPARE(breakdown.totalAmountVatExcluded(), excluded);
+            QCOMPARE(breakdown.totalVatAmount(), included - excluded);
+        } else {
+            QCOMPARE(breakdown.totalAmountVatIncluded(rate), included);
+            QCOMPARE(breakdown.totalAmountVatExcluded(rate), excluded);
+            QCOMPARE(breakdown.totalVatAmount(rate), included - excluded);
+        }
     }
 
     void freeAmounts_data()
@@ -355,12 +249,10 @@ private slots:
         QTest::addColumn<qint64>("excluded");
         QTest::addRow("excluded 24 %%")
             << true << Q_INT64_C(1000) << 2400 << Q_INT64_C(1240) << Q_INT64_C(1000);
-        QTest::addRow("included 24 %%")
-            << false << Q_INT64_C(1240) << 2400 << Q_INT64_C(1240) << Q_INT64_C(1000);
-        QTest::addRow("interest without VAT")
-            << true << Q_INT64_C(1523) << 0 << Q_INT64_C(1523) << Q_INT64_C(1523);
         QTest::addRow("credit included")
             << false << Q_INT64_C(-2500) << 2400 << Q_INT64_C(-2500) << Q_INT64_C(-2016);
+        QTest::addRow("interest without VAT")
+            << true << Q_INT64_C(1523) << 0 << Q_INT64_C(1523) << Q_INT64_C(1523);
     }
 
     void freeAmounts()
@@ -378,38 +270,32 @@ private slots:
             else
                 breakdown.addVatIncludedAmount(amount, rate);
             QCOMPARE(breakdown.vatRates(), QList<int>({ rate }));
-            QCOMPARE(breakdown.totalAmountVatIncluded(), included);
             QCOMPARE(breakdown.totalAmountVatIncluded(rate), included);
             QCOMPARE(breakdown.totalAmountVatExcluded(rate), excluded);
-            QCOMPARE(breakdown.totalAmountVatExcluded(), excluded);
             QCOMPARE(breakdown.totalVatAmount(), included - excluded);
         }
     }
 
-    void addCombinesRateByRate()
+    void addAndClear()
     {
-        const QList<InvoiceItem> rows = sampleRows();
         for (int mode : { 0, 2 }) {
-            Vat whole;
+            const Vat whole = sampleBreakdown(mode);
             Vat first;
-            Vat second;
-            whole.setRoundingMode(mode);
             first.setRoundingMode(mode);
-            second.setRoundingMode(mode);
-            for (int i = 0; i < rows.size(); ++i) {
-                whole.addInvoiceItem(&rows.at(i));
-                (i % 2 ? second : first).addInvoiceItem(&rows.at(i));
-            }
-            first.add(&second);
-            QCOMPARE(first.vatRates(), whole.vatRates());
-            QCOMPARE(first.totalAmountVatIncluded(), whole.totalAmountVatIncluded());
-            QCOMPARE(first.totalAmountVatExcluded(), whole.totalAmountVatExcluded());
-            const QList<int> rates = whole.vatRates();
-            for (int rate : rates) {
+            const InvoiceItem item = row(20000, 125000, 2400, false);
+            first.addInvoiceItem(&item);
+            Vat rest = sampleBreakdown(mode);
+            rest.addVatIncludedAmount(-2500, 2400);
+            first.add(&rest);
+            for (int rate : whole.vatRates()) {
                 QCOMPARE(first.totalAmountVatIncluded(rate), whole.totalAmountVatIncluded(rate));
                 QCOMPARE(first.totalAmountVatExcluded(rate), whole.totalAmountVatExcluded(rate));
-                QCOMPARE(first.totalVatAmount(rate), whole.totalVatAmount(rate));
             }
+            QCOMPARE(first.totalAmountVatExcluded(), whole.totalAmountVatExcluded());
+            first.clear();
+            QCOMPARE(first.size(), 0);
+            QCOMPARE(first.totalAmountVatIncluded() + first.totalAmountVatExcluded(), 0LL);
+            QCOMPARE(first.roundingMode(), mode);
         }
     }
 
@@ -422,7 +308,6 @@ private slots:
         breakdown.addVatIncludedAmount(Q_INT64_C(3000000000), 0);
         breakdown.addVatIncludedAmount(Q_INT64_C(1500000000), 1000);
         const long long exact = Q_INT64_C(3000000000) + Q_INT64_C(1363636364);
-        QCOMPARE(breakdown.totalAmountVatExcluded(1000), Q_INT64_C(1363636364));
         QCOMPARE(breakdown.totalAmountVatExcluded(), exact - Q_INT64_C(4294967296));
         breakdown.setRoundingMode(2);
         QCOMPARE(breakdown.totalAmountVatExcluded(), exact);
