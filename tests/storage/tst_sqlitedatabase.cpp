@@ -78,7 +78,6 @@ private slots:
     void appendSuffixToFilename();
     void createNewDatabase();
     void missingFileWithoutCreate();
-    void emptyFileName();
     void badFiles_data();
     void badFiles();
     void backupBeforeEveryStep();
@@ -96,20 +95,18 @@ void SQLiteDatabaseTest::appendSuffixToFilename_data()
     QTest::addColumn<QStringList>("existing");
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("expected");
-    const QString backup = QStringLiteral("backup-20250101-120000.sqlite");
-    QTest::addRow("free name") << QStringList() << backup << backup;
-    QTest::addRow("taken") << QStringList { backup } << backup
-                           << QStringLiteral("backup-20250101-120000-1.sqlite");
-    QTest::addRow("taken twice") << QStringList { backup,
-        QStringLiteral("backup-20250101-120000-1.sqlite") }
-                                 << backup << QStringLiteral("backup-20250101-120000-2.sqlite");
-    QTest::addRow("gap is reused")
-        << QStringList { backup, QStringLiteral("backup-20250101-120000-2.sqlite") } << backup
-        << QStringLiteral("backup-20250101-120000-1.sqlite");
-    QTest::addRow("complete suffix") << QStringList { QStringLiteral("a.tar.gz") }
-                                     << QStringLiteral("a.tar.gz") << QStringLiteral("a-1.tar.gz");
-    QTest::addRow("no suffix") << QStringList { QStringLiteral("name") } << QStringLiteral("name")
-                               << QStringLiteral("name-1");
+    auto row = [](const char* tag, const QStringList& existing, const QString& name,
+                   const QString& expected) {
+        QTest::addRow("%s", tag) << existing << name << expected;
+    };
+    const QString backup = QStringLiteral("backup-20250101-120000");
+    row("free name", {}, backup + ".sqlite", backup + ".sqlite");
+    row("taken twice", { backup + ".sqlite", backup + "-1.sqlite" }, backup + ".sqlite",
+        backup + "-2.sqlite");
+    row("gap is reused", { backup + ".sqlite", backup + "-2.sqlite" }, backup + ".sqlite",
+        backup + "-1.sqlite");
+    row("complete suffix", { "a.tar.gz" }, "a.tar.gz", "a-1.tar.gz");
+    row("no suffix", { "name" }, "name", "name-1");
 }
 
 void SQLiteDatabaseTest::appendSuffixToFilename()
@@ -169,10 +166,7 @@ void SQLiteDatabaseTest::missingFileWithoutCreate()
     QVERIFY(!db.database()->exists());
     QVERIFY(!db.lastError().isEmpty());
     QVERIFY(!QFile::exists(db.fileName()));
-}
 
-void SQLiteDatabaseTest::emptyFileName()
-{
     QTemporaryDir dir;
     SQLiteDatabase database;
     database.setCreateIfNotExist(true);
