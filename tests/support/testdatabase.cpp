@@ -45,6 +45,30 @@ QString TestDatabase::configurationGroup() const
     return QStringLiteral("databases/settings/1");
 }
 
+QVariantMap TestDatabase::entry() const
+{
+    QVariantMap result;
+    m_configuration->beginGroup(configurationGroup());
+    const QStringList keys = m_configuration->childKeys();
+    for (const QString& key : keys)
+        result.insert(key, m_configuration->value(key));
+    m_configuration->endGroup();
+    return result;
+}
+
+void TestDatabase::writeEntries(QSettings* settings, const QList<QVariantMap>& entries)
+{
+    settings->beginGroup(QStringLiteral("databases"));
+    settings->beginWriteArray(QStringLiteral("settings"), int(entries.size()));
+    for (int i = 0; i < entries.size(); ++i) {
+        settings->setArrayIndex(i);
+        for (auto it = entries.at(i).cbegin(); it != entries.at(i).cend(); ++it)
+            settings->setValue(it.key(), it.value());
+    }
+    settings->endArray();
+    settings->endGroup();
+}
+
 bool TestDatabase::readServer()
 {
     if (!m_host.isEmpty())

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QVariantMap>
 #include <memory>
 
 class Database;
@@ -59,6 +60,12 @@ public:
     // (for example a wrong password) before opening.
     QSettings* configuration() const { return m_configuration.get(); }
     QString configurationGroup() const;
+    // The keys of the entry open() wrote (type, name, filename or the server's
+    // host, port, databaseName, username and password), to copy into a
+    // configuration of the program's own.
+    QVariantMap entry() const;
+    // Writes the database list of a configuration file: one array element a map.
+    static void writeEntries(QSettings* settings, const QList<QVariantMap>& entries);
     QString fileName() const { return m_fileName; }
     QString databaseName() const { return m_databaseName; }
     QString directory() const { return m_dir.path(); }
