@@ -18,37 +18,25 @@ void TestCommandLine::parse_data()
     QTest::addColumn<bool>("ok");
     QTest::addColumn<int>("number");
     QTest::addColumn<QString>("configFile");
-
-    const QStringList none;
-    QTest::addRow("no arguments") << none << true << -1 << QString();
-    QTest::addRow("number") << QStringList { "2" } << true << 2 << QString();
-    QTest::addRow("leading zero") << QStringList { "07" } << true << 7 << QString();
-    QTest::addRow("plus sign") << QStringList { "+4" } << true << 4 << QString();
-    QTest::addRow("not a number") << QStringList { "abc" } << true << 0 << QString();
-    QTest::addRow("hexadecimal is not read") << QStringList { "0x10" } << true << 0 << QString();
-    QTest::addRow("empty argument") << QStringList { "" } << true << 0 << QString();
-    QTest::addRow("largest int") << QStringList { "2147483647" } << true << 2147483647 << QString();
-    QTest::addRow("above int range") << QStringList { "2147483648" } << true << 0 << QString();
-    QTest::addRow("below int range") << QStringList { "-2147483649" } << true << 0 << QString();
-    QTest::addRow("far out of range")
-        << QStringList { "99999999999999999999" } << true << 0 << QString();
-    QTest::addRow("negative number") << QStringList { "-5" } << true << -5 << QString();
+    auto row = [](const char* name, const QStringList& arguments, bool ok, int number,
+                   const QString& configFile = QString()) {
+        QTest::addRow("%s", name) << arguments << ok << number << configFile;
+    };
+    row("no arguments", {}, true, -1);
+    row("number", { "+07" }, true, 7);
+    row("not a number", { "0x10" }, true, 0);
+    row("largest int", { "2147483647" }, true, 2147483647);
+    row("above int range", { "2147483648" }, true, 0);
     // A negative NUMBER still counts as "none given", so another may follow.
-    QTest::addRow("negative then number") << QStringList { "-5", "3" } << true << 3 << QString();
-    QTest::addRow("two numbers") << QStringList { "1", "2" } << false << 1 << QString();
-    QTest::addRow("zero then number") << QStringList { "0", "1" } << false << 0 << QString();
-    QTest::addRow("text then number") << QStringList { "abc", "4" } << false << 0 << QString();
-    QTest::addRow("-c alone") << QStringList { "-c" } << false << -1 << QString();
-    QTest::addRow("-c last after number") << QStringList { "1", "-c" } << false << 1 << QString();
-    QTest::addRow("-c file") << QStringList { "-c", "/tmp/x.ini" } << true << 0 << "/tmp/x.ini";
-    QTest::addRow("-c numeric file") << QStringList { "-c", "5" } << true << 5 << "5";
-    QTest::addRow("-c file then number")
-        << QStringList { "-c", "/tmp/x.ini", "3" } << false << 0 << "/tmp/x.ini";
-    QTest::addRow("number then -c file")
-        << QStringList { "3", "-c", "/tmp/x.ini" } << false << 3 << "/tmp/x.ini";
-    QTest::addRow("-c twice") << QStringList { "-c", "a.ini", "-c", "b.ini" } << false << 0
-                              << "b.ini";
-    QTest::addRow("-C is not the option") << QStringList { "-C" } << true << 0 << QString();
+    row("negative then number", { "-5", "3" }, true, 3);
+    row("two numbers", { "1", "2" }, false, 1);
+    row("text then number", { "abc", "4" }, false, 0);
+    row("-c alone", { "-c" }, false, -1);
+    row("-c numeric file", { "-c", "5" }, true, 5, "5");
+    row("-c file then number", { "-c", "/tmp/x.ini", "3" }, false, 0, "/tmp/x.ini");
+    row("number then -c file", { "3", "-c", "/tmp/x.ini" }, false, 3, "/tmp/x.ini");
+    row("-c twice", { "-c", "a.ini", "-c", "b.ini" }, false, 0, "b.ini");
+    row("-C is not the option", { "-C" }, true, 0);
 }
 
 void TestCommandLine::parse()

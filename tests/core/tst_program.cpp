@@ -44,8 +44,6 @@ void TestProgram::usageError_data()
 
     QTest::addRow("two numbers") << QStringList { "1", "2" };
     QTest::addRow("-c without file") << QStringList { "-c" };
-    QTest::addRow("-c file and number") << QStringList { "-c", "x.ini", "3" };
-    QTest::addRow("number and -c file") << QStringList { "3", "-c", "x.ini" };
 }
 
 void TestProgram::usageError()
