@@ -107,6 +107,13 @@ QString InvoiceItemDelegate::productNumberFromText(const QString& text) const
     return trimmed;
 }
 
+void InvoiceItemDelegate::destroyEditor(QWidget* editor, const QModelIndex& index) const
+{
+    if (editor == m_editor)
+        m_editor = nullptr;
+    QStyledItemDelegate::destroyEditor(editor, index);
+}
+
 void InvoiceItemDelegate::commitOpenEditor()
 {
     if (!m_editor)

@@ -150,7 +150,16 @@ MainWindow::MainWindow(Registry* registry, QWidget* parent)
     updateWindowTitle();
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow()
+{
+    // The models still announce their clearing while the window's children
+    // go; by then the window must not listen any more.
+    for (QObject* source : { static_cast<QObject*>(m_model->invoiceItemTableModel()),
+             static_cast<QObject*>(m_model->paymentTableModel()),
+             static_cast<QObject*>(m_invoiceItemTableView->selectionModel()),
+             static_cast<QObject*>(m_customerCombo) })
+        disconnect(source, nullptr, this, nullptr);
+}
 
 QAction* MainWindow::createAction(const QString& name, const QString& text,
     const QKeySequence& shortcut, void (MainWindow::*slot)())
@@ -575,10 +584,10 @@ void MainWindow::createForm()
         PaymentTableModel::BankAccountColumn, QHeaderView::Stretch);
     m_paymentTableView->setColumnWidth(PaymentTableModel::DateColumn, digit * 12);
     m_paymentTableView->setColumnWidth(PaymentTableModel::AmountColumn, digit * 12);
-    QPushButton* addPaymentButton = new QPushButton(tr("Lisää &suoritus"));
+    QPushButton* addPaymentButton = new QPushButton(tr("Lisää suoritus"));
     addPaymentButton->setObjectName(QStringLiteral("addPaymentButton"));
     connect(addPaymentButton, &QPushButton::clicked, this, &MainWindow::addPayment);
-    QPushButton* removePaymentButton = new QPushButton(tr("Poista s&uoritus"));
+    QPushButton* removePaymentButton = new QPushButton(tr("Poista suoritus"));
     removePaymentButton->setObjectName(QStringLiteral("removePaymentButton"));
     connect(removePaymentButton, &QPushButton::clicked, this, &MainWindow::removePayment);
     m_paymentButtons = new QWidget();
@@ -602,10 +611,10 @@ void MainWindow::createForm()
     m_attributeTable->horizontalHeader()->setStretchLastSection(true);
     m_attributeTable->setColumnWidth(0, digit * 16);
     m_attributeTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    QPushButton* addAttributeButton = new QPushButton(tr("Lisää &määre"));
+    QPushButton* addAttributeButton = new QPushButton(tr("Lisää määre"));
     addAttributeButton->setObjectName(QStringLiteral("addAttributeButton"));
     connect(addAttributeButton, &QPushButton::clicked, this, &MainWindow::addAttribute);
-    QPushButton* removeAttributeButton = new QPushButton(tr("Poista mää&re"));
+    QPushButton* removeAttributeButton = new QPushButton(tr("Poista määre"));
     removeAttributeButton->setObjectName(QStringLiteral("removeAttributeButton"));
     connect(removeAttributeButton, &QPushButton::clicked, this, &MainWindow::removeAttribute);
     m_attributeButtons = new QWidget();
@@ -1074,8 +1083,10 @@ void MainWindow::updateFieldsEditable()
         edit->setReadOnly(!editable);
     m_customerCombo->setEnabled(editable);
     m_typeCombo->setEnabled(editable);
-    m_attributeTable->setEditTriggers(
-        editable ? QAbstractItemView::AllEditTriggers : QAbstractItemView::NoEditTriggers);
+    m_attributeTable->setEditTriggers(editable
+            ? QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed
+                | QAbstractItemView::AnyKeyPressed | QAbstractItemView::SelectedClicked
+            : QAbstractItemView::NoEditTriggers);
     m_attributeButtons->setEnabled(editable);
     // Payments can be recorded for any shown invoice, also outside edit
     // mode: saving then writes only what changed.

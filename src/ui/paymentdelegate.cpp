@@ -59,6 +59,13 @@ void PaymentDelegate::setModelData(
         model->setData(index, edit->text(), Qt::EditRole);
 }
 
+void PaymentDelegate::destroyEditor(QWidget* editor, const QModelIndex& index) const
+{
+    if (editor == m_editor)
+        m_editor = nullptr;
+    QStyledItemDelegate::destroyEditor(editor, index);
+}
+
 void PaymentDelegate::commitOpenEditor()
 {
     if (!m_editor)

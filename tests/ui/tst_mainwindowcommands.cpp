@@ -1,0 +1,259 @@
+#include "core/registry.h"
+#include "tst_mainwindowfixture.h"
+#include "ui/aboutdialog.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QtTest>
+
+namespace {
+
+QList<QAction*> actionsWithText(QWidget* window, const QString& text)
+{
+    QList<QAction*> result;
+    const QList<QAction*> actions = window->findChildren<QAction*>();
+    for (QAction* action : actions) {
+        // A menu's own action carries the menu's title.
+        if (action->text() == text && !action->menu())
+            result.append(action);
+    }
+    return result;
+}
+
+QChar mnemonic(const QString& text)
+{
+    const qsizetype at = text.indexOf(QLatin1Char('&'));
+    return at >= 0 && at + 1 < text.size() ? text.at(at + 1).toUpper() : QChar();
+}
+
+} // namespace
+
+class TestMainWindowCommands : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void commandTable_data();
+    void commandTable();
+    void shortcutsAreUnique();
+    void onlyGeneralCommandsWithoutDatabase();
+    void mnemonicsOfMenusAndFieldsDiffer();
+    void titleNamesTheDatabase();
+    void aboutDialog();
+
+private:
+    std::unique_ptr<WindowFixture> m_f;
+};
+
+void TestMainWindowCommands::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+}
+
+void TestMainWindowCommands::init()
+{
+    m_f = std::make_unique<WindowFixture>();
+    QVERIFY(m_f->isValid());
+}
+
+void TestMainWindowCommands::cleanup()
+{
+    m_f.reset();
+}
+
+void TestMainWindowCommands::commandTable_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("shortcut");
+    // Whether the command can be used on the new invoice of a new database.
+    QTest::addColumn<bool>("enabled");
+
+    const struct
+    {
+        const char* text;
+        const char* shortcut;
+        bool enabled;
+    } commands[] = {
+        { "&Uusi", "F7", true },
+        { "&Tulosta", "F9", false },
+        { "&Muokkaa", "F6", true },
+        { "Lisää &rivi", "F8", true },
+        { "P&oista rivi", "", false },
+        { "&Poista", "Ctrl+Del", true },
+        { "&Lopeta", "Ctrl+Q", true },
+        { "&Haku", "Ctrl+F", true },
+        { "Haku&tulokset", "", true },
+        { "&Viimeisimmät", "Ctrl+1", true },
+        { "&Erääntyvät", "Ctrl+2", true },
+        { "&Avoimet", "Ctrl+3", true },
+        { "&Tämänpäiväiset", "Ctrl+4", true },
+        { "Va&littu asiakas", "Ctrl+5", true },
+        { "&Edellinen", "PgUp", false },
+        { "&Seuraava", "PgDown", false },
+        { "E&nsimmäinen", "Ctrl+PgUp", false },
+        { "&Viimeinen", "Ctrl+PgDown", false },
+        { "&Päivitä tiedot", "", true },
+        { "&Sisältö", "F1", true },
+        { "V&ie", "Ctrl+E", false },
+        { "&Valittu lasku", "Alt+1", false },
+        { "&Useita laskuja", "Alt+2", false },
+        { "&Maksumuistutus", "Alt+3", false },
+        { "Useita m&aksumuistutuksia", "", false },
+        { "&Kuitti", "Alt+4", false },
+        { "Useita ku&itteja", "", false },
+        { "Lasku&luettelo", "Alt+6", false },
+        { "&Suorituspäiväkirja", "Alt+7", false },
+        { "&Maksusuoritusten tuonti", "Ctrl+I", false },
+        { "&Viivästyskoron laskenta", "Ctrl+K", false },
+        { "Siirrä ylös", "Ctrl+Up", false },
+        { "Siirrä alas", "Ctrl+Down", false },
+        { "Ve&rollinen", "", true },
+        { "Vero&ton", "", true },
+        { "Näytä &alennus-%", "", true },
+        { "Näytä a&lennettu à-hinta", "", true },
+        { "Näytä ALV-%", "", true },
+        { "Valitse &yritys", "F10", true },
+        { "&Viitenumero ja lisätiedot", "Ctrl+L", true },
+        { "&Ryhmälaskutus", "Ctrl+R", false },
+        { "&Kopioi laskurivit", "", false },
+        { "&Leikkaa", "Ctrl+X", false },
+        { "&Liitä laskurivit", "Ctrl+V", true },
+        { "Tee &laskusta kopio", "Ctrl+Shift+C", true },
+        { "L&ähetä", "Ctrl+M", false },
+        { "&Ravelo-aineiston tuonti", "", false },
+        { "&Yrityksen tiedot...", "", true },
+        { "&Asiakkaat...", "", true },
+        { "&Tuotteet...", "", true },
+        { "&Pankkitilit...", "", true },
+        { "T&ulostuspohjat...", "", true },
+        { "&Tietoja", "", true },
+    };
+    for (const auto& command : commands)
+        QTest::addRow("%s", command.text)
+            << QString::fromUtf8(command.text) << QString::fromLatin1(command.shortcut)
+            << command.enabled;
+}
+
+void TestMainWindowCommands::commandTable()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, shortcut);
+    QFETCH(bool, enabled);
+
+    QVERIFY(m_f->start());
+    const QList<QAction*> found = actionsWithText(m_f->window(), text);
+    QCOMPARE(found.size(), 1);
+    QAction* action = found.at(0);
+    QCOMPARE(action->shortcut(), QKeySequence::fromString(shortcut, QKeySequence::PortableText));
+    QCOMPARE(action->isEnabled(), enabled);
+    // Reachable from the menus.
+    bool inMenu = false;
+    const QList<QObject*> owners = action->associatedObjects();
+    for (QObject* owner : owners)
+        inMenu = inMenu || qobject_cast<QMenu*>(owner);
+    QVERIFY(inMenu);
+}
+
+void TestMainWindowCommands::shortcutsAreUnique()
+{
+    QVERIFY(m_f->start());
+    QMap<QString, QString> seen;
+    const QList<QAction*> actions = m_f->window()->findChildren<QAction*>();
+    for (const QAction* action : actions) {
+        const QList<QKeySequence> shortcuts = action->shortcuts();
+        for (const QKeySequence& sequence : shortcuts) {
+            const QString key = sequence.toString(QKeySequence::PortableText);
+            QVERIFY2(!seen.contains(key),
+                qPrintable(
+                    QStringLiteral("%1: %2 and %3").arg(key, seen.value(key), action->text())));
+            seen.insert(key, action->text());
+        }
+    }
+    QVERIFY(seen.size() >= 35);
+}
+
+void TestMainWindowCommands::onlyGeneralCommandsWithoutDatabase()
+{
+    Registry registry;
+    registry.loadSettings(m_f->configFile());
+    TestWindow window(&registry);
+    QCOMPARE(window.windowTitle(), QStringLiteral("Veklari"));
+    QStringList enabled;
+    const QList<QAction*> actions = window.findChildren<QAction*>();
+    for (const QAction* action : actions) {
+        if (action->isEnabled() && !action->text().isEmpty() && !action->menu()
+            && !action->isSeparator())
+            enabled.append(action->text());
+    }
+    enabled.sort();
+    QStringList expected = { QStringLiteral("&Lopeta"), QStringLiteral("&Sisältö"),
+        QStringLiteral("&Tietoja"), QStringLiteral("Valitse &yritys"), QStringLiteral("Laskut"),
+        QStringLiteral("Näytä &alennus-%"), QStringLiteral("Näytä a&lennettu à-hinta"),
+        QStringLiteral("Näytä ALV-%"), QStringLiteral("Työkalurivi") };
+    expected.sort();
+    QCOMPARE(enabled.join(QLatin1Char('|')), expected.join(QLatin1Char('|')));
+}
+
+void TestMainWindowCommands::mnemonicsOfMenusAndFieldsDiffer()
+{
+    QVERIFY(m_f->start());
+    QMap<QChar, QString> used;
+    auto claim = [&used](const QString& text) {
+        const QChar key = mnemonic(text);
+        if (key.isNull())
+            return true;
+        if (used.contains(key)) {
+            qWarning("Alt+%s: %s and %s", qPrintable(QString(key)), qPrintable(used.value(key)),
+                qPrintable(text));
+            return false;
+        }
+        used.insert(key, text);
+        return true;
+    };
+    const QList<QAction*> menus = m_f->window()->menuBar()->actions();
+    for (const QAction* menu : menus)
+        QVERIFY(claim(menu->text()));
+    const QList<QLabel*> labels = m_f->window()->centralWidget()->findChildren<QLabel*>();
+    for (const QLabel* label : labels) {
+        if (label->buddy())
+            QVERIFY(claim(label->text()));
+    }
+    const QList<QPushButton*> buttons
+        = m_f->window()->centralWidget()->findChildren<QPushButton*>();
+    for (const QPushButton* button : buttons)
+        QVERIFY(claim(button->text()));
+    QVERIFY(used.size() >= 15);
+}
+
+void TestMainWindowCommands::titleNamesTheDatabase()
+{
+    QVERIFY(m_f->start());
+    QCOMPARE(m_f->window()->windowTitle(), QStringLiteral("laskutus - Veklari"));
+}
+
+void TestMainWindowCommands::aboutDialog()
+{
+    QVERIFY(m_f->start());
+    QString name;
+    QString description;
+    m_f->window()->dialogHandler = [&](QDialog* dialog) {
+        if (qobject_cast<AboutDialog*>(dialog)) {
+            name = dialog->findChild<QLabel*>(QStringLiteral("nameLabel"))->text();
+            description = dialog->findChild<QLabel*>(QStringLiteral("descriptionLabel"))->text();
+        }
+        return int(QDialog::Accepted);
+    };
+    m_f->action("aboutAction")->trigger();
+    QVERIFY(name.contains(QStringLiteral("Veklari 1.28.1")));
+    QVERIFY(description.contains(QStringLiteral("Laskutusohjelma")));
+}
+
+QTEST_MAIN(TestMainWindowCommands)
+#include "tst_mainwindowcommands.moc"

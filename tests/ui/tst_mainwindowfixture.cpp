@@ -1,0 +1,242 @@
+#include "tst_mainwindowfixture.h"
+
+#include "core/mainmodel.h"
+#include "core/registry.h"
+#include "domain/bankaccount.h"
+#include "domain/customer.h"
+#include "domain/invoice.h"
+#include "domain/product.h"
+#include "storage/database.h"
+#include "storage/query.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QLineEdit>
+#include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTableView>
+#include <QtTest>
+
+bool TestWindow::askQuestion(const QString& question)
+{
+    questions.append(question);
+    return answer;
+}
+
+void TestWindow::showCriticalMessage(const QString& message)
+{
+    messages.append(message);
+}
+
+void TestWindow::showWarningMessage(const QString& message)
+{
+    messages.append(message);
+}
+
+int TestWindow::execDialog(QDialog* dialog)
+{
+    return dialogHandler ? dialogHandler(dialog) : int(QDialog::Rejected);
+}
+
+bool TestWindow::openUrl(const QUrl& url)
+{
+    openedUrls.append(url);
+    return urlOpens;
+}
+
+WindowFixture::WindowFixture() = default;
+
+WindowFixture::~WindowFixture()
+{
+    stop();
+}
+
+QString WindowFixture::configFile() const
+{
+    return m_dir.filePath(QStringLiteral("Veklari.ini"));
+}
+
+bool WindowFixture::start(const QDate& today)
+{
+    m_registry = std::make_unique<Registry>();
+    m_registry->loadSettings(configFile());
+    m_window = std::make_unique<TestWindow>(m_registry.get());
+    m_window->model()->setToday(today);
+    m_window->show();
+    QApplication::setActiveWindow(m_window.get());
+    if (!QTest::qWaitForWindowActive(m_window.get()))
+        return false;
+    return m_window->openDatabase(-1);
+}
+
+bool WindowFixture::restart(const QDate& today)
+{
+    stop();
+    return start(today);
+}
+
+void WindowFixture::stop()
+{
+    // Destroyed like the program does at exit: window first, then registry.
+    m_window.reset();
+    m_registry.reset();
+}
+
+Database* WindowFixture::database() const
+{
+    return m_registry ? m_registry->database() : nullptr;
+}
+
+QAction* WindowFixture::action(const char* name) const
+{
+    QAction* action = m_window->findChild<QAction*>(QString::fromLatin1(name));
+    if (!action)
+        qWarning("no action %s", name);
+    return action;
+}
+
+int WindowFixture::addCustomer(
+    const QString& name, const QString& paymentTerms, const QString& referenceNumber)
+{
+    std::unique_ptr<Query> query(database()->query());
+    Customer customer;
+    customer.number = m_registry->customerCount() + 100;
+    for (int i = 0; i < m_registry->customerCount(); ++i)
+        customer.number = qMax(customer.number, m_registry->customerAt(i)->number + 1);
+    static int extra = 0;
+    customer.number += extra++;
+    customer.name = name;
+    customer.paymentTerms = paymentTerms;
+    customer.referenceNumber = referenceNumber;
+    if (!query->saveCustomer(&customer))
+        qWarning("%s", qPrintable(query->lastError()));
+    return customer.id;
+}
+
+int WindowFixture::addProduct(const QString& number, const QString& name, const QString& unit,
+    long long amount, int vatRate, bool vatExcluded)
+{
+    std::unique_ptr<Query> query(database()->query());
+    Product product;
+    product.number = number;
+    product.name = name;
+    product.unitCode = unit;
+    product.amount = amount;
+    product.vatRate = vatRate;
+    product.vatExcluded = vatExcluded;
+    if (!query->saveProduct(&product))
+        qWarning("%s", qPrintable(query->lastError()));
+    return product.id;
+}
+
+int WindowFixture::addBankAccount(const QString& name, const QString& iban)
+{
+    std::unique_ptr<Query> query(database()->query());
+    BankAccount account;
+    account.name = name;
+    account.iban = iban;
+    if (!query->saveBankAccount(&account))
+        qWarning("%s", qPrintable(query->lastError()));
+    return account.id;
+}
+
+int WindowFixture::addInvoice(int number, int customerId, const QDate& date, const QDate& dueDate,
+    int totalAmount, int balance)
+{
+    std::unique_ptr<Query> query(database()->query());
+    Invoice invoice;
+    invoice.number = number;
+    invoice.customerId = customerId;
+    invoice.date = date;
+    invoice.dueDate = dueDate;
+    invoice.totalAmount = totalAmount;
+    invoice.balance = balance;
+    invoice.referenceNumber = Invoice::appendCheckDigitToReferenceNumber(
+        QString::number(number) + QStringLiteral("00"));
+    if (!query->saveInvoice(&invoice))
+        qWarning("%s", qPrintable(query->lastError()));
+    return invoice.id;
+}
+
+void WindowFixture::refresh()
+{
+    m_window->refresh();
+}
+
+QVariant WindowFixture::storedValue(const QString& sql) const
+{
+    QSqlQuery query(QSqlDatabase::database(database()->connectionName()));
+    if (!query.exec(sql) || !query.next())
+        return QVariant();
+    return query.value(0);
+}
+
+int WindowFixture::storedInvoiceCount() const
+{
+    return storedValue(QStringLiteral("SELECT count(*) FROM invoice")).toInt();
+}
+
+QWidget* keyTarget(QWidget* widget)
+{
+    if (QWidget* popup = QApplication::activePopupWidget())
+        return popup;
+    // The offscreen platform can leave a closed popup as the active window
+    // where a desktop would give the activation back to the window below.
+    QWidget* active = QApplication::activeWindow();
+    if (!active || !active->isVisible()) {
+        QWidget* target = QApplication::activeModalWidget();
+        const QList<QWidget*> windows = QApplication::topLevelWidgets();
+        for (QWidget* window : windows) {
+            if (!target && qobject_cast<MainWindow*>(window) && window->isVisible())
+                target = window;
+        }
+        if (target)
+            QApplication::setActiveWindow(target);
+    }
+    return widget ? widget : QApplication::focusWidget();
+}
+
+void pressKey(QWidget* widget, int key, Qt::KeyboardModifiers modifiers)
+{
+    QTest::keyClick(keyTarget(widget), Qt::Key(key), modifiers);
+}
+
+void typeText(QWidget* widget, const QString& text)
+{
+    for (const QChar c : text) {
+        if (c.unicode() < 128)
+            QTest::keyClick(widget, char(c.unicode()));
+        else
+            QTest::sendKeyEvent(QTest::Click, widget, Qt::Key_unknown, QString(c), Qt::NoModifier);
+    }
+}
+
+void replaceText(QLineEdit* edit, const QString& text)
+{
+    edit->setFocus();
+    edit->selectAll();
+    QTest::keyClick(edit, Qt::Key_Backspace);
+    typeText(edit, text);
+}
+
+void chooseCustomer(QComboBox* combo, const QString& name)
+{
+    combo->setFocus();
+    combo->lineEdit()->selectAll();
+    QTest::keyClick(combo->lineEdit(), Qt::Key_Backspace);
+    typeText(combo->lineEdit(), name);
+    // Leaving the field confirms the name.
+    pressKey(combo->lineEdit(), Qt::Key_Tab);
+}
+
+QStringList shownColumn(MainWindow* window, int column)
+{
+    QStringList result;
+    const QAbstractItemModel* model = window->invoiceTableView()->model();
+    for (int row = 0; row < model->rowCount(); ++row)
+        result.append(model->index(row, column).data().toString());
+    return result;
+}

@@ -1,0 +1,108 @@
+#ifndef TST_MAINWINDOWFIXTURE_H
+#define TST_MAINWINDOWFIXTURE_H
+
+#include "ui/mainwindow.h"
+
+#include <QDate>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QUrl>
+#include <functional>
+#include <memory>
+
+class Database;
+class QAction;
+class QComboBox;
+class QLineEdit;
+class Registry;
+
+// The main window with its message boxes, dialogs and web pages answered
+// and recorded by the test instead of shown.
+class TestWindow : public MainWindow
+{
+public:
+    using MainWindow::MainWindow;
+
+    bool answer = true;
+    QStringList questions;
+    QStringList messages;
+    // Runs a dialog the window opens; without one the dialog is cancelled.
+    std::function<int(QDialog*)> dialogHandler;
+    QList<QUrl> openedUrls;
+    bool urlOpens = true;
+
+protected:
+    bool askQuestion(const QString& question) override;
+    void showCriticalMessage(const QString& message) override;
+    void showWarningMessage(const QString& message) override;
+    int execDialog(QDialog* dialog) override;
+    bool openUrl(const QUrl& url) override;
+};
+
+// A window on a new SQLite database of its own configuration file, with
+// helpers to put reference data straight into the database.
+class WindowFixture
+{
+public:
+    WindowFixture();
+    ~WindowFixture();
+
+    bool isValid() const { return m_dir.isValid(); }
+    QString configFile() const;
+    QString path(const QString& name) const { return m_dir.filePath(name); }
+
+    // A new registry and window on the configuration, shown and active,
+    // with the last used database opened (a new one the first time).
+    bool start(const QDate& today = QDate(2024, 3, 15));
+    // The program closed (without asking) and started again.
+    bool restart(const QDate& today = QDate(2024, 3, 15));
+    void stop();
+
+    TestWindow* window() const { return m_window.get(); }
+    Registry* registry() const { return m_registry.get(); }
+    Database* database() const;
+    QAction* action(const char* name) const;
+    template<typename T>
+    T* widget(const char* name) const
+    {
+        return m_window->findChild<T*>(QString::fromLatin1(name));
+    }
+
+    // Stored directly; refresh() makes the window see them.
+    int addCustomer(const QString& name, const QString& paymentTerms = QString(),
+        const QString& referenceNumber = QString());
+    int addProduct(const QString& number, const QString& name, const QString& unit,
+        long long amount, int vatRate, bool vatExcluded);
+    int addBankAccount(const QString& name, const QString& iban);
+    // Saves an invoice with a customer and dates; returns its id.
+    int addInvoice(int number, int customerId, const QDate& date, const QDate& dueDate,
+        int totalAmount, int balance);
+    void refresh();
+
+    // The invoices in the database by number: total and balance in cents.
+    int storedInvoiceCount() const;
+    QVariant storedValue(const QString& sql) const;
+
+private:
+    QTemporaryDir m_dir;
+    std::unique_ptr<Registry> m_registry;
+    std::unique_ptr<TestWindow> m_window;
+};
+
+// Where a keyboard would send a key: to the open list of completions, if
+// any, which hands the key on to its field; else to the widget, or without
+// one to the widget that has the keyboard focus.
+QWidget* keyTarget(QWidget* widget = nullptr);
+// Presses a key where a keyboard would send it.
+void pressKey(QWidget* widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+// QTest::keyClicks takes ASCII only; other letters go in as key events
+// carrying their text, as a keyboard would send them.
+void typeText(QWidget* widget, const QString& text);
+// Selects what the field holds and types the text over it.
+void replaceText(QLineEdit* edit, const QString& text);
+// Chooses a customer by typing its name into the combo box and leaving it.
+void chooseCustomer(QComboBox* combo, const QString& name);
+// The texts of a column of the invoice list as the window shows it.
+QStringList shownColumn(MainWindow* window, int column);
+
+#endif // TST_MAINWINDOWFIXTURE_H

@@ -1,0 +1,973 @@
+#include "core/invoiceitemtablemodel.h"
+#include "core/invoicetablemodel.h"
+#include "core/mainmodel.h"
+#include "core/paymenttablemodel.h"
+#include "core/registry.h"
+#include "domain/decimalformat.h"
+#include "domain/invoice.h"
+#include "domain/invoiceitem.h"
+#include "domain/payment.h"
+#include "domain/settings.h"
+#include "logcapture.h"
+#include "storage/database.h"
+#include "storage/query.h"
+#include "tst_mainwindowfixture.h"
+#include "ui/customerdialog.h"
+#include "ui/databaselistdialog.h"
+#include "ui/referencenumberdialog.h"
+#include "ui/settingsdialog.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTableView>
+#include <QTableWidget>
+#include <QtTest>
+
+namespace {
+
+// The 7-3-1 check digit, computed here without the program's helpers.
+QString withCheckDigit(const QString& base)
+{
+    static const int weights[] = { 7, 3, 1 };
+    int sum = 0;
+    for (int i = 0; i < base.size(); ++i)
+        sum += base.at(base.size() - 1 - i).digitValue() * weights[i % 3];
+    return base + QString::number((10 - sum % 10) % 10);
+}
+
+QString money(qint64 cents)
+{
+    return DecimalFormat(2, 2).format(cents);
+}
+
+void keys(const QString& text)
+{
+    for (const QChar c : text) {
+        QWidget* target = keyTarget();
+        if (c.unicode() < 128)
+            QTest::keyClick(target, char(c.unicode()));
+        else
+            QTest::sendKeyEvent(QTest::Click, target, Qt::Key_unknown, QString(c), Qt::NoModifier);
+    }
+}
+
+void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    pressKey(nullptr, key, modifiers);
+}
+
+// A cell editor of the view has the keyboard.
+bool editing(QAbstractItemView* view)
+{
+    QWidget* focus = QApplication::focusWidget();
+    return focus && focus != view && view->isAncestorOf(focus);
+}
+
+// Return, and wait for the view to take the value (it does so once the
+// key has been handled). With the completions open, the first Return only
+// closes them.
+void commitEditor(QAbstractItemView* view)
+{
+    QVERIFY(editing(view));
+    if (QApplication::activePopupWidget())
+        press(Qt::Key_Return);
+    press(Qt::Key_Return);
+    QTRY_VERIFY(!editing(view));
+}
+
+} // namespace
+
+class TestMainWindowInvoices : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void startsWithOneNewInvoice();
+    void typicalInvoiceByKeyboard();
+    void saveChecksInOrder();
+    void totalIsNeverRefused();
+    void numberInUseIsRefused();
+    void removeInvoice_data();
+    void removeInvoice();
+    void removeOnlyInvoiceLeavesEmptyView();
+    void removeAnsweredNo();
+    void copyInvoice();
+    void editMode();
+    void closeRefusedWhileInvalid();
+    void quickSearches_data();
+    void quickSearches();
+    void navigationFollowsShownOrder();
+    void clipboardBetweenInvoices();
+    void vatModeIsStored();
+    void paymentOutsideEditMode();
+    void tooLargeAmountIsReported();
+    void referenceNumberCommand();
+    void helpPage();
+    void editorsRefreshTheWindow();
+    void chooseAnotherDatabase();
+
+private:
+    TestWindow* window() const { return m_f->window(); }
+    QTableView* rows() const { return m_f->window()->invoiceItemTableView(); }
+    MainModel* model() const { return m_f->window()->model(); }
+    QLineEdit* edit(const char* name) const { return m_f->widget<QLineEdit>(name); }
+    QComboBox* customerCombo() const { return m_f->widget<QComboBox>("customerCombo"); }
+    QString label(const char* name) const { return m_f->widget<QLabel>(name)->text(); }
+    void shortcut(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    // F8, the product number, then the quantity two cells to the right.
+    void addRow(const QString& product, const QString& quantity);
+    void save();
+    QList<int> shownNumbers() const;
+    // Three invoices 1..3 of Virtanen, stored directly.
+    void addThreeInvoices();
+
+    std::unique_ptr<WindowFixture> m_f;
+    int m_virtanen = -1;
+    int m_makinen = -1;
+    int m_account = -1;
+};
+
+void TestMainWindowInvoices::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+}
+
+void TestMainWindowInvoices::init()
+{
+    m_f = std::make_unique<WindowFixture>();
+    QVERIFY(m_f->isValid());
+    QVERIFY(m_f->start());
+    m_virtanen = m_f->addCustomer(QStringLiteral("Virtanen Oy"));
+    m_makinen = m_f->addCustomer(
+        QStringLiteral("Mäkinen Tmi"), QStringLiteral("7 päivää netto"), QStringLiteral("1232"));
+    // 80,00 an hour without VAT; 125,50 a piece with VAT 25,5 %.
+    m_f->addProduct(QStringLiteral("1"), QStringLiteral("Suunnittelu"), QStringLiteral("h"), 800000,
+        2550, true);
+    m_f->addProduct(QStringLiteral("2"), QStringLiteral("Kiintolevy"), QStringLiteral("kpl"),
+        1255000, 2550, false);
+    m_account
+        = m_f->addBankAccount(QStringLiteral("Osuuspankki"), QStringLiteral("FI2112345600000785"));
+    m_f->refresh();
+    QVERIFY(window()->messages.isEmpty());
+}
+
+void TestMainWindowInvoices::cleanup()
+{
+    m_f.reset();
+}
+
+void TestMainWindowInvoices::shortcut(int key, Qt::KeyboardModifiers modifiers)
+{
+    QWidget* target = keyTarget();
+    QTest::keyClick(target ? target : window(), Qt::Key(key), modifiers);
+}
+
+void TestMainWindowInvoices::addRow(const QString& product, const QString& quantity)
+{
+    shortcut(Qt::Key_F8);
+    QVERIFY(editing(rows()));
+    keys(product);
+    commitEditor(rows());
+    QCOMPARE(rows()->currentIndex().column(), int(InvoiceItemTableModel::ProductColumn));
+    QTest::keyClick(rows(), Qt::Key_Right);
+    QTest::keyClick(rows(), Qt::Key_Right);
+    keys(quantity);
+    commitEditor(rows());
+}
+
+void TestMainWindowInvoices::save()
+{
+    shortcut(Qt::Key_S, Qt::ControlModifier);
+}
+
+QList<int> TestMainWindowInvoices::shownNumbers() const
+{
+    QList<int> numbers;
+    for (const QString& text : shownColumn(window(), InvoiceTableModel::NumberColumn))
+        numbers.append(text.toInt());
+    return numbers;
+}
+
+void TestMainWindowInvoices::addThreeInvoices()
+{
+    for (int number = 1; number <= 3; ++number)
+        m_f->addInvoice(number, m_virtanen, QDate(2024, 3, number), QDate(2024, 3, number + 14),
+            1000 * number, 1000 * number);
+    m_f->refresh();
+    QCOMPARE(shownNumbers(), (QList<int> { 1, 2, 3 }));
+}
+
+void TestMainWindowInvoices::startsWithOneNewInvoice()
+{
+    QVERIFY(window()->hasInvoice());
+    QVERIFY(window()->isEditMode());
+    QCOMPARE(model()->invoice()->id, -1);
+    QCOMPARE(edit("numberEdit")->text(), QStringLiteral("1"));
+    QCOMPARE(edit("dateEdit")->text(), QStringLiteral("15.3.2024"));
+    // The new database's terms, 14 days.
+    QCOMPARE(edit("paymentTermsEdit")->text(), QStringLiteral("14 päivää netto"));
+    QCOMPARE(edit("dueDateEdit")->text(), QStringLiteral("29.3.2024"));
+    QCOMPARE(edit("interestEdit")->text(), QStringLiteral("8"));
+    QCOMPARE(edit("referenceNumberEdit")->text(), withCheckDigit(QStringLiteral("100")));
+    QCOMPARE(customerCombo()->currentText(), QString());
+    QCOMPARE(label("positionLabel"), QStringLiteral("Uusi lasku"));
+    QCOMPARE(m_f->storedInvoiceCount(), 0);
+
+    // Untouched, it is not worth a refusal: the program closes and
+    // nothing is stored.
+    QVERIFY(window()->close());
+    QVERIFY(window()->messages.isEmpty());
+    QCOMPARE(m_f->storedInvoiceCount(), 0);
+}
+
+void TestMainWindowInvoices::typicalInvoiceByKeyboard()
+{
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    QCOMPARE(model()->invoice()->customerId, m_virtanen);
+    addRow(QStringLiteral("1"), QStringLiteral("7.5"));
+    addRow(QStringLiteral("2"), QStringLiteral("1"));
+    QCOMPARE(model()->invoiceItemTableModel()->rowCount(), 2);
+    QCOMPARE(model()->invoiceItemTableModel()->index(1, 0).data().toString(),
+        QStringLiteral("2 Kiintolevy"));
+
+    // 7,5 h x 80,00 = 600,00 + 25,5 % = 753,00; the disk 125,50 with VAT is
+    // 100,00 without.
+    const qint64 total = 75300 + 12550;
+    const qint64 vatExcluded = 60000 + 10000;
+    QCOMPARE(label("totalLabel"), money(total));
+    QCOMPARE(label("vatExcludedLabel"), money(vatExcluded));
+    QCOMPARE(label("vatLabel"), money(total - vatExcluded));
+    QCOMPARE(label("balanceLabel"), money(total));
+
+    save();
+    QVERIFY2(window()->messages.isEmpty(), qPrintable(window()->messages.join('\n')));
+    QCOMPARE(m_f->storedInvoiceCount(), 1);
+    QCOMPARE(
+        m_f->storedValue(QStringLiteral("SELECT total_amount FROM invoice")).toLongLong(), total);
+    QCOMPARE(label("positionLabel"), QStringLiteral("Lasku 1 / 1"));
+
+    QVERIFY(m_f->restart());
+    QCOMPARE(model()->invoice()->number, 1);
+    QCOMPARE(customerCombo()->currentText(), QStringLiteral("Virtanen Oy"));
+    QCOMPARE(model()->invoiceItemTableModel()->rowCount(), 2);
+    QCOMPARE(label("totalLabel"), money(total));
+    QCOMPARE(label("vatExcludedLabel"), money(vatExcluded));
+    QCOMPARE(
+        shownColumn(window(), InvoiceTableModel::TotalAmountColumn), QStringList { money(total) });
+}
+
+void TestMainWindowInvoices::saveChecksInOrder()
+{
+    // A good row, a row with a text but no product, and an empty row.
+    addRow(QStringLiteral("1"), QStringLiteral("2"));
+    shortcut(Qt::Key_F8);
+    press(Qt::Key_Escape);
+    QTest::keyClick(rows(), Qt::Key_Right);
+    keys(QStringLiteral("Matkakulut"));
+    commitEditor(rows());
+    shortcut(Qt::Key_F8);
+    press(Qt::Key_Escape);
+    m_f->widget<QPushButton>("addPaymentButton")->click();
+    press(Qt::Key_Escape);
+    replaceText(edit("deliveryDateEdit"), QStringLiteral("31.2.2024"));
+
+    const QStringList expected = {
+        QStringLiteral("Valitse laskun saaja ennen tallentamista."),
+        QStringLiteral("Toimituspäivämäärä on virheellinen."),
+        QStringLiteral("Valitse tuote riville 2 ennen laskun tallentamista."),
+        QStringLiteral("Syötä maksusuorituksen päivämäärä ennen laskun tallentamista."),
+    };
+    save();
+    QCOMPARE(window()->messages, QStringList { expected.at(0) });
+
+    // A part of one name is enough.
+    chooseCustomer(customerCombo(), QStringLiteral("virta"));
+    QCOMPARE(model()->invoice()->customerId, m_virtanen);
+    QCOMPARE(customerCombo()->currentText(), QStringLiteral("Virtanen Oy"));
+    save();
+    QCOMPARE(window()->messages, expected.mid(0, 2));
+
+    replaceText(edit("deliveryDateEdit"), QStringLiteral("1.3.2024"));
+    save();
+    QCOMPARE(window()->messages, expected.mid(0, 3));
+    // The empty row went; the product cell of the second row is open.
+    QCOMPARE(model()->invoiceItemTableModel()->rowCount(), 2);
+    QVERIFY(editing(rows()));
+    QCOMPARE(rows()->currentIndex(), model()->invoiceItemTableModel()->index(1, 0));
+    keys(QStringLiteral("2"));
+    commitEditor(rows());
+    QCOMPARE(model()->invoiceItemTableModel()->index(1, 1).data().toString(),
+        QStringLiteral("Matkakulut"));
+
+    save();
+    QCOMPARE(window()->messages, expected);
+    QTableView* payments = window()->paymentTableView();
+    QVERIFY(editing(payments));
+    QCOMPARE(payments->currentIndex(),
+        model()->paymentTableModel()->index(0, PaymentTableModel::DateColumn));
+    keys(QStringLiteral("14.3.2024"));
+    commitEditor(payments);
+    QCOMPARE(m_f->storedInvoiceCount(), 0);
+
+    LogCapture log("veklari.ui");
+    save();
+    QCOMPARE(window()->messages, expected);
+    QVERIFY2(log.contains(QStringLiteral("debug: Tallennetaan lasku id=-1")),
+        qPrintable(log.lines().join('\n')));
+    QCOMPARE(m_f->storedInvoiceCount(), 1);
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT delivery_date FROM invoice")).toDate(),
+        QDate(2024, 3, 1));
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT count(*) FROM invoice_item")).toInt(), 2);
+    QCOMPARE(
+        m_f->storedValue(QStringLiteral("SELECT date FROM payment")).toDate(), QDate(2024, 3, 14));
+}
+
+void TestMainWindowInvoices::totalIsNeverRefused()
+{
+    // Each row stays below the row limit, the two together far above the
+    // 999 999,99 that the message names.
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    addRow(QStringLiteral("1"), QStringLiteral("8000"));
+    addRow(QStringLiteral("1"), QStringLiteral("8000"));
+    save();
+    QVERIFY2(window()->messages.isEmpty(), qPrintable(window()->messages.join('\n')));
+    // 2 x 8000 h x 80,00 x 1,255
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT total_amount FROM invoice")).toLongLong(),
+        Q_INT64_C(160640000));
+}
+
+void TestMainWindowInvoices::numberInUseIsRefused()
+{
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    addRow(QStringLiteral("2"), QStringLiteral("1"));
+    save();
+    shortcut(Qt::Key_F7);
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    addRow(QStringLiteral("2"), QStringLiteral("2"));
+    save();
+    QVERIFY(window()->messages.isEmpty());
+    const int id = model()->invoice()->id;
+    QCOMPARE(model()->invoice()->number, 2);
+    // A new invoice stays editable after its first save.
+    QVERIFY(window()->isEditMode());
+
+    replaceText(edit("numberEdit"), QStringLiteral("1"));
+    save();
+    QCOMPARE(window()->messages, QStringList { QStringLiteral("Laskun numero 1 on jo käytössä.") });
+    QCOMPARE(model()->invoice()->number, 2);
+    QCOMPARE(edit("numberEdit")->text(), QStringLiteral("2"));
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT number FROM invoice WHERE id = %1").arg(id))
+                 .toInt(),
+        2);
+
+    replaceText(edit("numberEdit"), QStringLiteral("7"));
+    save();
+    QCOMPARE(window()->messages.size(), 1);
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT number FROM invoice WHERE id = %1").arg(id))
+                 .toInt(),
+        7);
+    // The reference follows the number: the template {I}00 and its check
+    // digit.
+    const QString reference = withCheckDigit(QStringLiteral("700"));
+    QCOMPARE(model()->invoice()->referenceNumber, reference);
+    QCOMPARE(m_f->storedValue(
+                    QStringLiteral("SELECT reference_number FROM invoice WHERE id = %1").arg(id))
+                 .toString(),
+        reference);
+    QCOMPARE(shownNumbers(), (QList<int> { 1, 7 }));
+}
+
+void TestMainWindowInvoices::removeInvoice_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("shownNumber");
+    QTest::addColumn<QString>("position");
+
+    QTest::addRow("first goes to the new first") << 0 << 2 << "Lasku 1 / 2";
+    QTest::addRow("middle goes to the previous") << 1 << 1 << "Lasku 1 / 2";
+    QTest::addRow("last goes to the previous") << 2 << 2 << "Lasku 2 / 2";
+}
+
+void TestMainWindowInvoices::removeInvoice()
+{
+    QFETCH(int, row);
+    QFETCH(int, shownNumber);
+    QFETCH(QString, position);
+
+    addThreeInvoices();
+    shortcut(Qt::Key_PageUp, Qt::ControlModifier);
+    for (int i = 0; i < row; ++i)
+        shortcut(Qt::Key_PageDown);
+    QCOMPARE(model()->invoice()->number, row + 1);
+
+    shortcut(Qt::Key_Delete, Qt::ControlModifier);
+    QCOMPARE(window()->questions,
+        QStringList { QStringLiteral("Haluatko varmasti poistaa laskun %1?").arg(row + 1) });
+    QVERIFY(window()->messages.isEmpty());
+    QCOMPARE(m_f->storedInvoiceCount(), 2);
+    QVERIFY(window()->hasInvoice());
+    QCOMPARE(model()->invoice()->number, shownNumber);
+    QCOMPARE(edit("numberEdit")->text(), QString::number(shownNumber));
+    QCOMPARE(label("positionLabel"), position);
+    QVERIFY(!shownNumbers().contains(row + 1));
+}
+
+void TestMainWindowInvoices::removeOnlyInvoiceLeavesEmptyView()
+{
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    addRow(QStringLiteral("2"), QStringLiteral("1"));
+    m_f->widget<QPushButton>("addPaymentButton")->click();
+    keys(QStringLiteral("1.3.2024"));
+    commitEditor(window()->paymentTableView());
+    save();
+    QCOMPARE(m_f->storedInvoiceCount(), 1);
+
+    m_f->action("removeInvoiceAction")->trigger();
+    QCOMPARE(window()->questions.size(), 1);
+    QCOMPARE(m_f->storedInvoiceCount(), 0);
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT count(*) FROM invoice_item")).toInt(), 0);
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT count(*) FROM payment")).toInt(), 0);
+    QVERIFY(!window()->hasInvoice());
+    QCOMPARE(edit("numberEdit")->text(), QString());
+    QCOMPARE(customerCombo()->currentText(), QString());
+    QCOMPARE(model()->invoiceItemTableModel()->rowCount(), 0);
+    QCOMPARE(window()->invoiceTableView()->model()->rowCount(), 0);
+    QCOMPARE(label("totalLabel"), money(0));
+    QVERIFY(!m_f->action("removeInvoiceAction")->isEnabled());
+    QVERIFY(!m_f->action("editModeAction")->isEnabled());
+    // Nothing is shown, so nothing stops the program from closing.
+    QVERIFY(window()->saveInvoice());
+
+    // F7 starts over.
+    shortcut(Qt::Key_F7);
+    QVERIFY(window()->hasInvoice());
+    QCOMPARE(edit("numberEdit")->text(), QStringLiteral("1"));
+}
+
+void TestMainWindowInvoices::removeAnsweredNo()
+{
+    addThreeInvoices();
+    window()->answer = false;
+    m_f->action("removeInvoiceAction")->trigger();
+    QCOMPARE(window()->questions.size(), 1);
+    QCOMPARE(m_f->storedInvoiceCount(), 3);
+    QVERIFY(window()->hasInvoice());
+
+    // A new invoice that was never saved goes without touching the
+    // database; the view moves to the last invoice.
+    window()->answer = true;
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    m_f->action("removeInvoiceAction")->trigger();
+    QCOMPARE(m_f->storedInvoiceCount(), 3);
+    QCOMPARE(model()->invoice()->number, 3);
+}
+
+void TestMainWindowInvoices::copyInvoice()
+{
+    chooseCustomer(customerCombo(), QStringLiteral("Mäkinen Tmi"));
+    QCOMPARE(customerCombo()->currentText(), QStringLiteral("Mäkinen Tmi"));
+    QCOMPARE(model()->invoice()->customerId, m_makinen);
+    // The customer's own terms and reference number.
+    QCOMPARE(edit("paymentTermsEdit")->text(), QStringLiteral("7 päivää netto"));
+    QCOMPARE(edit("dueDateEdit")->text(), QStringLiteral("22.3.2024"));
+    QCOMPARE(model()->invoice()->referenceNumber, QStringLiteral("1232"));
+    replaceText(edit("deliveryEdit"), QStringLiteral("Posti"));
+    replaceText(edit("buyerRefEdit"), QStringLiteral("Tilaus 15"));
+    replaceText(edit("sellerRefEdit"), QStringLiteral("MK"));
+    replaceText(edit("interestEdit"), QStringLiteral("9.5"));
+    replaceText(edit("noticeText1Edit"), QStringLiteral("Kiitos tilauksesta"));
+    replaceText(edit("noticeText2Edit"), QStringLiteral("Toimitus viikolla 12"));
+    m_f->widget<QPushButton>("addAttributeButton")->click();
+    keys(QStringLiteral("projekti"));
+    press(Qt::Key_Tab);
+    keys(QStringLiteral("Piha"));
+    commitEditor(m_f->widget<QTableWidget>("attributeTable"));
+    addRow(QStringLiteral("1"), QStringLiteral("3"));
+    addRow(QStringLiteral("2"), QStringLiteral("2"));
+    save();
+    QVERIFY2(window()->messages.isEmpty(), qPrintable(window()->messages.join('\n')));
+    const QString total = label("totalLabel");
+    const int sourceId = model()->invoice()->id;
+
+    shortcut(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    QVERIFY(window()->messages.isEmpty());
+    const Invoice* copy = model()->invoice();
+    QCOMPARE(copy->id, -1);
+    QCOMPARE(copy->number, 2);
+    QCOMPARE(copy->customerId, m_makinen);
+    QCOMPARE(copy->paymentTerms, QStringLiteral("7 päivää netto"));
+    QCOMPARE(copy->dueDate, QDate(2024, 3, 22));
+    QCOMPARE(copy->delivery, QStringLiteral("Posti"));
+    QCOMPARE(copy->buyerRef, QStringLiteral("Tilaus 15"));
+    QCOMPARE(copy->sellerRef, QStringLiteral("MK"));
+    QCOMPARE(copy->interestOnArrears, 950);
+    QCOMPARE(copy->referenceNumber, QStringLiteral("1232"));
+    QCOMPARE(copy->property(QStringLiteral("t1")).toString(), QStringLiteral("Kiitos tilauksesta"));
+    QCOMPARE(
+        copy->property(QStringLiteral("t2")).toString(), QStringLiteral("Toimitus viikolla 12"));
+    QCOMPARE(
+        copy->property(QStringLiteral("attributes/projekti")).toString(), QStringLiteral("Piha"));
+    QCOMPARE(customerCombo()->currentText(), QStringLiteral("Mäkinen Tmi"));
+    QCOMPARE(edit("interestEdit")->text(), QStringLiteral("9.5"));
+    QCOMPARE(m_f->widget<QTableWidget>("attributeTable")->rowCount(), 1);
+    InvoiceItemTableModel* items = model()->invoiceItemTableModel();
+    QCOMPARE(items->rowCount(), 2);
+    QCOMPARE(items->index(0, InvoiceItemTableModel::ProductColumn).data(Qt::EditRole).toString(),
+        QStringLiteral("1"));
+    QCOMPARE(items->index(0, InvoiceItemTableModel::QuantityColumn).data().toString(),
+        QStringLiteral("3"));
+    QCOMPARE(items->index(1, InvoiceItemTableModel::ProductColumn).data(Qt::EditRole).toString(),
+        QStringLiteral("2"));
+    QCOMPARE(label("totalLabel"), total);
+
+    save();
+    QCOMPARE(m_f->storedInvoiceCount(), 2);
+    const QString sql = QStringLiteral("SELECT total_amount FROM invoice WHERE id = %1");
+    QCOMPARE(m_f->storedValue(sql.arg(model()->invoice()->id)).toLongLong(),
+        m_f->storedValue(sql.arg(sourceId)).toLongLong());
+    QVERIFY(m_f->storedValue(QStringLiteral("SELECT properties FROM invoice WHERE id = %1")
+                                 .arg(model()->invoice()->id))
+                .toString()
+                .contains(QStringLiteral("attributes/projekti=Piha")));
+}
+
+void TestMainWindowInvoices::editMode()
+{
+    addThreeInvoices();
+    shortcut(Qt::Key_PageUp, Qt::ControlModifier);
+    const int id = model()->invoice()->id;
+    QAction* editAction = m_f->action("editModeAction");
+    QVERIFY(!window()->isEditMode());
+    QVERIFY(!editAction->isChecked());
+    QVERIFY(edit("deliveryEdit")->isReadOnly());
+    QVERIFY(edit("numberEdit")->isReadOnly());
+    QVERIFY(!customerCombo()->isEnabled());
+    QVERIFY(!m_f->action("addInvoiceItemAction")->isEnabled());
+    QCOMPARE(window()->lastInvoiceId(), -1);
+
+    shortcut(Qt::Key_F6);
+    QVERIFY(window()->isEditMode());
+    QVERIFY(editAction->isChecked());
+    QCOMPARE(window()->lastInvoiceId(), id);
+    QVERIFY(!edit("deliveryEdit")->isReadOnly());
+    QVERIFY(customerCombo()->isEnabled());
+    QVERIFY(m_f->action("addInvoiceItemAction")->isEnabled());
+    replaceText(edit("deliveryEdit"), QStringLiteral("Nouto"));
+
+    shortcut(Qt::Key_F6);
+    QVERIFY(window()->messages.isEmpty());
+    QVERIFY(!window()->isEditMode());
+    QCOMPARE(window()->lastInvoiceId(), -1);
+    QVERIFY(edit("deliveryEdit")->isReadOnly());
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT delivery FROM invoice WHERE id = %1").arg(id))
+                 .toString(),
+        QStringLiteral("Nouto"));
+
+    // Switching off with an invalid invoice keeps edit mode on.
+    shortcut(Qt::Key_F6);
+    shortcut(Qt::Key_F8);
+    press(Qt::Key_Escape);
+    QTest::keyClick(rows(), Qt::Key_Right);
+    keys(QStringLiteral("Ilman tuotetta"));
+    commitEditor(rows());
+    QVERIFY(!window()->toggleEditMode(false));
+    QCOMPARE(window()->messages,
+        QStringList { QStringLiteral("Valitse tuote riville 1 ennen laskun tallentamista.") });
+    QVERIFY(window()->isEditMode());
+    QVERIFY(editAction->isChecked());
+    QCOMPARE(window()->lastInvoiceId(), id);
+}
+
+void TestMainWindowInvoices::closeRefusedWhileInvalid()
+{
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    shortcut(Qt::Key_F8);
+    press(Qt::Key_Escape);
+    QTest::keyClick(rows(), Qt::Key_Right);
+    keys(QStringLiteral("Asennus"));
+    commitEditor(rows());
+
+    QVERIFY(!window()->close());
+    QVERIFY(window()->isVisible());
+    QCOMPARE(window()->messages,
+        QStringList { QStringLiteral("Valitse tuote riville 1 ennen laskun tallentamista.") });
+    QSettings* settings = m_f->registry()->appSettings();
+    QVERIFY(!settings->contains(QStringLiteral("mainWindow/geometry")));
+    QCOMPARE(m_f->storedInvoiceCount(), 0);
+
+    keys(QStringLiteral("1"));
+    commitEditor(rows());
+    m_f->action("showVatAction")->trigger();
+    QVERIFY(rows()->isColumnHidden(InvoiceItemTableModel::VatColumn));
+    QVERIFY(window()->close());
+    QCOMPARE(m_f->storedInvoiceCount(), 1);
+    for (const char* key :
+        { "mainWindow/geometry", "mainWindow/state", "mainWindow/invoiceTable/columns",
+            "mainWindow/paymentTable/columns", "mainWindow/invoiceItemTable/columns",
+            "mainWindow/invoiceTable/size", "mainWindow/invoiceTable/hidden" })
+        QVERIFY2(settings->contains(QLatin1String(key)), key);
+
+    // The next start shows the columns as they were left.
+    QVERIFY(m_f->restart());
+    QVERIFY(rows()->isColumnHidden(InvoiceItemTableModel::VatColumn));
+    QVERIFY(!m_f->action("showVatAction")->isChecked());
+    QVERIFY(m_f->action("showDiscountAction")->isChecked());
+}
+
+void TestMainWindowInvoices::quickSearches_data()
+{
+    QTest::addColumn<int>("n");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QList<int>>("numbers");
+    QTest::addColumn<QString>("position");
+    QTest::addColumn<QList<int>>("afterRestart");
+
+    const QList<int> all = { 1, 2, 3, 4 };
+    QTest::addRow("latest") << 0 << int(Qt::Key_1) << all << "Lasku 4 / 4" << all;
+    QTest::addRow("due from today")
+        << 1 << int(Qt::Key_2) << QList<int> { 3, 4 } << "Lasku 2 / 2" << QList<int> { 3, 4 };
+    QTest::addRow("open") << 2 << int(Qt::Key_3) << QList<int> { 2, 3 } << "Lasku – / 2"
+                          << QList<int> { 2, 3 };
+    QTest::addRow("dated today") << 3 << int(Qt::Key_4) << QList<int> { 3 } << "Lasku – / 1"
+                                 << QList<int> { 3 };
+    // At start-up no invoice is shown yet, so there is no customer to
+    // look for.
+    QTest::addRow("the invoice's customer")
+        << 4 << int(Qt::Key_5) << QList<int> { 2, 4 } << "Lasku 2 / 2" << all;
+}
+
+void TestMainWindowInvoices::quickSearches()
+{
+    QFETCH(int, n);
+    QFETCH(int, key);
+    QFETCH(QList<int>, numbers);
+    QFETCH(QString, position);
+    QFETCH(QList<int>, afterRestart);
+
+    // Today is 15.3.2024.
+    m_f->addInvoice(1, m_virtanen, QDate(2024, 1, 10), QDate(2024, 1, 24), 10000, 0);
+    m_f->addInvoice(2, m_makinen, QDate(2024, 2, 20), QDate(2024, 3, 5), 5000, 5000);
+    m_f->addInvoice(3, m_virtanen, QDate(2024, 3, 15), QDate(2024, 3, 29), 7000, 7000);
+    m_f->addInvoice(4, m_makinen, QDate(2024, 3, 10), QDate(2024, 3, 24), 3000, 0);
+    m_f->refresh();
+    shortcut(Qt::Key_PageDown, Qt::ControlModifier);
+    QCOMPARE(model()->invoice()->number, 4);
+
+    shortcut(key, Qt::ControlModifier);
+    QVERIFY(window()->messages.isEmpty());
+    QCOMPARE(shownNumbers(), numbers);
+    QCOMPARE(label("positionLabel"), position);
+    QVERIFY(m_f->action(qPrintable(QStringLiteral("quickSearch%1Action").arg(n)))->isChecked());
+    QCOMPARE(model()->invoice()->number, 4);
+
+    // The choice is the database's and comes back with the program.
+    QVERIFY(m_f->restart());
+    QCOMPARE(shownNumbers(), afterRestart);
+    QVERIFY(m_f->action(qPrintable(QStringLiteral("quickSearch%1Action").arg(n)))->isChecked());
+}
+
+void TestMainWindowInvoices::navigationFollowsShownOrder()
+{
+    addThreeInvoices();
+    shortcut(Qt::Key_PageUp, Qt::ControlModifier);
+    QCOMPARE(model()->invoice()->number, 1);
+    QCOMPARE(label("positionLabel"), QStringLiteral("Lasku 1 / 3"));
+    QVERIFY(!m_f->action("previousAction")->isEnabled());
+    shortcut(Qt::Key_PageDown);
+    shortcut(Qt::Key_PageDown);
+    QCOMPARE(model()->invoice()->number, 3);
+    QVERIFY(!m_f->action("nextAction")->isEnabled());
+    shortcut(Qt::Key_PageDown);
+    QCOMPARE(model()->invoice()->number, 3);
+    shortcut(Qt::Key_PageUp);
+    QCOMPARE(model()->invoice()->number, 2);
+    QCOMPARE(label("positionLabel"), QStringLiteral("Lasku 2 / 3"));
+
+    // Sorted newest first, the first shown is the newest.
+    window()->invoiceTableView()->sortByColumn(
+        InvoiceTableModel::NumberColumn, Qt::DescendingOrder);
+    shortcut(Qt::Key_PageUp, Qt::ControlModifier);
+    QCOMPARE(model()->invoice()->number, 3);
+    QCOMPARE(label("positionLabel"), QStringLiteral("Lasku 1 / 3"));
+    shortcut(Qt::Key_PageDown);
+    QCOMPARE(model()->invoice()->number, 2);
+
+    // Enter on a row of the list opens it.
+    QTableView* list = window()->invoiceTableView();
+    list->setFocus();
+    list->setCurrentIndex(list->model()->index(2, 0));
+    QTest::keyClick(list, Qt::Key_Return);
+    QCOMPARE(model()->invoice()->number, 1);
+    QCOMPARE(label("positionLabel"), QStringLiteral("Lasku 3 / 3"));
+}
+
+void TestMainWindowInvoices::clipboardBetweenInvoices()
+{
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    addRow(QStringLiteral("1"), QStringLiteral("2.5"));
+    QTest::keyClick(rows(), Qt::Key_Left);
+    keys(QStringLiteral("Suunnittelu, maaliskuu"));
+    commitEditor(rows());
+    for (int i = 0; i < 4; ++i)
+        QTest::keyClick(rows(), Qt::Key_Right);
+    keys(QStringLiteral("10"));
+    commitEditor(rows());
+    addRow(QStringLiteral("2"), QStringLiteral("3"));
+    save();
+    QVERIFY(window()->messages.isEmpty());
+    QList<InvoiceItem> source;
+    for (int row = 0; row < 2; ++row) {
+        InvoiceItem item;
+        QVERIFY(model()->invoiceItemTableModel()->toInvoiceItem(row, &item));
+        source.append(item);
+    }
+    QCOMPARE(source.at(0).discount, 1000);
+    const QString total = label("totalLabel");
+
+    rows()->setFocus();
+    rows()->selectAll();
+    m_f->action("copyInvoiceItemsAction")->trigger();
+    QCOMPARE(QGuiApplication::clipboard()->text().count(QLatin1Char('\n')), 2);
+
+    shortcut(Qt::Key_F7);
+    chooseCustomer(customerCombo(), QStringLiteral("Mäkinen Tmi"));
+    rows()->setFocus();
+    QTest::keyClick(rows(), Qt::Key_V, Qt::ControlModifier);
+    InvoiceItemTableModel* items = model()->invoiceItemTableModel();
+    QCOMPARE(items->rowCount(), 2);
+    for (int row = 0; row < 2; ++row) {
+        InvoiceItem item;
+        QVERIFY(items->toInvoiceItem(row, &item));
+        QCOMPARE(item.productNumber, source.at(row).productNumber);
+        QCOMPARE(item.productName, source.at(row).productName);
+        QCOMPARE(item.text, source.at(row).text);
+        QCOMPARE(item.quantity, source.at(row).quantity);
+        QCOMPARE(item.amountVatIncluded(), source.at(row).amountVatIncluded());
+        QCOMPARE(item.discount, source.at(row).discount);
+        QCOMPARE(item.vatRate, source.at(row).vatRate);
+    }
+    QCOMPARE(label("totalLabel"), total);
+
+    // Cut takes the row out and leaves it on the clipboard alone.
+    rows()->setCurrentIndex(items->index(0, 0));
+    rows()->selectRow(0);
+    QTest::keyClick(rows(), Qt::Key_X, Qt::ControlModifier);
+    QCOMPARE(items->rowCount(), 1);
+    QCOMPARE(items->index(0, 0).data().toString(), QStringLiteral("2 Kiintolevy"));
+    const QString cut = QGuiApplication::clipboard()->text();
+    QCOMPARE(cut.count(QLatin1Char('\n')), 1);
+    QVERIFY(cut.contains(QStringLiteral("Suunnittelu, maaliskuu")));
+    save();
+    QCOMPARE(m_f->storedInvoiceCount(), 2);
+}
+
+void TestMainWindowInvoices::vatModeIsStored()
+{
+    InvoiceItemTableModel* items = model()->invoiceItemTableModel();
+    QCOMPARE(items->headerData(InvoiceItemTableModel::PriceColumn, Qt::Horizontal).toString(),
+        QStringLiteral("à-hinta, ALV"));
+    m_f->action("vatExcludedAction")->trigger();
+    QVERIFY(window()->messages.isEmpty());
+    QCOMPARE(items->headerData(InvoiceItemTableModel::PriceColumn, Qt::Horizontal).toString(),
+        QStringLiteral("à-hinta, ei ALV"));
+    {
+        std::unique_ptr<Query> query(m_f->database()->query());
+        QVERIFY(query->fetchSettings());
+        QVERIFY(query->next());
+        Settings stored;
+        query->settings(&stored);
+        QCOMPARE(stored.property(QStringLiteral("settings/vatIncluded")).toBool(), false);
+    }
+
+    QVERIFY(m_f->restart());
+    QVERIFY(m_f->action("vatExcludedAction")->isChecked());
+    QVERIFY(!model()->invoiceItemTableModel()->isVatIncluded());
+
+    // A settings table that is gone cannot take the choice.
+    {
+        QSqlQuery drop(QSqlDatabase::database(m_f->database()->connectionName()));
+        QVERIFY(drop.exec(QStringLiteral("DROP TABLE settings")));
+    }
+    m_f->action("vatIncludedAction")->trigger();
+    QCOMPARE(window()->messages.size(), 1);
+    QVERIFY2(window()->messages.at(0).startsWith(
+                 QStringLiteral("Asetusten tallentaminen epäonnistui. ")),
+        qPrintable(window()->messages.at(0)));
+    QVERIFY(window()->messages.at(0).size() > 40);
+}
+
+void TestMainWindowInvoices::paymentOutsideEditMode()
+{
+    m_f->registry()->settings()->setProperty(
+        QStringLiteral("settings/defaultBankAccount"), m_account);
+    QVERIFY(model()->saveSettings());
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    addRow(QStringLiteral("2"), QStringLiteral("2"));
+    shortcut(Qt::Key_F6);
+    QVERIFY(!window()->isEditMode());
+    QCOMPARE(m_f->storedInvoiceCount(), 1);
+
+    QPushButton* add = m_f->widget<QPushButton>("addPaymentButton");
+    QVERIFY(add->isEnabled());
+    QTest::mouseClick(add, Qt::LeftButton);
+    const Payment* payment = model()->paymentTableModel()->paymentAt(0);
+    QVERIFY(payment);
+    QCOMPARE(payment->bankAccountId, m_account);
+    QCOMPARE(payment->amount, 25100);
+    QVERIFY(!payment->date.isValid());
+    keys(QStringLiteral("20.3.2024"));
+    commitEditor(window()->paymentTableView());
+    QCOMPARE(label("balanceLabel"), money(0));
+
+    save();
+    QVERIFY(window()->messages.isEmpty());
+    QCOMPARE(
+        m_f->storedValue(QStringLiteral("SELECT bank_account_id FROM payment")).toInt(), m_account);
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT amount FROM payment")).toInt(), 25100);
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT balance FROM invoice")).toInt(), 0);
+    QCOMPARE(shownColumn(window(), InvoiceTableModel::BalanceColumn), QStringList { money(0) });
+}
+
+void TestMainWindowInvoices::tooLargeAmountIsReported()
+{
+    addRow(QStringLiteral("1"), QStringLiteral("200000"));
+    QTRY_COMPARE(window()->messages,
+        QStringList {
+            QStringLiteral("Laskurivin määrä, à-hinta tai summa ei saa ylittää 999 999,99.") });
+    InvoiceItem item;
+    QVERIFY(model()->invoiceItemTableModel()->toInvoiceItem(0, &item));
+    QCOMPARE(item.quantity, 0);
+}
+
+void TestMainWindowInvoices::referenceNumberCommand()
+{
+    bool opened = false;
+    window()->dialogHandler = [&opened](QDialog*) {
+        opened = true;
+        return int(QDialog::Rejected);
+    };
+    shortcut(Qt::Key_L, Qt::ControlModifier);
+    QCOMPARE(window()->messages, QStringList { QStringLiteral("Valitse ensin laskun saaja.") });
+    QVERIFY(!opened);
+
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    window()->dialogHandler = [](QDialog* dialog) {
+        auto* references = qobject_cast<ReferenceNumberDialog*>(dialog);
+        if (!references)
+            return int(QDialog::Rejected);
+        dialog->findChild<QLineEdit*>(QStringLiteral("baseEdit"))->setText(QStringLiteral("4242"));
+        QTest::mouseClick(
+            dialog->findChild<QPushButton*>(QStringLiteral("useRfButton")), Qt::LeftButton);
+        dialog->findChild<QCheckBox*>(QStringLiteral("customerCheck"))->setChecked(true);
+        dialog->accept();
+        return dialog->result();
+    };
+    shortcut(Qt::Key_L, Qt::ControlModifier);
+    QCOMPARE(window()->messages.size(), 1);
+
+    // 4242 with its check digit, then as RF: "RF00" after the digits,
+    // letters as numbers (R = 27, F = 15), 98 - remainder modulo 97.
+    const QString national = withCheckDigit(QStringLiteral("4242"));
+    const qint64 remainder = (national + QStringLiteral("271500")).toLongLong() % 97;
+    const QString rf
+        = QStringLiteral("RF%1%2").arg(98 - remainder, 2, 10, QLatin1Char('0')).arg(national);
+    QCOMPARE(model()->invoice()->referenceNumber, rf);
+    QCOMPARE(edit("referenceNumberEdit")->text().remove(QLatin1Char(' ')), rf);
+    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT reference_number FROM customer WHERE id = %1")
+                                  .arg(m_virtanen))
+                 .toString(),
+        rf);
+}
+
+void TestMainWindowInvoices::helpPage()
+{
+    shortcut(Qt::Key_F1);
+    QCOMPARE(window()->openedUrls,
+        QList<QUrl> { QUrl(QStringLiteral("https://veklari.fi/ohje?v=1.28.1")) });
+    QVERIFY(window()->messages.isEmpty());
+    window()->urlOpens = false;
+    shortcut(Qt::Key_F1);
+    QCOMPARE(window()->messages,
+        QStringList { QStringLiteral(
+            "Web-sivun avaaminen epäonnistui. Katso ohjeet osoitteesta https://veklari.fi/ohje") });
+}
+
+void TestMainWindowInvoices::editorsRefreshTheWindow()
+{
+    window()->dialogHandler = [](QDialog* dialog) {
+        if (!qobject_cast<SettingsDialog*>(dialog))
+            return int(QDialog::Rejected);
+        replaceText(dialog->findChild<QLineEdit*>(QStringLiteral("paymentTermsEdit")),
+            QStringLiteral("30 päivää netto"));
+        dialog->accept();
+        return dialog->result();
+    };
+    m_f->action("settingsAction")->trigger();
+    QVERIFY(window()->messages.isEmpty());
+    QCOMPARE(
+        m_f->registry()->settings()->property(QStringLiteral("settings/paymentTerms")).toString(),
+        QStringLiteral("30 päivää netto"));
+    QVERIFY(m_f->storedValue(QStringLiteral("SELECT properties FROM settings"))
+                .toString()
+                .contains(QStringLiteral("settings/paymentTerms=30 päivää netto")));
+    shortcut(Qt::Key_F7);
+    QCOMPARE(edit("paymentTermsEdit")->text(), QStringLiteral("30 päivää netto"));
+    QCOMPARE(edit("dueDateEdit")->text(), QStringLiteral("14.4.2024"));
+
+    window()->dialogHandler = [](QDialog* dialog) {
+        auto* customers = qobject_cast<CustomerDialog*>(dialog);
+        if (!customers)
+            return int(QDialog::Rejected);
+        customers->addCustomer();
+        typeText(dialog->findChild<QLineEdit*>(QStringLiteral("nameEdit")),
+            QStringLiteral("Öljy-Äijä Ky"));
+        dialog->accept();
+        return dialog->result();
+    };
+    m_f->action("customersAction")->trigger();
+    QVERIFY(window()->messages.isEmpty());
+    QVERIFY(customerCombo()->findText(QStringLiteral("Öljy-Äijä Ky")) >= 0);
+    chooseCustomer(customerCombo(), QStringLiteral("Öljy"));
+    QCOMPARE(customerCombo()->currentText(), QStringLiteral("Öljy-Äijä Ky"));
+}
+
+void TestMainWindowInvoices::chooseAnotherDatabase()
+{
+    window()->dialogHandler = [](QDialog* dialog) {
+        auto* list = qobject_cast<DatabaseListDialog*>(dialog);
+        if (!list)
+            return int(QDialog::Rejected);
+        list->addEntry();
+        typeText(dialog->findChild<QLineEdit*>(QStringLiteral("nameEdit")),
+            QStringLiteral("Toinen yritys"));
+        dialog->accept();
+        return dialog->result();
+    };
+    shortcut(Qt::Key_F10);
+    QVERIFY2(window()->messages.isEmpty(), qPrintable(window()->messages.join('\n')));
+    QCOMPARE(window()->windowTitle(), QStringLiteral("Toinen yritys - Veklari"));
+    QCOMPARE(m_f->registry()->databaseNumber(), 2);
+    QCOMPARE(
+        m_f->registry()->appSettings()->value(QStringLiteral("databases/lastUsed")).toInt(), 2);
+    QCOMPARE(m_f->registry()->customerCount(), 0);
+    QVERIFY(window()->hasInvoice());
+    QCOMPARE(edit("numberEdit")->text(), QStringLiteral("1"));
+    QVERIFY(QFileInfo::exists(m_f->path(QStringLiteral("laskutus-2.sqlite"))));
+}
+
+QTEST_MAIN(TestMainWindowInvoices)
+#include "tst_mainwindowinvoices.moc"
