@@ -174,6 +174,12 @@ QVariant WindowFixture::storedValue(const QString& sql) const
     return query.value(0);
 }
 
+bool WindowFixture::exec(const QString& sql) const
+{
+    QSqlQuery query(QSqlDatabase::database(database()->connectionName()));
+    return query.exec(sql);
+}
+
 int WindowFixture::storedInvoiceCount() const
 {
     return storedValue(QStringLiteral("SELECT count(*) FROM invoice")).toInt();

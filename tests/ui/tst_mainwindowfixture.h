@@ -82,6 +82,8 @@ public:
     // The invoices in the database by number: total and balance in cents.
     int storedInvoiceCount() const;
     QVariant storedValue(const QString& sql) const;
+    // A statement of the test's own on the window's connection.
+    bool exec(const QString& sql) const;
 
 private:
     QTemporaryDir m_dir;
