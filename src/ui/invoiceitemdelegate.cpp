@@ -43,6 +43,13 @@ QWidget* InvoiceItemDelegate::createEditor(
         completer->setFilterMode(Qt::MatchContains);
         completer->setCompletionMode(QCompleter::PopupCompletion);
         edit->setCompleter(completer);
+        // Choosing a product from the list is as good as typing it and
+        // pressing Return.
+        auto* self = const_cast<InvoiceItemDelegate*>(this);
+        connect(completer, qOverload<const QString&>(&QCompleter::activated), edit, [self, edit] {
+            QMetaObject::invokeMethod(
+                self, [self, edit] { self->commitAndCloseEditor(edit); }, Qt::QueuedConnection);
+        });
         m_editor = edit;
         return edit;
     }
@@ -116,9 +123,14 @@ void InvoiceItemDelegate::destroyEditor(QWidget* editor, const QModelIndex& inde
 
 void InvoiceItemDelegate::commitOpenEditor()
 {
-    if (!m_editor)
+    if (m_editor)
+        commitAndCloseEditor(m_editor);
+}
+
+void InvoiceItemDelegate::commitAndCloseEditor(QWidget* editor)
+{
+    if (!editor || editor != m_editor || !editor->isVisible())
         return;
-    QWidget* editor = m_editor;
     m_editor = nullptr;
     emit commitData(editor);
     emit closeEditor(editor, QAbstractItemDelegate::NoHint);

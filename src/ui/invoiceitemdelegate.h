@@ -31,6 +31,8 @@ public:
     QString productNumberFromText(const QString& text) const;
 
 private:
+    void commitAndCloseEditor(QWidget* editor);
+
     Registry* m_registry;
     mutable QPointer<QWidget> m_editor;
 };

@@ -66,6 +66,7 @@ bool WindowFixture::start(const QDate& today)
     m_window = std::make_unique<TestWindow>(m_registry.get());
     m_window->model()->setToday(today);
     m_window->show();
+    m_window->activateWindow();
     QApplication::setActiveWindow(m_window.get());
     if (!QTest::qWaitForWindowActive(m_window.get()))
         return false;
@@ -199,8 +200,10 @@ QWidget* keyTarget(QWidget* widget)
             if (!target && qobject_cast<MainWindow*>(window) && window->isVisible())
                 target = window;
         }
-        if (target)
+        if (target) {
+            target->activateWindow();
             QApplication::setActiveWindow(target);
+        }
     }
     return widget ? widget : QApplication::focusWidget();
 }
