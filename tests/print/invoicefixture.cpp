@@ -8,8 +8,13 @@
 #include "domain/printscript.h"
 #include "domain/settings.h"
 #include "domain/vat.h"
+#include "print/invoiceprintmodel.h"
+#include "print/printscriptengine.h"
+#include "print/scripthelper.h"
+#include "print/scriptpdfwriter.h"
 #include "storage/database.h"
 #include "storage/query.h"
+#include "util/scriptloader.h"
 
 const QDate InvoiceFixture::invoiceDate(2025, 3, 1);
 const QDate InvoiceFixture::dueDate(2025, 3, 15);
@@ -77,88 +82,63 @@ bool InvoiceFixture::open()
     }
     m_registry->setDatabase(m_database->database());
     std::unique_ptr<Query> query(m_database->database()->query());
-    Settings* settings = m_registry->settings();
-    if (!m_registry->fetchSettings(query.get())) {
+    auto failed = [&]() {
         m_lastError = query->lastError();
         return false;
-    }
+    };
+    if (!m_registry->fetchSettings(query.get()))
+        return failed();
+    Settings* settings = m_registry->settings();
     settings->sellerName = QStringLiteral("Kuusela Design Oy");
     settings->sellerStreetName = QStringLiteral("Hämeenkatu 12 B 7");
     settings->sellerPostCode = QStringLiteral("33100");
     settings->sellerTownName = QStringLiteral("Tampere");
     settings->sellerCountry = QStringLiteral("Suomi");
     settings->sellerBusinessId = QStringLiteral("2345678-0");
-    settings->setProperty(QStringLiteral("seller/phoneNumber"), QStringLiteral("040 123 4567"));
-    settings->setProperty(
-        QStringLiteral("seller/emailAddress"), QStringLiteral("laskutus@kuuseladesign.fi"));
-    settings->setProperty(
-        QStringLiteral("seller/webAddress"), QStringLiteral("https://www.kuuseladesign.fi"));
-    settings->setProperty(QStringLiteral("invoiceForm/barcodeVisible"), QStringLiteral("true"));
-    settings->setProperty(
-        QStringLiteral("invoiceForm/footer/text1"), QStringLiteral("Kotipaikka Tampere"));
-    settings->setProperty(
-        QStringLiteral("invoiceForm/footer/text2"), QStringLiteral("Ennakkoperintärekisterissä"));
-    if (!query->updateSettings(settings)) {
-        m_lastError = query->lastError();
-        return false;
-    }
+    const QStringList properties { "seller/phoneNumber", "040 123 4567", "seller/emailAddress",
+        "laskutus@kuuseladesign.fi", "seller/webAddress", "https://www.kuuseladesign.fi",
+        "invoiceForm/barcodeVisible", "true", "invoiceForm/footer/text1", "Kotipaikka Tampere",
+        "invoiceForm/footer/text2", "Ennakkoperintärekisterissä" };
+    for (int i = 0; i < properties.size(); i += 2)
+        settings->setProperty(properties.at(i), properties.at(i + 1));
+    if (!query->updateSettings(settings))
+        return failed();
 
-    const struct
-    {
-        const char* name;
-        const char* iban;
-        const char* bic;
-        bool visible;
-    } accounts[] = {
-        { "Osuuspankki", "FI3457200020086597", "OKOYFIHH", true },
-        { "Nordea", "FI5211443500061725", "NDEAFIHH", true },
-        { "Säästöpankki", "FI1540060010033455", "ITELFIHH", false },
-    };
-    int row = 0;
-    for (const auto& data : accounts) {
+    // The third account is hidden.
+    const QList<QStringList> accounts { { "Osuuspankki", "FI3457200020086597", "OKOYFIHH" },
+        { "Nordea", "FI5211443500061725", "NDEAFIHH" },
+        { "Säästöpankki", "FI1540060010033455", "ITELFIHH" } };
+    for (int i = 0; i < accounts.size(); ++i) {
         BankAccount account;
-        account.name = QString::fromUtf8(data.name);
-        account.iban = QLatin1String(data.iban);
-        account.bic = QLatin1String(data.bic);
-        account.visible = data.visible;
-        account.rowNumber = row++;
-        if (!query->saveBankAccount(&account)) {
-            m_lastError = query->lastError();
-            return false;
-        }
+        account.name = accounts.at(i).at(0);
+        account.iban = accounts.at(i).at(1);
+        account.bic = accounts.at(i).at(2);
+        account.visible = i < 2;
+        account.rowNumber = i;
+        if (!query->saveBankAccount(&account))
+            return failed();
     }
 
-    const struct
-    {
-        int number;
-        const char* name;
-        const char* contact;
-        const char* street;
-        const char* postCode;
-        const char* town;
-        const char* businessId;
-        const char* language;
-    } customers[] = {
-        { 1, "Rautakauppa Virtanen Oy", "Matti Virtanen", "Teollisuustie 4", "40320", "Jyväskylä",
+    // Number, name, contact, street, post code, town, business id, language.
+    const QList<QStringList> customers {
+        { "1", "Rautakauppa Virtanen Oy", "Matti Virtanen", "Teollisuustie 4", "40320", "Jyväskylä",
             "1234567-1", "" },
-        { 2, "Nordic Timber AB", "Anna Lindqvist", "Storgatan 8", "65100", "Vaasa", "", "sv" },
+        { "2", "Nordic Timber AB", "Anna Lindqvist", "Storgatan 8", "65100", "Vaasa", "", "sv" },
     };
-    for (const auto& data : customers) {
+    for (const QStringList& data : customers) {
         Customer customer;
-        customer.number = data.number;
-        customer.name = QString::fromUtf8(data.name);
-        customer.contact = QString::fromUtf8(data.contact);
-        customer.streetName = QString::fromUtf8(data.street);
-        customer.postCode = QLatin1String(data.postCode);
-        customer.townName = QString::fromUtf8(data.town);
-        customer.vatNumber = QLatin1String(data.businessId);
+        customer.number = data.at(0).toInt();
+        customer.name = data.at(1);
+        customer.contact = data.at(2);
+        customer.streetName = data.at(3);
+        customer.postCode = data.at(4);
+        customer.townName = data.at(5);
+        customer.vatNumber = data.at(6);
         customer.paymentTerms = QStringLiteral("14 päivää netto");
-        if (*data.language)
-            customer.setProperty(QStringLiteral("l"), QLatin1String(data.language));
-        if (!query->saveCustomer(&customer)) {
-            m_lastError = query->lastError();
-            return false;
-        }
+        if (!data.at(7).isEmpty())
+            customer.setProperty(QStringLiteral("l"), data.at(7));
+        if (!query->saveCustomer(&customer))
+            return failed();
         m_customerIds.append(customer.id);
     }
     return refresh();
@@ -261,4 +241,23 @@ int InvoiceFixture::addPrintScript(const QString& name, const QString& type, con
         return -1;
     }
     return script.id;
+}
+
+bool InvoiceFixture::printInvoice(int id, const QString& fileName, int printType)
+{
+    InvoicePrintModel model(m_registry.get());
+    model.criteria().id = id;
+    model.setPrintType(printType);
+    PrintScriptEngine engine;
+    ScriptLoader loader(m_registry.get());
+    engine.setScriptLoader(&loader);
+    engine.setModel(&model);
+    ScriptPdfWriter writer;
+    writer.setTitle(model.title());
+    if (!model.run() || !ScriptHelper(m_registry.get()).loadInvoiceScript(&engine)
+        || !writer.write(&engine, fileName)) {
+        m_lastError = model.lastError() + engine.lastError() + writer.lastError();
+        return false;
+    }
+    return true;
 }

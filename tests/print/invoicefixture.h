@@ -11,11 +11,11 @@
 
 class Registry;
 
-// A small real business in a fresh database (SQLite unless asked otherwise), loaded into a registry
-// the way the program does it: a seller with address, contact data and
-// business id, two visible bank accounts and a hidden one, and two
-// customers. Tests add invoices with addInvoice() and call refresh() after
-// changing stored data.
+// A small real business in a fresh database (SQLite unless asked
+// otherwise), loaded into a registry the way the program does it: a seller
+// with address, contact data and business id, two visible bank accounts and
+// a hidden one, and two customers. Tests add invoices with addInvoice() and
+// call refresh() after changing stored data.
 //
 //   InvoiceFixture fixture;
 //   QVERIFY2(fixture.open(), qPrintable(fixture.lastError()));
@@ -49,6 +49,10 @@ public:
     int addPrintScript(const QString& name, const QString& type, const QString& source);
     // Reloads the registry's cached lists from the database.
     bool refresh();
+    // Prints the stored invoice as the program does, with the layout that
+    // the company setting chooses, into a PDF file; printType 0 prints it as
+    // its own type.
+    bool printInvoice(int id, const QString& fileName, int printType = 0);
 
     int customerId(int index) const { return m_customerIds.value(index, -1); }
     QString referenceNumber(int number) const;

@@ -20,12 +20,16 @@ QByteArray run(const QString& program, const QStringList& arguments)
     return process.readAllStandardOutput();
 }
 
+QString info(const QString& fileName)
+{
+    return QString::fromUtf8(run(QStringLiteral("pdfinfo"), { fileName }));
+}
+
 int pageCount(const QString& fileName)
 {
-    const QString info = QString::fromUtf8(run(QStringLiteral("pdfinfo"), { fileName }));
     const QRegularExpressionMatch match = QRegularExpression(
         QStringLiteral("^Pages:\\s+(\\d+)"), QRegularExpression::MultilineOption)
-                                              .match(info);
+                                              .match(info(fileName));
     return match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 
@@ -37,7 +41,10 @@ QString text(const QString& fileName, int page)
         arguments << QStringLiteral("-f") << QString::number(page) << QStringLiteral("-l")
                   << QString::number(page);
     arguments << fileName << QStringLiteral("-");
-    return QString::fromUtf8(run(QStringLiteral("pdftotext"), arguments));
+    QString text = QString::fromUtf8(run(QStringLiteral("pdftotext"), arguments));
+    text.replace(QChar(0x00A0), QLatin1Char(' '));
+    text.replace(QChar(0x202F), QLatin1Char(' '));
+    return text;
 }
 
 QList<Word> words(const QString& fileName)

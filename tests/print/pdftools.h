@@ -18,7 +18,10 @@ struct Word
 
 // Page count from pdfinfo, -1 when it fails.
 int pageCount(const QString& fileName);
-// pdftotext -layout of one page (from 1) or of all pages (0).
+// What pdfinfo tells (title, creator, page size).
+QString info(const QString& fileName);
+// pdftotext -layout of one page (from 1) or of all pages (0), with no-break
+// spaces as plain ones.
 QString text(const QString& fileName, int page = 0);
 // Every word with its box, from pdftotext -bbox.
 QList<Word> words(const QString& fileName);

@@ -1,24 +1,28 @@
 #include "core/registry.h"
-#include "domain/invoiceitem.h"
 #include "domain/settings.h"
 #include "invoicefixture.h"
 #include "print/invoiceprintjob.h"
 #include "print/invoiceprintmodel.h"
+#include "print/printscriptengine.h"
+#include "print/scripthelper.h"
 
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
-// The decisions before printing invoices: the due-date cautions of
-// reminders and receipts, the question about invoices without rows, and
-// where the printing settings are read from.
+// The decisions before printing invoices: which script a job runs, the
+// due-date cautions of reminders and receipts, the question about invoices
+// without rows, and where the printing settings are read from.
 class TestInvoicePrintJob : public QObject
 {
     Q_OBJECT
 
 private slots:
     void initTestCase();
+    void invoiceScript_data();
+    void invoiceScript();
+    void otherScripts();
     void dueDateWarning_data();
     void dueDateWarning();
     void noRowsQuestion_data();
@@ -30,6 +34,7 @@ private:
 
     InvoiceFixture m_fixture;
     QTemporaryDir m_dir;
+    int m_storedId = -1;
 };
 
 static const QString reminderWarning
@@ -39,13 +44,33 @@ static const QString receiptWarning
 static const QString noRows
     = QStringLiteral("Laskussa ei ole yhtään laskuriviä. Tulostetaanko lasku kuitenkin?");
 
+// What the script in the engine is: the stored ones say it with marker(),
+// the built-in layout defines printInvoice().
+static QString marker(ECMAScriptEngine& engine)
+{
+    duk_context* ctx = engine.context();
+    duk_peval_string(ctx,
+        "typeof marker == 'function' ? marker() : "
+        "typeof printInvoice == 'function' ? 'built-in' : 'none'");
+    const QString value = QString::fromUtf8(duk_safe_to_string(ctx, -1));
+    duk_pop(ctx);
+    return value;
+}
+
 void TestInvoicePrintJob::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
-    QVERIFY(m_dir.isValid());
     QVERIFY2(m_fixture.open(), qPrintable(m_fixture.lastError()));
     m_fixture.registry()->loadSettings(m_dir.filePath(QStringLiteral("Veklari.ini")));
-    // All fall due on 15.3.2025; 1003 has no rows.
+    m_storedId = m_fixture.addPrintScript(QStringLiteral("Oma lasku"), QStringLiteral("invoice"),
+        QStringLiteral("function marker() { return 'oma'; }\nfunction print() {}"));
+    // Listed by type and name: "Alku" comes before "Loppu".
+    for (const char* name : { "Loppu", "Alku" })
+        QVERIFY(m_fixture.addPrintScript(QLatin1String(name), QStringLiteral("finvoice"),
+                    QStringLiteral("function marker() { return '%1'; }").arg(name))
+            > 0);
+    QVERIFY(m_storedId > 0 && m_fixture.refresh());
+    // All fall due on 15.3.2025 but 1002 on 30.4.; 1003 has no rows.
     QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 1001) > 0);
     QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::manyItems(2), 1002, 1) > 0);
     QVERIFY(m_fixture.addInvoice(0, {}, 1003) > 0);
@@ -60,6 +85,58 @@ bool TestInvoicePrintJob::load(InvoicePrintModel& model, const QList<int>& numbe
     return model.run() && model.invoiceCount() == numbers.size();
 }
 
+void TestInvoicePrintJob::invoiceScript_data()
+{
+    QTest::addColumn<QString>("setting");
+    QTest::addColumn<QString>("script");
+    QTest::addRow("missing") << ""
+                             << "built-in";
+    QTest::addRow("not a number") << "oma"
+                                  << "built-in";
+    QTest::addRow("stored") << "STORED"
+                            << "oma";
+    QTest::addRow("no such stored script") << "7777"
+                                           << "built-in";
+    QTest::addRow("zero") << "0"
+                          << "built-in";
+    QTest::addRow("beyond the built-in list") << "-5"
+                                              << "built-in";
+}
+
+void TestInvoicePrintJob::invoiceScript()
+{
+    QFETCH(QString, setting);
+    QFETCH(QString, script);
+    if (setting == QLatin1String("STORED"))
+        setting = QString::number(m_storedId);
+    QVERIFY(m_fixture.setSetting(QStringLiteral("printScripts/invoice"), setting));
+    ECMAScriptEngine engine;
+    QVERIFY2(ScriptHelper(m_fixture.registry()).loadInvoiceScript(&engine),
+        qPrintable(engine.lastError()));
+    QCOMPARE(marker(engine), script);
+}
+
+// The first stored Finvoice script; the list reports always built in, and
+// a copy of one for the editor runs by itself.
+void TestInvoicePrintJob::otherScripts()
+{
+    ECMAScriptEngine finvoice;
+    QVERIFY(ScriptHelper(m_fixture.registry()).loadFinvoiceScript(&finvoice));
+    QCOMPARE(marker(finvoice), QStringLiteral("Alku"));
+    QVERIFY(m_fixture.addPrintScript(QStringLiteral("customer-list"),
+                QStringLiteral("customer-list"), QStringLiteral("function marker() {}"))
+        > 0);
+    QVERIFY(m_fixture.refresh());
+    PrintScriptEngine list;
+    QVERIFY(ScriptHelper(m_fixture.registry()).loadCustomerListScript(&list));
+    QCOMPARE(marker(list), QStringLiteral("none"));
+    for (const char* type : { "invoice-list", "payment-list", "customer-list", "product-list" }) {
+        PrintScriptEngine copy;
+        QVERIFY2(copy.evaluate(ScriptHelper::builtInSource(QLatin1String(type))), type);
+        QCOMPARE(copy.supportedOrientations(), 3);
+    }
+}
+
 void TestInvoicePrintJob::dueDateWarning_data()
 {
     QTest::addColumn<int>("kind");
@@ -69,22 +146,18 @@ void TestInvoicePrintJob::dueDateWarning_data()
 
     const int reminder = InvoicePrintJob::Reminder;
     const int receipt = InvoicePrintJob::Receipt;
+    const QList<int> first { 1001 };
+    const QList<int> both { 1001, 1002 };
     QTest::addRow("reminder before the due date")
-        << reminder << QList<int> { 1001 } << QDate(2025, 3, 14) << reminderWarning;
-    QTest::addRow("reminder on the due date")
-        << reminder << QList<int> { 1001 } << QDate(2025, 3, 15) << QString();
-    QTest::addRow("reminder after the due date")
-        << reminder << QList<int> { 1001 } << QDate(2025, 4, 1) << QString();
+        << reminder << first << QDate(2025, 3, 14) << reminderWarning;
+    QTest::addRow("reminder on the due date") << reminder << first << QDate(2025, 3, 15) << "";
     QTest::addRow("reminders, one not yet due")
-        << reminder << QList<int> { 1001, 1002 } << QDate(2025, 4, 1) << reminderWarning;
-    QTest::addRow("reminders, all due")
-        << reminder << QList<int> { 1001, 1002 } << QDate(2025, 5, 1) << QString();
+        << reminder << both << QDate(2025, 4, 1) << reminderWarning;
+    QTest::addRow("reminders, all due") << reminder << both << QDate(2025, 5, 1) << "";
     QTest::addRow("receipt before the due date")
         << receipt << QList<int> { 1002 } << QDate(2025, 4, 29) << receiptWarning;
-    QTest::addRow("receipt after the due date")
-        << receipt << QList<int> { 1002 } << QDate(2025, 5, 2) << QString();
     QTest::addRow("invoice is never cautioned")
-        << int(InvoicePrintJob::Invoice) << QList<int> { 1001 } << QDate(2025, 1, 1) << QString();
+        << int(InvoicePrintJob::Invoice) << first << QDate(2025, 1, 1) << "";
 }
 
 void TestInvoicePrintJob::dueDateWarning()
@@ -93,7 +166,6 @@ void TestInvoicePrintJob::dueDateWarning()
     QFETCH(QList<int>, numbers);
     QFETCH(QDate, today);
     QFETCH(QString, warning);
-
     InvoicePrintModel model(m_fixture.registry());
     model.setPrintType(kind);
     QVERIFY(load(model, numbers));
@@ -105,13 +177,11 @@ void TestInvoicePrintJob::noRowsQuestion_data()
     QTest::addColumn<QList<int>>("numbers");
     QTest::addColumn<bool>("preview");
     QTest::addColumn<QString>("question");
-
-    QTest::addRow("rows, printer") << QList<int> { 1001 } << false << QString();
+    QTest::addRow("rows, printer") << QList<int> { 1001 } << false << "";
     QTest::addRow("no rows, printer") << QList<int> { 1003 } << false << noRows;
     // The preview shows the empty invoice; nothing to ask.
-    QTest::addRow("no rows, preview") << QList<int> { 1003 } << true << QString();
-    QTest::addRow("one of several without rows")
-        << QList<int> { 1001, 1002, 1003 } << false << noRows;
+    QTest::addRow("no rows, preview") << QList<int> { 1003 } << true << "";
+    QTest::addRow("one of several") << QList<int> { 1001, 1002, 1003 } << false << noRows;
 }
 
 void TestInvoicePrintJob::noRowsQuestion()
@@ -119,7 +189,6 @@ void TestInvoicePrintJob::noRowsQuestion()
     QFETCH(QList<int>, numbers);
     QFETCH(bool, preview);
     QFETCH(QString, question);
-
     InvoicePrintModel model(m_fixture.registry());
     QVERIFY(load(model, numbers));
     QCOMPARE(InvoicePrintJob::noRowsQuestion(&model, preview), question);
@@ -132,10 +201,8 @@ void TestInvoicePrintJob::settings()
     QCOMPARE(job.numberOfCopies(), 0);
     QCOMPARE(job.printerName(), QString());
 
-    QVERIFY(
-        m_fixture.setSetting(QStringLiteral("invoiceForm/printPreview"), QStringLiteral("false")));
-    QVERIFY(
-        m_fixture.setSetting(QStringLiteral("invoiceForm/numberOfCopies"), QStringLiteral("2")));
+    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/printPreview"), "false"));
+    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/numberOfCopies"), "2"));
     // Printers belong to the machine: a company setting of that name is not read.
     QVERIFY(m_fixture.setSetting(QStringLiteral("printers/invoice"), QStringLiteral("Väärä")));
     QSettings* config = m_fixture.registry()->appSettings();
@@ -149,8 +216,7 @@ void TestInvoicePrintJob::settings()
     QCOMPARE(job.reportPrinterName(), QStringLiteral("Brother"));
 
     QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/printPreview"), true));
-    QVERIFY(
-        m_fixture.setSetting(QStringLiteral("invoiceForm/numberOfCopies"), QStringLiteral("-3")));
+    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/numberOfCopies"), "-3"));
     QVERIFY(job.showPreview());
     QCOMPARE(job.numberOfCopies(), 0);
 }

@@ -7,10 +7,10 @@
 
 #include <QDir>
 #include <QLocale>
-#include <QPdfWriter>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <array>
 #include <cmath>
 
 // A model of fixed values for the engine's data functions.
@@ -31,6 +31,8 @@ public:
     bool exportToCSV(const QString&, const QString&) override { return false; }
 };
 
+// The print script engine: the data and format functions, the drawing
+// functions read back from real PDF files, page ranges and failures.
 class TestPrintScriptEngine : public QObject
 {
     Q_OBJECT
@@ -39,7 +41,7 @@ private slots:
     void initTestCase();
     void formatting_data();
     void formatting();
-    void getIsLogged();
+    void logging();
     void pageRanges_data();
     void pageRanges();
     void setBrushHasNoEffect();
@@ -47,23 +49,21 @@ private slots:
     void textDrawing();
     void supportedOrientations_data();
     void supportedOrientations();
-    void setFontWeights_data();
-    void setFontWeights();
+    void setFont_data();
+    void setFont();
     void pageGeometry_data();
     void pageGeometry();
     void millimetres_data();
     void millimetres();
     void boundingRectMatchesDrawing();
     void drawImageKeepsAspectRatio();
-    void missingPrintFunction();
-    void failingScriptLeavesNoPdf();
-    void runIsLogged();
+    void failuresLeaveNoPdf();
 
 private:
+    // Evaluates the script and prints it into a new PDF file; empty on failure.
     QString render(PrintScriptEngine& engine, const QByteArray& script,
         QPageLayout::Orientation orientation = QPageLayout::Portrait);
     static QString global(PrintScriptEngine& engine, const char* name);
-    static QString plain(QString text);
 
     QTemporaryDir m_dir;
     TableModel m_model;
@@ -75,7 +75,6 @@ void TestPrintScriptEngine::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
     Decimal::registerMetaType();
-    QVERIFY(m_dir.isValid());
     m_model.values = {
         { "price", Decimal(125000, 4).toVariant() },
         { "quantity", Decimal(75000, 4).toVariant() },
@@ -88,23 +87,17 @@ void TestPrintScriptEngine::initTestCase()
     };
 }
 
-// Renders a script into a new PDF file; empty name on failure.
 QString TestPrintScriptEngine::render(
     PrintScriptEngine& engine, const QByteArray& script, QPageLayout::Orientation orientation)
 {
     engine.setModel(&m_model);
-    if (!engine.evaluate(script)) {
-        m_error = engine.lastError();
-        return QString();
-    }
     const QString file = m_dir.filePath(QStringLiteral("out-%1.pdf").arg(++m_files));
     ScriptPdfWriter writer;
     writer.setOrientation(orientation);
-    if (!writer.write(&engine, file)) {
-        m_error = writer.lastError();
-        return QString();
-    }
-    return file;
+    if (engine.evaluate(script) && writer.write(&engine, file))
+        return file;
+    m_error = engine.lastError();
+    return QString();
 }
 
 QString TestPrintScriptEngine::global(PrintScriptEngine& engine, const char* name)
@@ -116,82 +109,48 @@ QString TestPrintScriptEngine::global(PrintScriptEngine& engine, const char* nam
     return value;
 }
 
-QString TestPrintScriptEngine::plain(QString text)
-{
-    text.replace(QChar(0x00A0), QLatin1Char(' '));
-    text.replace(QChar(0x202F), QLatin1Char(' '));
-    return text;
-}
-
 void TestPrintScriptEngine::formatting_data()
 {
     QTest::addColumn<QString>("expression");
     QTest::addColumn<QString>("expected");
     // "_" stands for the Finnish group separator, "~" for its minus sign.
-    QTest::addRow("currency") << "formatCurrency(123456)"
-                              << "1_234,56";
-    QTest::addRow("small negative currency") << "formatCurrency(-5)"
-                                             << "~0,05";
-    QTest::addRow("currency of text") << "formatCurrency('abc')"
-                                      << "undefined";
-    QTest::addRow("number with minimum") << "formatNumber(15, 4, 2)"
-                                         << "0,0015";
-    QTest::addRow("number without grouping") << "formatNumber(1234567, 2, 2, false)"
-                                             << "12345,67";
-    QTest::addRow("number with grouping") << "formatNumber(1234567, 2, 2)"
-                                          << "12_345,67";
-    QTest::addRow("trailing zeros dropped") << "formatNumber(15000, 4, 0)"
-                                            << "1,5";
-    QTest::addRow("number needs three") << "(function () { try { formatNumber(1, 2); } catch (e) "
-                                           "{ return e.message; } })()"
-                                        << "vähintään 3 parametria";
-    QTest::addRow("iso date") << "formatDate('2025-03-15', 'd.M.yyyy')"
-                              << "15.3.2025";
-    QTest::addRow("date format") << "formatDate('2025-03-05', 'dd.MM.yy')"
-                                 << "05.03.25";
-    QTest::addRow("date object") << "formatDate(new Date(2025, 2, 15), 'd.M.yyyy')"
-                                 << "undefined";
-    QTest::addRow("finnish date text") << "formatDate('15.3.2025', 'd.M.yyyy')"
-                                       << "undefined";
+    const QList<std::array<const char*, 3>> rows {
+        { "currency", "formatCurrency(123456)", "1_234,56" },
+        { "small negative currency", "formatCurrency(-5)", "~0,05" },
+        { "currency of text", "formatCurrency('abc')", "undefined" },
+        { "number with minimum", "formatNumber(15, 4, 2)", "0,0015" },
+        { "number without grouping", "formatNumber(1234567, 2, 2, false)", "12345,67" },
+        { "trailing zeros dropped", "formatNumber(15000, 4, 0)", "1,5" },
+        { "number needs three",
+            "(function () { try { formatNumber(1, 2); } catch (e) "
+            "{ return e.message; } })()",
+            "vähintään 3 parametria" },
+        { "iso date", "formatDate('2025-03-05', 'dd.MM.yy')", "05.03.25" },
+        { "date object", "formatDate(new Date(2025, 2, 15), 'd.M.yyyy')", "undefined" },
+        { "finnish date text", "formatDate('15.3.2025', 'd.M.yyyy')", "undefined" },
+        { "decimal as integer", "get('price')", "125000" },
+        { "date as iso text", "get('date')", "2025-03-15" },
+        { "unknown path", "get('missing')", "undefined" },
+        { "unit price", "getNumber('price', 2)", "12,50" },
+        { "unit price bare", "getNumber('price')", "12,5" },
+        { "total", "getCurrency('total')", "1_398,04" },
+        { "total without grouping", "getCurrency('total', false)", "1398,04" },
+        { "negative total", "getCurrency('negative')", "~2,50" },
+        { "whole number as currency", "getCurrency('whole')", "12,00" },
+        { "integer", "getNumber('count')", "1_234" },
+        { "integer plain", "getNumber('count', 0, false)", "1234" },
+        { "missing number", "getNumber('missing')", "" },
+        { "date time of date", "getDateTime('date', 'd.M.yyyy')", "15.3.2025" },
+        { "date time of text", "getDateTime('name', 'd.M.yyyy')", "" },
+        { "constants", "[AMOUNT_SCALE, QUANTITY_SCALE, PERCENTAGE_SCALE].join()", "4,4,2" },
+        { "constants are read-only", "(AMOUNT_SCALE = 9, AMOUNT_SCALE)", "4" },
+        { "english locale", "(setLocale('en'), formatCurrency(123456))", "1,234.56" },
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row[0]) << QString::fromUtf8(row[1]) << QString::fromUtf8(row[2]);
     QTest::addRow("current date") << "currentDate()" << QDate::currentDate().toString(Qt::ISODate);
     QTest::addRow("current year") << "currentDateTime('yyyy')"
                                   << QString::number(QDate::currentDate().year());
-    QTest::addRow("decimal as integer") << "get('price')"
-                                        << "125000";
-    QTest::addRow("date as iso text") << "get('date')"
-                                      << "2025-03-15";
-    QTest::addRow("unknown path") << "get('missing')"
-                                  << "undefined";
-    QTest::addRow("unit price") << "getNumber('price', 2)"
-                                << "12,50";
-    QTest::addRow("unit price bare") << "getNumber('price')"
-                                     << "12,5";
-    QTest::addRow("quantity") << "getNumber('quantity')"
-                              << "7,5";
-    QTest::addRow("total") << "getCurrency('total')"
-                           << "1_398,04";
-    QTest::addRow("total without grouping") << "getCurrency('total', false)"
-                                            << "1398,04";
-    QTest::addRow("negative total") << "getCurrency('negative')"
-                                    << "~2,50";
-    QTest::addRow("whole number as currency") << "getCurrency('whole')"
-                                              << "12,00";
-    QTest::addRow("integer") << "getNumber('count')"
-                             << "1_234";
-    QTest::addRow("integer plain") << "getNumber('count', 0, false)"
-                                   << "1234";
-    QTest::addRow("missing number") << "getNumber('missing')"
-                                    << "";
-    QTest::addRow("date time of date") << "getDateTime('date', 'd.M.yyyy')"
-                                       << "15.3.2025";
-    QTest::addRow("date time of text") << "getDateTime('name', 'd.M.yyyy')"
-                                       << "";
-    QTest::addRow("constants") << "[AMOUNT_SCALE, QUANTITY_SCALE, PERCENTAGE_SCALE].join()"
-                               << "4,4,2";
-    QTest::addRow("constants are read-only") << "(AMOUNT_SCALE = 9, AMOUNT_SCALE)"
-                                             << "4";
-    QTest::addRow("english locale") << "(setLocale('en'), formatCurrency(123456))"
-                                    << "1,234.56";
 }
 
 void TestPrintScriptEngine::formatting()
@@ -210,25 +169,16 @@ void TestPrintScriptEngine::formatting()
     QCOMPARE(global(engine, "result"), expected);
 }
 
-void TestPrintScriptEngine::getIsLogged()
+// Every value read and every run in the script log.
+void TestPrintScriptEngine::logging()
 {
     LogCapture log("veklari.script");
     PrintScriptEngine engine;
-    engine.setModel(&m_model);
-    QVERIFY(engine.evaluate("get('total'); get('name');"));
-    QVERIFY2(
-        log.contains(QStringLiteral("debug: total = 1398.04")), qPrintable(log.lines().join('\n')));
-    QVERIFY(log.contains(QStringLiteral("debug: name = Kuusela")));
+    QVERIFY(!render(engine, "get('total'); get('name'); function print() {}").isEmpty());
+    QCOMPARE(log.lines(),
+        (QStringList { "debug: total = 1398.04", "debug: name = Kuusela", "debug: Tulostetaan",
+            "debug: Tulostus valmis" }));
 }
-
-// Three pages, each marked with its number.
-static const char threePages[] = "function print() {\n"
-                                 "  setFont('Arial', 12, 'normal');\n"
-                                 "  for (var i = 1; i <= 3; i++) {\n"
-                                 "    if (i > 1) newPage();\n"
-                                 "    drawText(20, 20, 100, 'Sivumerkki' + i);\n"
-                                 "  }\n"
-                                 "}\n";
 
 void TestPrintScriptEngine::pageRanges_data()
 {
@@ -238,7 +188,6 @@ void TestPrintScriptEngine::pageRanges_data()
     QTest::addRow("all") << -1 << -1 << QList<int> { 1, 2, 3 };
     QTest::addRow("second only") << 2 << 2 << QList<int> { 2 };
     QTest::addRow("from the second") << 2 << -1 << QList<int> { 2, 3 };
-    QTest::addRow("up to the second") << -1 << 2 << QList<int> { 1, 2 };
     QTest::addRow("zero means no limit") << 0 << 0 << QList<int> { 1, 2, 3 };
     QTest::addRow("beyond the end") << 3 << 9 << QList<int> { 3 };
 }
@@ -251,13 +200,19 @@ void TestPrintScriptEngine::pageRanges()
     PrintScriptEngine engine;
     engine.setFromPage(from);
     engine.setToPage(to);
-    const QString file = render(engine, threePages);
+    const QString file = render(engine,
+        "function print() {\n"
+        "  setFont('Arial', 12, 'normal');\n"
+        "  for (var i = 1; i <= 3; i++) {\n"
+        "    if (i > 1) newPage();\n"
+        "    drawText(20, 20, 100, 'Sivumerkki' + i);\n"
+        "  }\n"
+        "}\n");
     QVERIFY2(!file.isEmpty(), qPrintable(m_error));
     QCOMPARE(PdfTools::pageCount(file), pages.size());
-    for (int i = 0; i < pages.size(); ++i) {
-        const QString text = PdfTools::text(file, i + 1).simplified();
-        QCOMPARE(text, QStringLiteral("Sivumerkki%1").arg(pages.at(i)));
-    }
+    for (int i = 0; i < pages.size(); ++i)
+        QCOMPARE(PdfTools::text(file, i + 1).simplified(),
+            QStringLiteral("Sivumerkki%1").arg(pages.at(i)));
     // The script laid out all three pages.
     QCOMPARE(engine.pageNumber(), 3);
 }
@@ -267,76 +222,58 @@ void TestPrintScriptEngine::setBrushHasNoEffect()
     PrintScriptEngine engine;
     const QString file = render(engine,
         "var brush;\n"
-        "function print() {\n"
-        "  setBrush('#f00');\n"
-        "  brush = getBrush();\n"
-        "  fillRect(10, 10, 20, 20);\n"
-        "}\n");
+        "function print() { setBrush('#f00'); brush = getBrush(); fillRect(10, 10, 20, 20); }");
     QVERIFY2(!file.isEmpty(), qPrintable(m_error));
     QCOMPARE(global(engine, "brush"), QString());
-    QVERIFY(engine.brushName().isEmpty());
     const QImage page = PdfTools::renderPage(file, 1, 72, false);
-    const QRgb inside = page.pixel(int(20 / 25.4 * 72), int(20 / 25.4 * 72));
-    QCOMPARE(qRed(inside), 0);
-    QCOMPARE(qGreen(inside), 0);
-    QCOMPARE(qBlue(inside), 0);
-    const QRgb outside = page.pixel(int(40 / 25.4 * 72), int(40 / 25.4 * 72));
-    QCOMPARE(qGray(outside), 255);
+    QCOMPARE(page.pixel(int(20 / 25.4 * 72), int(20 / 25.4 * 72)), qRgb(0, 0, 0));
+    QCOMPARE(qGray(page.pixel(int(40 / 25.4 * 72), int(40 / 25.4 * 72))), 255);
 }
 
 void TestPrintScriptEngine::textDrawing_data()
 {
     QTest::addColumn<QString>("calls");
-    QTest::addColumn<QStringList>("present");
-    QTest::addColumn<QStringList>("absent");
-    QTest::addRow("zero width clips everything")
-        << "drawText(10, 10, 0, 0, 'abc')" << QStringList() << QStringList { "abc" };
-    QTest::addRow("clipping off") << "setTextClipping(false); drawText(10, 10, 0, 0, 'abc')"
-                                  << QStringList { "abc" } << QStringList();
-    QTest::addRow("clipping off by the other name")
-        << "setTextClippingEnabled(false); drawText(10, 10, 'abc')" << QStringList { "abc" }
-        << QStringList();
-    QTest::addRow("three arguments mean zero width")
-        << "drawText(10, 10, 'abc')" << QStringList() << QStringList { "abc" };
-    QTest::addRow("narrow box keeps the start")
-        << "drawText(10, 10, 14, 'Alkuosa Loppuosa')" << QStringList { "Alku" }
-        << QStringList { "Loppuosa" };
-    QTest::addRow("line breaks become blanks in a line")
-        << "drawText(10, 10, 150, 'Ensimmäinen\\nToinen')" << QStringList { "Ensimmäinen Toinen" }
-        << QStringList();
-    QTest::addRow("right aligned")
-        << "drawTextRight(10, 10, 100, 'Oikealla')" << QStringList { "Oikealla" } << QStringList();
-    QTest::addRow("box stops at its bottom")
-        << "drawText(10, 10, 40, 7, 'rivi1\\nrivi2\\nrivi3\\nrivi4')"
-        << QStringList { "rivi1", "rivi2" } << QStringList { "rivi3", "rivi4" };
-    QTest::addRow("empty paragraphs take a line")
-        << "drawText(10, 10, 40, 9, 'rivi1\\n\\n\\nrivi4')" << QStringList { "rivi1" }
-        << QStringList { "rivi4" };
-    QTest::addRow("tall box holds all") << "drawText(10, 10, 40, 40, 'rivi1\\n\\n\\nrivi4')"
-                                        << QStringList { "rivi1", "rivi4" } << QStringList();
-    QTest::addRow("fixed line height")
-        << "setLineHeight(1.5); drawText(10, 10, 40, 7, "
-           "'rivi1\\nrivi2\\nrivi3\\nrivi4\\nrivi5\\nrivi6')"
-        << QStringList { "rivi1", "rivi4" } << QStringList { "rivi6" };
-    QTest::addRow("words wrap in a box")
-        << "drawText(10, 10, 25, 30, 'yksi kaksi kolme neljä viisi kuusi')"
-        << QStringList { "yksi", "kuusi" } << QStringList();
-    QTest::addRow("output switched off")
-        << "setOutputEnabled(false); drawText(10, 10, 50, 'piilossa'); setOutputEnabled(true);"
-           " drawText(10, 20, 50, 'näkyvissä')"
-        << QStringList { "näkyvissä" } << QStringList { "piilossa" };
-    QTest::addRow("positions must be numbers")
-        << "drawText('10', 10, 50, 'ei'); drawText(10, 20, 50, 'kyllä')" << QStringList { "kyllä" }
-        << QStringList { "ei" };
-    QTest::addRow("numbers in exponent form")
-        << "drawText(10, 10, 50, 1234567)" << QStringList { "1.23457e+06" } << QStringList();
+    QTest::addColumn<QString>("present"); // words joined with "|"
+    QTest::addColumn<QString>("absent");
+    const QList<std::array<const char*, 4>> rows {
+        { "zero width clips everything", "drawText(10, 10, 0, 0, 'abc')", "", "abc" },
+        { "clipping off", "setTextClipping(false); drawText(10, 10, 0, 0, 'abc')", "abc", "" },
+        { "clipping off by the other name",
+            "setTextClippingEnabled(false); drawText(10, 10, 'abc')", "abc", "" },
+        { "three arguments mean zero width", "drawText(10, 10, 'abc')", "", "abc" },
+        { "narrow box keeps the start", "drawText(10, 10, 14, 'Alkuosa Loppuosa')", "Alku",
+            "Loppuosa" },
+        { "line breaks become blanks", "drawText(10, 10, 150, 'Ensimmäinen\\nToinen')",
+            "Ensimmäinen Toinen", "" },
+        { "right aligned", "drawTextRight(10, 10, 100, 'Oikealla')", "Oikealla", "" },
+        { "box stops at its bottom", "drawText(10, 10, 40, 7, 'rivi1\\nrivi2\\nrivi3\\nrivi4')",
+            "rivi1|rivi2", "rivi3|rivi4" },
+        { "empty paragraphs take a line", "drawText(10, 10, 40, 9, 'rivi1\\n\\n\\nrivi4')", "rivi1",
+            "rivi4" },
+        { "fixed line height",
+            "setLineHeight(1.5); drawText(10, 10, 40, 7, 'rivi1\\nrivi2\\nrivi3\\nrivi4\\nrivi5\\n"
+            "rivi6')",
+            "rivi1|rivi4", "rivi6" },
+        { "words wrap in a box", "drawText(10, 10, 25, 30, 'yksi kaksi kolme neljä viisi kuusi')",
+            "yksi|kuusi", "" },
+        { "output switched off",
+            "setOutputEnabled(false); drawText(10, 10, 50, 'piilossa'); setOutputEnabled(true);"
+            " drawText(10, 20, 50, 'näkyvissä')",
+            "näkyvissä", "piilossa" },
+        { "positions must be numbers",
+            "drawText('10', 10, 50, 'ei'); drawText(10, 20, 50, 'kyllä')", "kyllä", "ei" },
+        { "numbers in exponent form", "drawText(10, 10, 50, 1234567)", "1.23457e+06", "" },
+    };
+    for (const auto& row : rows)
+        QTest::newRow(row[0]) << QString::fromUtf8(row[1]) << QString::fromUtf8(row[2])
+                              << QString::fromUtf8(row[3]);
 }
 
 void TestPrintScriptEngine::textDrawing()
 {
     QFETCH(QString, calls);
-    QFETCH(QStringList, present);
-    QFETCH(QStringList, absent);
+    QFETCH(QString, present);
+    QFETCH(QString, absent);
     PrintScriptEngine engine;
     const QString file = render(engine,
         QStringLiteral("function print() {\n setFont('Arial', 10, 'normal');\n %1;\n"
@@ -346,9 +283,9 @@ void TestPrintScriptEngine::textDrawing()
     QVERIFY2(!file.isEmpty(), qPrintable(m_error));
     const QString text = PdfTools::text(file);
     QVERIFY(text.contains(QStringLiteral("loppu")));
-    for (const QString& word : present)
+    for (const QString& word : present.split('|', Qt::SkipEmptyParts))
         QVERIFY2(text.contains(word), qPrintable(text));
-    for (const QString& word : absent)
+    for (const QString& word : absent.split('|', Qt::SkipEmptyParts))
         QVERIFY2(!text.contains(word), qPrintable(text));
 }
 
@@ -356,50 +293,41 @@ void TestPrintScriptEngine::supportedOrientations_data()
 {
     QTest::addColumn<QString>("script");
     QTest::addColumn<int>("mask");
-    QTest::addColumn<bool>("error");
-    QTest::addRow("not evaluated") << "" << 1 << false;
-    QTest::addRow("no function") << "function print() {}" << 1 << false;
-    QTest::addRow("portrait") << "function supportedOrientations() { return 1; }" << 1 << false;
-    QTest::addRow("landscape") << "function supportedOrientations() { return 2; }" << 2 << false;
-    QTest::addRow("both") << "function supportedOrientations() { return 3; }" << 3 << false;
-    QTest::addRow("seven") << "function supportedOrientations() { return 7; }" << 1 << false;
-    QTest::addRow("zero") << "function supportedOrientations() { return 0; }" << 1 << false;
-    QTest::addRow("text") << "function supportedOrientations() { return '2'; }" << 1 << false;
-    QTest::addRow("throws") << "function supportedOrientations() { throw new Error('x'); }" << 1
-                            << true;
+    QTest::addRow("not evaluated") << "" << 1;
+    QTest::addRow("no function") << "function print() {}" << 1;
+    QTest::addRow("both") << "function supportedOrientations() { return 3; }" << 3;
+    QTest::addRow("landscape") << "function supportedOrientations() { return 2; }" << 2;
+    QTest::addRow("seven") << "function supportedOrientations() { return 7; }" << 1;
+    QTest::addRow("text") << "function supportedOrientations() { return '2'; }" << 1;
+    QTest::addRow("throws") << "function supportedOrientations() { throw new Error('x'); }" << 1;
 }
 
 void TestPrintScriptEngine::supportedOrientations()
 {
     QFETCH(QString, script);
     QFETCH(int, mask);
-    QFETCH(bool, error);
     PrintScriptEngine engine;
     if (!script.isEmpty())
         QVERIFY(engine.evaluate(script.toUtf8()));
     QCOMPARE(engine.supportedOrientations(), mask);
-    QCOMPARE(engine.lastError().startsWith(QStringLiteral("Error: x")), error);
+    QCOMPARE(engine.lastError().startsWith(QStringLiteral("Error: x")), script.contains("throw"));
 }
 
-void TestPrintScriptEngine::setFontWeights_data()
+void TestPrintScriptEngine::setFont_data()
 {
     QTest::addColumn<QString>("style");
     QTest::addColumn<int>("weight");
     QTest::addColumn<bool>("italic");
     QTest::addRow("light") << "light" << 300 << false;
     QTest::addRow("normal") << "normal" << 400 << false;
-    QTest::addRow("demiBold") << "demiBold" << 600 << false;
+    QTest::addRow("demiBold italic") << "demiBolditalic" << 600 << true;
     QTest::addRow("bold") << "bold" << 700 << false;
     QTest::addRow("black") << "black" << 900 << false;
-    QTest::addRow("demiBolditalic") << "demiBolditalic" << 600 << true;
-    QTest::addRow("bolditalic") << "bolditalic" << 700 << true;
     QTest::addRow("italic") << "italic" << 400 << true;
-    QTest::addRow("light italic") << "light italic" << 300 << true;
-    QTest::addRow("names are case-sensitive") << "Bold" << 400 << false;
-    QTest::addRow("empty") << "" << 400 << false;
+    QTest::addRow("case-sensitive") << "Bold" << 400 << false;
 }
 
-void TestPrintScriptEngine::setFontWeights()
+void TestPrintScriptEngine::setFont()
 {
     QFETCH(QString, style);
     QFETCH(int, weight);
@@ -409,7 +337,6 @@ void TestPrintScriptEngine::setFontWeights()
     QCOMPARE(int(engine.font().weight()), weight);
     QCOMPARE(engine.font().italic(), italic);
     QCOMPARE(engine.font().pointSizeF(), 10.5);
-    QCOMPARE(engine.font().family(), QStringLiteral("Arial"));
 }
 
 void TestPrintScriptEngine::pageGeometry_data()
@@ -442,13 +369,11 @@ void TestPrintScriptEngine::millimetres_data()
 {
     QTest::addColumn<double>("millimetres");
     QTest::addColumn<int>("pixels");
-    // At the PDF writer's 1200 dots per inch.
+    // At the PDF writer's 1200 dots per inch; halves away from zero.
     QTest::addRow("inch") << 25.4 << 1200;
     QTest::addRow("half") << 0.5 << 24;
     QTest::addRow("negative half") << -0.5 << -24;
-    QTest::addRow("one") << 1.0 << 47;
     QTest::addRow("a4 height") << 297.0 << 14031;
-    QTest::addRow("zero") << 0.0 << 0;
 }
 
 void TestPrintScriptEngine::millimetres()
@@ -465,25 +390,22 @@ void TestPrintScriptEngine::boundingRectMatchesDrawing()
 {
     PrintScriptEngine engine;
     const QString file = render(engine,
-        "var line, wide, one, two, capped, noText;\n"
+        "var checks, noText;\n"
         "function h(r) { return r.height; }\n"
         "function print() {\n"
         "  setFont('Arial', 10, 'normal');\n"
-        "  line = boundingRect('Kuusela Design Oy');\n"
-        "  wide = boundingRect('Kuusela Design Oy Kuusela Design Oy');\n"
-        "  one = boundingRect(10, 10, 100, 50, 'lyhyt');\n"
-        "  two = boundingRect(10, 10, 100, 50, 'lyhyt\\ntoinen');\n"
-        "  capped = boundingRect(10, 10, 100, 6, 'a\\nb\\nc\\nd');\n"
+        "  var line = boundingRect('Kuusela Design Oy');\n"
+        "  var wide = boundingRect('Kuusela Design Oy Kuusela Design Oy');\n"
+        "  var one = boundingRect(10, 10, 100, 50, 'lyhyt');\n"
+        "  var two = boundingRect(10, 10, 100, 50, 'lyhyt\\ntoinen');\n"
+        "  var capped = boundingRect(10, 10, 100, 6, 'a\\nb\\nc\\nd');\n"
         "  try { boundingRect(); } catch (e) { noText = e.message; }\n"
-        "}\n"
-        "function result() {\n"
-        "  return [line.width > 20 && line.width < 40, wide.width > 1.9 * line.width,\n"
+        "  checks = [line.width > 20 && line.width < 40, wide.width > 1.9 * line.width,\n"
         "    Math.abs(h(one) - line.height) < 0.3, Math.abs(h(two) - 2 * h(one)) < 0.3,\n"
-        "    Math.abs(h(capped) - 2 * h(one)) < 0.3, Math.abs(one.x - 10) < 0.05 && Math.abs(one.y "
-        "- 10) < 0.05].join();\n"
+        "    Math.abs(h(capped) - 2 * h(one)) < 0.3,\n"
+        "    Math.abs(one.x - 10) < 0.05 && Math.abs(one.y - 10) < 0.05].join();\n"
         "}\n");
     QVERIFY2(!file.isEmpty(), qPrintable(m_error));
-    QVERIFY(engine.evaluate("var checks = result();"));
     QCOMPARE(global(engine, "checks"), QStringLiteral("true,true,true,true,true,true"));
     QCOMPARE(global(engine, "noText"), QStringLiteral("vähintään 1 parametri"));
 }
@@ -497,31 +419,18 @@ void TestPrintScriptEngine::drawImageKeepsAspectRatio()
         "function print() { drawImage(10, 10, 40, 40, 'kuva'); drawImage(10, 60, 40, 40, 'ei'); }");
     m_model.picture = QImage();
     QVERIFY2(!file.isEmpty(), qPrintable(m_error));
-    const int dpi = 72;
-    const QImage page = PdfTools::renderPage(file, 1, dpi, false);
+    const QImage page = PdfTools::renderPage(file, 1, 72, false);
     auto at
-        = [&](double x, double y) { return page.pixel(int(x / 25.4 * dpi), int(y / 25.4 * dpi)); };
+        = [&](double x, double y) { return page.pixel(int(x / 25.4 * 72), int(y / 25.4 * 72)); };
     // 40 x 20 mm of red from the top-left corner, white below it.
-    QVERIFY(qRed(at(30, 20)) > 240);
-    QVERIFY(qGreen(at(30, 20)) < 40);
+    QVERIFY(qRed(at(30, 20)) > 240 && qGreen(at(30, 20)) < 40);
     QCOMPARE(qGray(at(30, 36)), 255);
     QCOMPARE(qGray(at(30, 70)), 255);
 }
 
-void TestPrintScriptEngine::missingPrintFunction()
-{
-    PrintScriptEngine engine;
-    engine.setModel(&m_model);
-    QVERIFY(engine.evaluate("var onlyData = 1;"));
-    const QString file = m_dir.filePath(QStringLiteral("missing.pdf"));
-    ScriptPdfWriter writer;
-    QVERIFY(!writer.write(&engine, file));
-    QCOMPARE(engine.lastError(), QStringLiteral("function print does not exist"));
-    QCOMPARE(writer.lastError(), engine.lastError());
-    QVERIFY(!QFile::exists(file));
-}
-
-void TestPrintScriptEngine::failingScriptLeavesNoPdf()
+// A script without print() or one that fails half way never leaves a
+// half-written PDF: the file that was there stays as it was.
+void TestPrintScriptEngine::failuresLeaveNoPdf()
 {
     QTemporaryDir dir;
     const QString file = dir.filePath(QStringLiteral("lasku.pdf"));
@@ -531,18 +440,19 @@ void TestPrintScriptEngine::failingScriptLeavesNoPdf()
         old.write("edellinen versio");
     }
     PrintScriptEngine engine;
-    engine.setModel(&m_model);
+    ScriptPdfWriter writer;
+    QVERIFY(engine.evaluate("var onlyData = 1;"));
+    QVERIFY(!writer.write(&engine, file));
+    QCOMPARE(writer.lastError(), QStringLiteral("function print does not exist"));
     QVERIFY(engine.evaluate("function print() {\n"
                             "  drawText(10, 10, 50, 'alku');\n"
                             "  newPage();\n"
                             "  throw new Error('kesken');\n"
                             "}\n"));
-    ScriptPdfWriter writer;
     QVERIFY(!writer.write(&engine, file));
     QVERIFY2(writer.lastError().startsWith(QStringLiteral("Error: kesken")),
         qPrintable(writer.lastError()));
     QVERIFY2(writer.lastError().contains(QStringLiteral(":4")), qPrintable(writer.lastError()));
-    // The old file is untouched and no temporary file is left beside it.
     QFile old(file);
     QVERIFY(old.open(QIODevice::ReadOnly));
     QCOMPARE(old.readAll(), QByteArray("edellinen versio"));
@@ -551,14 +461,6 @@ void TestPrintScriptEngine::failingScriptLeavesNoPdf()
     QVERIFY(engine.evaluate("function print() { drawText(10, 10, 50, 'valmis'); }"));
     QVERIFY2(writer.write(&engine, file), qPrintable(writer.lastError()));
     QVERIFY(PdfTools::text(file).contains(QStringLiteral("valmis")));
-}
-
-void TestPrintScriptEngine::runIsLogged()
-{
-    LogCapture log("veklari.script");
-    PrintScriptEngine engine;
-    QVERIFY(!render(engine, "function print() {}").isEmpty());
-    QCOMPARE(log.lines(), (QStringList { "debug: Tulostetaan", "debug: Tulostus valmis" }));
 }
 
 QTEST_MAIN(TestPrintScriptEngine)
