@@ -701,6 +701,12 @@ void MainWindow::createInvoiceList()
     m_invoiceTableView->setColumnWidth(InvoiceTableModel::TotalAmountColumn, digit * 12);
     m_invoiceTableView->setColumnWidth(InvoiceTableModel::BalanceColumn, digit * 12);
     m_invoiceTableView->setColumnWidth(InvoiceTableModel::TypeColumn, digit * 14);
+    // Never narrower than the header with its sort mark.
+    QHeaderView* listHeader = m_invoiceTableView->horizontalHeader();
+    for (int column = 0; column < InvoiceTableModel::ColumnCount; ++column)
+        m_invoiceTableView->setColumnWidth(column,
+            qMax(m_invoiceTableView->columnWidth(column),
+                listHeader->sectionSizeHint(column) + digit * 2));
     // Enter and double click open the invoice.
     connect(m_invoiceTableView, &QAbstractItemView::activated, this, &MainWindow::invoiceActivated);
 
