@@ -5,6 +5,7 @@
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/product.h"
+#include "recordfields.h"
 #include "storage/database.h"
 #include "storage/query.h"
 #include "testdatabase.h"
@@ -15,6 +16,7 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 
 namespace {
@@ -94,6 +96,8 @@ int saveInvoice(Query* query, int number)
 
 } // namespace
 
+using Operation = std::function<void(Model&, Registry&)>;
+
 class TestInvoiceItemTableModel : public QObject
 {
     Q_OBJECT
@@ -103,37 +107,27 @@ private slots:
     void init();
     void cleanup();
 
-    void headersAlignmentAndFlags();
+    void headersAndFlags();
     void vatIncludedAndExcludedEntryAgree_data();
     void vatIncludedAndExcludedEntryAgree();
-    void vatBreakdownOfAllRows();
-    void tooLargeAmounts_data();
-    void tooLargeAmounts();
-    void samePriceIsNoChange();
-    void discountIsClamped_data();
-    void discountIsClamped();
-    void productNumberFillsRow();
-    void unknownProductKeepsPriceAndText();
+    void cellEdits_data();
+    void cellEdits();
     void vatFreeRows();
     void everyChangedCellIsAnnounced_data();
     void everyChangedCellIsAnnounced();
-    void readOnlyModelRefusesEdits();
     void rowsInsertMoveAndRemove();
     void clipboardRoundTrip();
     void pastedLinesTakeTheProductRegister();
     void saveAndReload_data();
     void saveAndReload();
-    void nothingChangedWritesNothing();
 
 private:
-    void setCell(Model& model, int row, int column, const QString& text)
+    static void setCell(Model& model, int row, int column, const QString& text)
     {
         QVERIFY2(model.setData(model.index(row, column), text, Qt::EditRole),
             qPrintable(QStringLiteral("%1,%2 <- %3").arg(row).arg(column).arg(text)));
     }
-    void storeProducts(Database* database);
 
-    std::unique_ptr<TestDatabase> m_database;
     std::unique_ptr<Registry> m_registry;
     std::unique_ptr<Model> m_model;
     std::unique_ptr<QAbstractItemModelTester> m_tester;
@@ -142,20 +136,9 @@ private:
 void TestInvoiceItemTableModel::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
-    m_database = std::make_unique<TestDatabase>(TestDatabase::SQLite);
-    QVERIFY2(m_database->open(), qPrintable(m_database->lastError()));
-    storeProducts(m_database->database());
-    m_registry = std::make_unique<Registry>();
-    std::unique_ptr<Query> query(m_database->database()->query());
-    QVERIFY(m_registry->fetchProducts(query.get()));
-    // The products stay in the registry; the tests open databases of their own.
-    query.reset();
-    m_database.reset();
-}
-
-void TestInvoiceItemTableModel::storeProducts(Database* database)
-{
-    std::unique_ptr<Query> query(database->query());
+    TestDatabase db(TestDatabase::SQLite);
+    QVERIFY2(db.open(), qPrintable(db.lastError()));
+    std::unique_ptr<Query> query(db.database()->query());
     const QList<Product> products = {
         makeProduct(QStringLiteral("24"), QStringLiteral("Konsultointi"), 1240000, 2400, false,
             QStringLiteral("h")),
@@ -166,6 +149,9 @@ void TestInvoiceItemTableModel::storeProducts(Database* database)
     };
     for (Product product : products)
         QVERIFY2(query->saveProduct(&product), qPrintable(query->lastError()));
+    // The products stay in the registry; the tests open databases of their own.
+    m_registry = std::make_unique<Registry>();
+    QVERIFY(m_registry->fetchProducts(query.get()));
 }
 
 void TestInvoiceItemTableModel::init()
@@ -182,34 +168,33 @@ void TestInvoiceItemTableModel::cleanup()
     m_model.reset();
 }
 
-void TestInvoiceItemTableModel::headersAlignmentAndFlags()
+void TestInvoiceItemTableModel::headersAndFlags()
 {
     const QStringList headers = { "Tuote", "Selite", "Määrä", "Yksikkö", "à-hinta, ALV",
         "Alennus-%", "Alennettu à-hinta", "ALV-%", "Yhteensä" };
     QCOMPARE(m_model->columnCount(), headers.size());
     for (int column = 0; column < headers.size(); ++column)
         QCOMPARE(m_model->headerData(column, Qt::Horizontal).toString(), headers.at(column));
-
     QSignalSpy headerSpy(m_model.get(), &QAbstractItemModel::headerDataChanged);
     m_model->setVatIncluded(false);
     QCOMPARE(m_model->headerData(Model::PriceColumn, Qt::Horizontal).toString(),
         QStringLiteral("à-hinta, ei ALV"));
     QCOMPARE(headerSpy.count(), 1);
-    QCOMPARE(headerSpy.at(0).at(1).toInt(), int(Model::PriceColumn));
 
+    // Texts left, numbers right; the derived columns are never edited.
     QVERIFY(m_model->insertRow(0));
     for (int column = 0; column < m_model->columnCount(); ++column) {
         const QModelIndex index = m_model->index(0, column);
         const bool left = column == 0 || column == 1 || column == 3;
         QCOMPARE(index.data(Qt::TextAlignmentRole).toInt(),
             int((left ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter));
-        QCOMPARE(bool(index.flags() & Qt::ItemIsEditable), column <= 5);
-        QVERIFY(index.flags() & Qt::ItemIsSelectable);
-        QVERIFY(!index.data(Qt::ToolTipRole).isValid());
+        QCOMPARE(bool(index.flags() & Qt::ItemIsEditable), column <= Model::DiscountColumn);
+        QCOMPARE(m_model->setData(index, QStringLiteral("5")), column <= Model::DiscountColumn);
     }
+    QVERIFY(!m_model->setData(m_model->index(0, 1), QStringLiteral("x"), Qt::DisplayRole));
     m_model->setEditable(false);
     QVERIFY(!(m_model->index(0, 1).flags() & Qt::ItemIsEditable));
-    QVERIFY(m_model->index(0, 1).flags() & Qt::ItemIsEnabled);
+    QVERIFY(!m_model->setData(m_model->index(0, 1), QStringLiteral("x")));
 }
 
 void TestInvoiceItemTableModel::vatIncludedAndExcludedEntryAgree_data()
@@ -285,156 +270,74 @@ void TestInvoiceItemTableModel::vatIncludedAndExcludedEntryAgree()
     QCOMPARE(excluded.invoiceItemAt(0)->amountVatExcluded(), scaledExcluded);
 }
 
-void TestInvoiceItemTableModel::vatBreakdownOfAllRows()
-{
-    // Two rows at 24 % whose VAT is computed once on their sum, one at 14 %.
-    const QList<QPair<QString, QString>> rows
-        = { { "24", "1.01" }, { "24", "2.02" }, { "14", "3.33" } };
-    for (int row = 0; row < rows.size(); ++row) {
-        QVERIFY(m_model->insertRow(row));
-        setCell(*m_model, row, Model::ProductColumn, rows.at(row).first);
-        setCell(*m_model, row, Model::QuantityColumn, QStringLiteral("1"));
-        setCell(*m_model, row, Model::PriceColumn, rows.at(row).second);
-    }
-    const long long at24 = 101 + 202;
-    const long long at14 = 333;
-    const long long vat = at24 - roundedDivision(__int128(at24) * 10000, 12400) + at14
-        - roundedDivision(__int128(at14) * 10000, 11400);
-    QCOMPARE(m_model->totalAmountVatIncluded(), at24 + at14);
-    QCOMPARE(m_model->totalVatAmount(), vat);
-}
-
-void TestInvoiceItemTableModel::tooLargeAmounts_data()
+void TestInvoiceItemTableModel::cellEdits_data()
 {
     QTest::addColumn<bool>("vatIncluded");
-    QTest::addColumn<QString>("firstColumnText");
-    QTest::addColumn<int>("firstColumn");
+    QTest::addColumn<QStringList>("before"); // "column=text" edits of row 0 first
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("accepted");
-
+    QTest::addColumn<QStringList>("fields"); // of the row afterwards
+    auto row = [](const char* name, bool vatIncluded, const QStringList& before, int column,
+                   const QString& text, bool accepted, const QStringList& fields) {
+        QTest::addRow("%s", name) << vatIncluded << before << column << text << accepted << fields;
+    };
+    const int product = Model::ProductColumn;
+    const int quantity = Model::QuantityColumn;
+    const int price = Model::PriceColumn;
+    const int discount = Model::DiscountColumn;
+    row("product fills the row", true, {}, product, " 255 ", true,
+        { "productNumber=255", "productName=Kaapeli", "unitCode=kpl", "amount=80000",
+            "vatRate=2550", "vatExcluded=true" });
+    row("unknown product keeps price and text", true, { "0=24", "1=  Työt ", "2=2" }, product,
+        "9999", true, { "productNumber=", "productName=", "text=Työt", "amount=1240000" });
+    row("discount clamped to 100", true, { "5=3" }, discount, "150", true, { "discount=10000" });
+    row("negative discount is none", true, { "5=3" }, discount, "-5", true, { "discount=0" });
+    row("empty discount is none", true, { "5=3" }, discount, "", true, { "discount=0" });
+    row("fractional discount", true, {}, discount, "12.5", true, { "discount=1250" });
     // 1000 x 999 = 9 990 000 stays below the limit, 1000 x 1000 does not.
-    QTest::addRow("quantity within") << true << "1000" << 4 << 2 << "999" << true;
-    QTest::addRow("quantity too large") << true << "1000" << 4 << 2 << "1000" << false;
-    QTest::addRow("price too large") << true << "1000" << 2 << 4 << "1000.01" << false;
-    QTest::addRow("price within") << true << "1000" << 2 << 4 << "999.99" << true;
+    row("quantity within", true, { "0=24", "4=1000" }, quantity, "999", true,
+        { "quantity=9990000" });
+    row("quantity too large", true, { "0=24", "4=1000" }, quantity, "1000", false,
+        { "quantity=0" });
+    row("price within", true, { "0=24", "2=1000" }, price, "999.99", true, { "amount=9999900" });
+    row("price too large", true, { "0=24", "2=1000" }, price, "1000.01", false,
+        { "amount=1240000" });
     // Excluding VAT, the limit applies to the total with VAT added.
-    QTest::addRow("price within with VAT") << false << "1000" << 2 << 4 << "800" << true;
-    QTest::addRow("price too large with VAT") << false << "1000" << 2 << 4 << "810" << false;
+    row("price within with VAT", false, { "0=24", "2=1000" }, price, "800", true,
+        { "amount=8000000", "vatExcluded=true" });
+    row("price too large with VAT", false, { "0=24", "2=1000" }, price, "810", false,
+        { "amount=1240000", "vatExcluded=false" });
+    row("not a number", true, { "0=24" }, quantity, "abc", false, { "quantity=0" });
+    // The product's own price typed again, in either form, is no change.
+    row("same price", true, { "0=24" }, price, " 124.00 ", false, { "amount=1240000" });
+    row("same price without VAT", false, { "0=24" }, price, "100", false,
+        { "amount=1240000", "vatExcluded=false" });
+    row("new price without VAT", false, { "0=24" }, price, "100.5", true,
+        { "amount=1005000", "vatExcluded=true" });
 }
 
-void TestInvoiceItemTableModel::tooLargeAmounts()
+void TestInvoiceItemTableModel::cellEdits()
 {
     QFETCH(bool, vatIncluded);
-    QFETCH(QString, firstColumnText);
-    QFETCH(int, firstColumn);
+    QFETCH(QStringList, before);
     QFETCH(int, column);
     QFETCH(QString, text);
     QFETCH(bool, accepted);
-
+    QFETCH(QStringList, fields);
     m_model->setVatIncluded(vatIncluded);
     QVERIFY(m_model->insertRow(0));
-    QVERIFY(m_model->insertRow(1));
-    setCell(*m_model, 1, Model::ProductColumn, QStringLiteral("24"));
-    if (firstColumnText != QLatin1String("0"))
-        setCell(*m_model, 1, firstColumn, firstColumnText);
-    const QString before = m_model->data(m_model->index(1, column), Qt::EditRole).toString();
-
-    QSignalSpy spy(m_model.get(), &Model::tooLargeAmountEntered);
-    QCOMPARE(m_model->setData(m_model->index(1, column), text), accepted);
-    if (accepted) {
-        QCOMPARE(spy.count(), 0);
-    } else {
-        QCOMPARE(spy.count(), 1);
-        QCOMPARE(spy.at(0).at(0).toInt(), 1);
-        QCOMPARE(m_model->data(m_model->index(1, column), Qt::EditRole).toString(), before);
-    }
-    // Text that is no number is refused without the signal.
-    QVERIFY(!m_model->setData(m_model->index(1, column), QStringLiteral("abc")));
-    QCOMPARE(spy.count(), accepted ? 0 : 1);
-}
-
-void TestInvoiceItemTableModel::samePriceIsNoChange()
-{
-    InvoiceItem item;
-    item.productNumber = QStringLiteral("24");
-    item.quantity = 10000;
-    item.amount = 1240000;
-    item.vatRate = 2400;
-    m_model->fromInvoiceItem(&item);
+    for (const QString& edit : before)
+        setCell(*m_model, 0, edit.section('=', 0, 0).toInt(), edit.section('=', 1));
     m_model->committed();
-    QVERIFY(!m_model->isChanged());
-
-    QVERIFY(!m_model->setData(m_model->index(0, Model::PriceColumn), QStringLiteral("124")));
-    QVERIFY(!m_model->setData(m_model->index(0, Model::PriceColumn), QStringLiteral(" 124.00 ")));
-    QVERIFY(!m_model->isChanged());
-    // Shown excluding VAT the price is 100.00: again no change.
-    m_model->setVatIncluded(false);
-    QVERIFY(!m_model->setData(m_model->index(0, Model::PriceColumn), QStringLiteral("100")));
-    QVERIFY(!m_model->isChanged());
-    QVERIFY(m_model->setData(m_model->index(0, Model::PriceColumn), QStringLiteral("100.5")));
-    QVERIFY(m_model->isChanged());
-    QCOMPARE(m_model->invoiceItemAt(0)->amountVatExcluded(), 1005000LL);
-}
-
-void TestInvoiceItemTableModel::discountIsClamped_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<int>("stored");
-
-    QTest::addRow("150") << "150" << 10000;
-    QTest::addRow("-5") << "-5" << 0;
-    QTest::addRow("empty") << "" << 0;
-    QTest::addRow("fraction") << "12.5" << 1250;
-    QTest::addRow("two decimals") << "7.25" << 725;
-    QTest::addRow("hundred") << "100" << 10000;
-}
-
-void TestInvoiceItemTableModel::discountIsClamped()
-{
-    QFETCH(QString, text);
-    QFETCH(int, stored);
-
-    QVERIFY(m_model->insertRow(0));
-    setCell(*m_model, 0, Model::DiscountColumn, QStringLiteral("3"));
-    setCell(*m_model, 0, Model::DiscountColumn, text);
-    QCOMPARE(m_model->invoiceItemAt(0)->discount, stored);
-}
-
-void TestInvoiceItemTableModel::productNumberFillsRow()
-{
-    QVERIFY(m_model->insertRow(0));
-    setCell(*m_model, 0, Model::ProductColumn, QStringLiteral(" 255 "));
-    const InvoiceItem* item = m_model->invoiceItemAt(0);
-    QCOMPARE(item->productNumber, QStringLiteral("255"));
-    QCOMPARE(item->productName, QStringLiteral("Kaapeli"));
-    QCOMPARE(item->unitCode, QStringLiteral("kpl"));
-    QCOMPARE(item->vatRate, 2550);
-    QCOMPARE(m_model->index(0, 0).data().toString(), QStringLiteral("255 Kaapeli"));
-    QCOMPARE(m_model->index(0, 0).data(Qt::EditRole).toString(), QStringLiteral("255"));
-    // 8.00 without VAT is 10.04 with 25.5 %.
-    QCOMPARE(m_model->index(0, Model::PriceColumn).data(Qt::EditRole).toString(),
-        QStringLiteral("10") + QLocale().decimalPoint() + QStringLiteral("04"));
-    QCOMPARE(m_model->emptyProduct(), -1);
-}
-
-void TestInvoiceItemTableModel::unknownProductKeepsPriceAndText()
-{
-    QVERIFY(m_model->insertRow(0));
-    setCell(*m_model, 0, Model::ProductColumn, QStringLiteral("24"));
-    setCell(*m_model, 0, Model::TextColumn, QStringLiteral("  Työt maaliskuu "));
-    setCell(*m_model, 0, Model::QuantityColumn, QStringLiteral("2"));
-    const long long total = m_model->totalAmountVatIncluded();
-    QCOMPARE(total, 24800LL);
-
-    setCell(*m_model, 0, Model::ProductColumn, QStringLiteral("9999"));
-    const InvoiceItem* item = m_model->invoiceItemAt(0);
-    QVERIFY(item->productNumber.isEmpty());
-    QVERIFY(item->productName.isEmpty());
-    QCOMPARE(item->text, QStringLiteral("Työt maaliskuu"));
-    QCOMPARE(m_model->totalAmountVatIncluded(), total);
-    QCOMPARE(m_model->emptyProduct(), 0);
-    QCOMPARE(m_model->index(0, 0).data().toString(), QString());
+    QSignalSpy tooLarge(m_model.get(), &Model::tooLargeAmountEntered);
+    QCOMPARE(m_model->setData(m_model->index(0, column), text), accepted);
+    QCOMPARE(m_model->isChanged(), accepted);
+    // Only amounts beyond the limit are announced as too large.
+    QCOMPARE(tooLarge.count(), QByteArray(QTest::currentDataTag()).contains("too large") ? 1 : 0);
+    const QStringList stored = RecordFields::of(*m_model->invoiceItemAt(0));
+    for (const QString& field : fields)
+        QVERIFY2(stored.contains(field), qPrintable(field + " in " + stored.join(", ")));
 }
 
 void TestInvoiceItemTableModel::vatFreeRows()
@@ -446,37 +349,48 @@ void TestInvoiceItemTableModel::vatFreeRows()
     m_model->addVatToInvoiceItems();
     QCOMPARE(m_model->invoiceItemAt(0)->vatRate, 2400);
     m_model->removeVatFromInvoiceItems();
-    QCOMPARE(m_model->invoiceItemAt(0)->vatRate, 0);
     QCOMPARE(m_model->index(0, Model::VatColumn).data().toString(), QStringLiteral("0"));
+    // The row shows its product by number and name, edits by number.
+    QCOMPARE(m_model->index(0, 0).data().toString(), QStringLiteral("24 Konsultointi"));
+    QCOMPARE(m_model->index(0, 0).data(Qt::EditRole).toString(), QStringLiteral("24"));
+    QCOMPARE(m_model->emptyProduct(), -1);
 }
 
 void TestInvoiceItemTableModel::everyChangedCellIsAnnounced_data()
 {
-    QTest::addColumn<int>("operation");
-
-    QTest::addRow("product") << 0;
-    QTest::addRow("quantity") << 1;
-    QTest::addRow("price") << 2;
-    QTest::addRow("discount") << 3;
-    QTest::addRow("VAT mode") << 4;
-    QTest::addRow("remove VAT") << 5;
-    QTest::addRow("add VAT") << 6;
-    QTest::addRow("interest row") << 7;
-    QTest::addRow("text and unit") << 8;
-    QTest::addRow("set product") << 9;
+    QTest::addColumn<Operation>("operation");
+    auto row = [](const char* name, const Operation& operation) {
+        QTest::addRow("%s", name) << operation;
+    };
+    auto edit = [](int column, const char* text) {
+        return [=](Model& model, Registry&) { setCell(model, 1, column, QLatin1String(text)); };
+    };
+    row("product", edit(Model::ProductColumn, "24"));
+    row("quantity", edit(Model::QuantityColumn, "4"));
+    row("price", edit(Model::PriceColumn, "20"));
+    row("discount", edit(Model::DiscountColumn, "50"));
+    row("text", edit(Model::TextColumn, "Uusi"));
+    row("VAT mode", [](Model& model, Registry&) { model.setVatIncluded(false); });
+    row("remove VAT", [](Model& model, Registry&) { model.removeVatFromInvoiceItems(); });
+    row("add VAT", [](Model& model, Registry&) { model.addVatToInvoiceItems(); });
+    row("interest row",
+        [](Model& model, Registry&) { model.setQuantityAndAmountAndVat0(1, 10000, 123400); });
+    row("set product", [](Model& model, Registry& registry) {
+        bool found = false;
+        model.setProduct(1, registry.productByNumber(QStringLiteral("14"), found));
+    });
 }
 
 void TestInvoiceItemTableModel::everyChangedCellIsAnnounced()
 {
-    QFETCH(int, operation);
-
+    QFETCH(Operation, operation);
     for (int row = 0; row < 2; ++row) {
         QVERIFY(m_model->insertRow(row));
         setCell(*m_model, row, Model::ProductColumn, QStringLiteral("255"));
         setCell(*m_model, row, Model::QuantityColumn, QStringLiteral("3"));
         setCell(*m_model, row, Model::DiscountColumn, QStringLiteral("5"));
     }
-    if (operation == 6)
+    if (QByteArray(QTest::currentDataTag()) == "add VAT")
         m_model->removeVatFromInvoiceItems();
 
     const QStringList before = shownCells(*m_model);
@@ -485,41 +399,7 @@ void TestInvoiceItemTableModel::everyChangedCellIsAnnounced()
         [&](const QModelIndex& from, const QModelIndex& to) {
             announced.ranges.append({ from, to });
         });
-
-    bool found = false;
-    switch (operation) {
-    case 0:
-        setCell(*m_model, 1, Model::ProductColumn, QStringLiteral("24"));
-        break;
-    case 1:
-        setCell(*m_model, 1, Model::QuantityColumn, QStringLiteral("4"));
-        break;
-    case 2:
-        setCell(*m_model, 1, Model::PriceColumn, QStringLiteral("20"));
-        break;
-    case 3:
-        setCell(*m_model, 1, Model::DiscountColumn, QStringLiteral("50"));
-        break;
-    case 4:
-        m_model->setVatIncluded(false);
-        break;
-    case 5:
-        m_model->removeVatFromInvoiceItems();
-        break;
-    case 6:
-        m_model->addVatToInvoiceItems();
-        break;
-    case 7:
-        m_model->setQuantityAndAmountAndVat0(1, 10000, 123400);
-        break;
-    case 8:
-        setCell(*m_model, 1, Model::TextColumn, QStringLiteral("Uusi"));
-        setCell(*m_model, 1, Model::UnitColumn, QStringLiteral("m"));
-        break;
-    case 9:
-        m_model->setProduct(1, m_registry->productByNumber(QStringLiteral("14"), found));
-        break;
-    }
+    operation(*m_model, *m_registry);
 
     const QStringList after = shownCells(*m_model);
     int changed = 0;
@@ -537,19 +417,6 @@ void TestInvoiceItemTableModel::everyChangedCellIsAnnounced()
     }
     QVERIFY(changed > 0);
     QVERIFY(m_model->isChanged());
-}
-
-void TestInvoiceItemTableModel::readOnlyModelRefusesEdits()
-{
-    QVERIFY(m_model->insertRow(0));
-    m_model->setEditable(false);
-    for (int column = 0; column < Model::ColumnCount; ++column)
-        QVERIFY(!m_model->setData(m_model->index(0, column), QStringLiteral("5")));
-    m_model->setEditable(true);
-    QVERIFY(!m_model->setData(
-        m_model->index(0, Model::TextColumn), QStringLiteral("x"), Qt::DisplayRole));
-    for (int column = Model::DiscountedPriceColumn; column < Model::ColumnCount; ++column)
-        QVERIFY(!m_model->setData(m_model->index(0, column), QStringLiteral("5")));
 }
 
 void TestInvoiceItemTableModel::rowsInsertMoveAndRemove()
@@ -590,7 +457,6 @@ void TestInvoiceItemTableModel::rowsInsertMoveAndRemove()
 
 void TestInvoiceItemTableModel::clipboardRoundTrip()
 {
-    QVERIFY(qobject_cast<QGuiApplication*>(QCoreApplication::instance()));
     for (int row = 0; row < 3; ++row)
         QVERIFY(m_model->insertRow(row));
     setCell(*m_model, 0, Model::ProductColumn, QStringLiteral("24"));
@@ -607,33 +473,23 @@ void TestInvoiceItemTableModel::clipboardRoundTrip()
     QCOMPARE(source.copyRowsToClipboard({ 2, 0, 7 }), 2);
     const QString text = QGuiApplication::clipboard()->text();
     QCOMPARE(text.count(QLatin1Char('\n')), 2);
-    QVERIFY(text.endsWith(QLatin1Char('\n')));
     QCOMPARE(text.section(QLatin1Char('\n'), 0, 0).split(QLatin1Char('\t')).size(), 8);
     QVERIFY(text.startsWith(QStringLiteral("24\tKonsultointi\tSuunnittelu\t7")));
 
     Model target(m_registry.get());
-    QAbstractItemModelTester tester(&target);
     target.setEditable(true);
     QVERIFY(target.insertRow(0));
     InvoiceItemClipboard pasting(&target);
     QCOMPARE(pasting.pasteRowsFromClipboard(), 2);
     QCOMPARE(target.rowCount(), 3);
-    const QList<QPair<int, int>> pairs = { { 0, 1 }, { 2, 2 } };
-    for (const auto& pair : pairs) {
-        const InvoiceItem* original = m_model->invoiceItemAt(pair.first);
-        const InvoiceItem* pasted = target.invoiceItemAt(pair.second);
-        QCOMPARE(pasted->id, -1);
-        QCOMPARE(pasted->productNumber, original->productNumber);
-        QCOMPARE(pasted->productName, original->productName);
-        QCOMPARE(pasted->text, original->text);
-        QCOMPARE(pasted->quantity, original->quantity);
-        QCOMPARE(pasted->unitCode, original->unitCode);
-        QCOMPARE(pasted->amountVatIncluded(), original->amountVatIncluded());
-        QCOMPARE(pasted->discount, original->discount);
-        QCOMPARE(pasted->vatRate, original->vatRate);
-        QCOMPARE(pasted->totalAmountVatIncluded(), original->totalAmountVatIncluded());
-    }
     QVERIFY(target.isChanged());
+    // The same rows, as new ones.
+    for (const auto& pair : { qMakePair(0, 1), qMakePair(2, 2) }) {
+        InvoiceItem original;
+        m_model->invoiceItemAt(pair.first)->copy(&original);
+        original.rowNumber = target.invoiceItemAt(pair.second)->rowNumber;
+        QCOMPARE(RecordFields::of(*target.invoiceItemAt(pair.second)), RecordFields::of(original));
+    }
 
     // Cut: copied, then removed from the source.
     QCOMPARE(source.cutRowsToClipboard({ 1 }), 1);
@@ -756,43 +612,19 @@ void TestInvoiceItemTableModel::saveAndReload()
     }
     QCOMPARE(order, QStringList({ "uusi", "kolmas", "eka" }));
 
+    // Unchanged, the model writes nothing back over changes made elsewhere.
+    QVERIFY(
+        db.exec({ QStringLiteral("UPDATE invoice_item SET text = 'muualla' WHERE invoice_id = %1")
+                      .arg(invoiceId) }));
+    QVERIFY(again.saveInvoiceItems(query.get(), invoiceId));
+    QCOMPARE(db.value(countSql + QStringLiteral(" AND text = 'muualla'")).toInt(), 3);
+
     // Removing every row deletes them all on the next save.
     again.deleteInvoiceItems();
     QCOMPARE(again.rowCount(), 0);
     QVERIFY(again.saveInvoiceItems(query.get(), invoiceId));
     again.committed();
     QCOMPARE(db.value(countSql).toInt(), 0);
-}
-
-void TestInvoiceItemTableModel::nothingChangedWritesNothing()
-{
-    // Each back-end has one connection: this database replaces the fixture's.
-    TestDatabase db(TestDatabase::SQLite);
-    QVERIFY2(db.open(), qPrintable(db.lastError()));
-    std::unique_ptr<Query> query(db.database()->query());
-    const int invoiceId = saveInvoice(query.get(), 50);
-    QVERIFY2(invoiceId >= 0, qPrintable(query->lastError()));
-    QVERIFY(m_model->insertRow(0));
-    setCell(*m_model, 0, Model::TextColumn, QStringLiteral("alkuperäinen"));
-    QVERIFY(m_model->saveInvoiceItems(query.get(), invoiceId));
-    m_model->committed();
-
-    Model loaded(m_registry.get());
-    QVERIFY(loaded.loadInvoiceItems(query.get(), invoiceId));
-    QVERIFY(!loaded.isChanged());
-    // Changed behind the model's back: an unchanged model must not write it back.
-    QVERIFY(db.exec(
-        { QStringLiteral("UPDATE invoice_item SET text = 'muualla muutettu' WHERE invoice_id = %1")
-                .arg(invoiceId) }));
-    QVERIFY(loaded.saveInvoiceItems(query.get(), invoiceId));
-    const QString textSql
-        = QStringLiteral("SELECT text FROM invoice_item WHERE invoice_id = %1").arg(invoiceId);
-    QCOMPARE(db.value(textSql).toString(), QStringLiteral("muualla muutettu"));
-
-    loaded.setEditable(true);
-    setCell(loaded, 0, Model::QuantityColumn, QStringLiteral("2"));
-    QVERIFY(loaded.saveInvoiceItems(query.get(), invoiceId));
-    QCOMPARE(db.value(textSql).toString(), QStringLiteral("alkuperäinen"));
 }
 
 QTEST_MAIN(TestInvoiceItemTableModel)
