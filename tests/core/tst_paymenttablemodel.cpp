@@ -109,22 +109,20 @@ void TestPaymentTableModel::editing_data()
     QTest::addColumn<bool>("accepted");
     QTest::addColumn<QDate>("date");
     QTest::addColumn<int>("amount");
-
+    auto row = [](const char* name, int column, const QString& value, bool accepted,
+                   const QDate& date, int amount) {
+        QTest::addRow("%s", name) << column << QVariant(value) << accepted << date << amount;
+    };
     const QDate start(2024, 2, 1);
-    QTest::addRow("date") << 0 << QVariant(QStringLiteral("15.3.2024")) << true
-                          << QDate(2024, 3, 15) << 5000;
-    QTest::addRow("date as digits")
-        << 0 << QVariant(QStringLiteral("15032024")) << true << QDate(2024, 3, 15) << 5000;
-    QTest::addRow("impossible date")
-        << 0 << QVariant(QStringLiteral("31.2.2024")) << false << start << 5000;
-    QTest::addRow("date cleared") << 0 << QVariant(QString()) << true << QDate() << 5000;
-    QTest::addRow("same date") << 0 << QVariant(QStringLiteral("1.2.2024")) << false << start
-                               << 5000;
-    QTest::addRow("amount") << 1 << QVariant(QStringLiteral(" 1234.5 ")) << true << start << 123450;
-    QTest::addRow("negative amount")
-        << 1 << QVariant(QStringLiteral("-20")) << true << start << -2000;
-    QTest::addRow("amount text") << 1 << QVariant(QStringLiteral("abc")) << false << start << 5000;
-    QTest::addRow("same amount") << 1 << QVariant(QStringLiteral("50")) << false << start << 5000;
+    row("date", 0, "15.3.2024", true, QDate(2024, 3, 15), 5000);
+    row("date as digits", 0, "15032024", true, QDate(2024, 3, 15), 5000);
+    row("impossible date", 0, "31.2.2024", false, start, 5000);
+    row("date cleared", 0, QString(), true, QDate(), 5000);
+    row("same date", 0, "1.2.2024", false, start, 5000);
+    row("amount", 1, " 1234.5 ", true, start, 123450);
+    row("negative amount", 1, "-20", true, start, -2000);
+    row("amount text", 1, "abc", false, start, 5000);
+    row("same amount", 1, "50", false, start, 5000);
 }
 
 void TestPaymentTableModel::editing()
