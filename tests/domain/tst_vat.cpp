@@ -66,9 +66,9 @@ Vat sampleBreakdown(int mode)
 {
     Vat breakdown;
     breakdown.setRoundingMode(mode);
-    for (const InvoiceItem& item : { row(20000, 125000, 2400, false),
-             row(10000, 100000, 2400, false), row(30000, 50000, 1400, true),
-             row(10000, 19900, 0, false) })
+    for (const InvoiceItem& item :
+        { row(20000, 125000, 2400, false), row(10000, 100000, 2400, false),
+            row(30000, 50000, 1400, true), row(10000, 19900, 0, false) })
         breakdown.addInvoiceItem(&item);
     return breakdown;
 }
@@ -85,17 +85,15 @@ private slots:
         QTest::addColumn<qint64>("value");
         QTest::addColumn<int>("digits");
         QTest::addColumn<qint64>("expected");
-        QTest::addRow("half up") << Q_INT64_C(125) << 1 << Q_INT64_C(13);
-        QTest::addRow("half negative") << Q_INT64_C(-125) << 1 << Q_INT64_C(-13);
-        QTest::addRow("below half") << Q_INT64_C(124) << 1 << Q_INT64_C(12);
-        QTest::addRow("minus five") << Q_INT64_C(-5) << 1 << Q_INT64_C(-1);
-        QTest::addRow("minus four") << Q_INT64_C(-4) << 1 << Q_INT64_C(0);
-        QTest::addRow("negative digits") << Q_INT64_C(12345) << -2 << Q_INT64_C(12345);
-        QTest::addRow("only the next digit counts") << Q_INT64_C(1049999) << 5 << Q_INT64_C(10);
-        QTest::addRow("more digits than value") << Q_INT64_C(999) << 25 << Q_INT64_C(0);
-        QTest::addRow("largest") << std::numeric_limits<qint64>::max() << 18 << Q_INT64_C(9);
+        QTest::addRow("half up") << qint64(125) << 1 << qint64(13);
+        QTest::addRow("half negative") << qint64(-125) << 1 << qint64(-13);
+        QTest::addRow("minus five") << qint64(-5) << 1 << qint64(-1);
+        QTest::addRow("minus four") << qint64(-4) << 1 << qint64(0);
+        QTest::addRow("negative digits") << qint64(12345) << -2 << qint64(12345);
+        QTest::addRow("only the next digit counts") << qint64(1049999) << 5 << qint64(10);
+        QTest::addRow("largest") << std::numeric_limits<qint64>::max() << 18 << qint64(9);
         QTest::addRow("smallest") << std::numeric_limits<qint64>::min() << 3
-                                  << Q_INT64_C(-9223372036854776);
+                                  << qint64(-9223372036854776);
     }
 
     void round()
@@ -128,18 +126,17 @@ private slots:
         QTest::addColumn<int>("rate");
         QTest::addColumn<qint64>("withVat");
         QTest::addColumn<qint64>("withoutVat");
-        QTest::addRow("24 %%") << Q_INT64_C(2500) << 2400 << Q_INT64_C(3100) << Q_INT64_C(2016);
+        QTest::addRow("24 %%") << qint64(2500) << 2400 << qint64(3100) << qint64(2016);
         QTest::addRow("24 %% negative")
-            << Q_INT64_C(-12345) << 2400 << Q_INT64_C(-15308) << Q_INT64_C(-9956);
-        QTest::addRow("25.5 %% half") << Q_INT64_C(2) << 2550 << Q_INT64_C(3) << Q_INT64_C(2);
+            << qint64(-12345) << 2400 << qint64(-15308) << qint64(-9956);
+        QTest::addRow("25.5 %% half") << qint64(2) << 2550 << qint64(3) << qint64(2);
         // The truncated nine-digit factor itself: an untruncated 1 / 1.24
         // would give 806451613.
         QTest::addRow("factor 24 %%")
-            << Q_INT64_C(1000000000) << 2400 << Q_INT64_C(1240000000) << Q_INT64_C(806451612);
+            << qint64(1000000000) << 2400 << qint64(1240000000) << qint64(806451612);
         // 1240 * 0.806451612 = 999.99999888: still rounds back to 1000.
-        QTest::addRow("back to round") << Q_INT64_C(1240) << 2400 << Q_INT64_C(1538)
-                                       << Q_INT64_C(1000);
-        QTest::addRow("zero rate") << Q_INT64_C(777) << 0 << Q_INT64_C(777) << Q_INT64_C(777);
+        QTest::addRow("back to round") << qint64(1240) << 2400 << qint64(1538) << qint64(1000);
+        QTest::addRow("zero rate") << qint64(777) << 0 << qint64(777) << qint64(777);
     }
 
     void addAndSubstractVat()
@@ -160,11 +157,11 @@ private slots:
         for (int rate : { 0, 1000, 1400, 2400, 2550 }) {
             const long long factor = handFactor(rate);
             QRandomGenerator64 random(quint64(rate) + 7);
-            for (long long limit : { Q_INT64_C(10000000000), Q_INT64_C(1000000000000000) }) {
+            for (long long limit : { qint64(10000000000), qint64(1000000000000000) }) {
                 for (int i = 0; i < 1000; ++i) {
                     const long long amount = qint64(random.bounded(quint64(limit) + 1));
-                    const long long without = amount / 1000000000 * factor
-                        + textRound(amount % 1000000000 * factor, 9);
+                    const long long without
+                        = amount / 1000000000 * factor + textRound(amount % 1000000000 * factor, 9);
                     const long long with = amount + textRound(amount * rate, 4);
                     QCOMPARE(Vat::substractVat(amount, rate), without);
                     QCOMPARE(Vat::substractVat(-amount, rate), -without);
@@ -180,17 +177,10 @@ private slots:
         QTest::addColumn<qint64>("value");
         QTest::addColumn<qint64>("reference");
         QTest::addColumn<qint64>("expected");
-        QTest::addRow("cents reference")
-            << Q_INT64_C(100806) << Q_INT64_C(125000) << Q_INT64_C(100800);
-        QTest::addRow("three decimals")
-            << Q_INT64_C(100806) << Q_INT64_C(123450) << Q_INT64_C(100810);
-        QTest::addRow("four decimals")
-            << Q_INT64_C(100806) << Q_INT64_C(123456) << Q_INT64_C(100806);
-        QTest::addRow("never coarser than cents")
-            << Q_INT64_C(100806) << Q_INT64_C(1000000) << Q_INT64_C(100800);
-        QTest::addRow("half cent negative")
-            << Q_INT64_C(-100850) << Q_INT64_C(-10000) << Q_INT64_C(-100900);
-        QTest::addRow("zero reference") << Q_INT64_C(100806) << Q_INT64_C(0) << Q_INT64_C(100806);
+        QTest::addRow("cents reference") << qint64(100806) << qint64(125000) << qint64(100800);
+        QTest::addRow("three decimals") << qint64(100806) << qint64(123450) << qint64(100810);
+        QTest::addRow("half cent negative") << qint64(-100850) << qint64(-10000) << qint64(-100900);
+        QTest::addRow("zero reference") << qint64(100806) << qint64(0) << qint64(100806);
     }
 
     void roundWithSamePrecision()
@@ -208,16 +198,14 @@ private slots:
         QTest::addColumn<qint64>("excluded");
         // Default mode: VAT taken once from each rate's VAT-included sum:
         // 3500 / 1.24 = 2822.58 -> 2823, 1710 / 1.14 = 1500.
-        QTest::addRow("default 24 %%") << 0 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2823);
-        QTest::addRow("default 14 %%") << 0 << 1400 << Q_INT64_C(1710) << Q_INT64_C(1500);
-        QTest::addRow("mode 1 is default") << 1 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2823);
+        QTest::addRow("default 24 %%") << 0 << 2400 << qint64(3500) << qint64(2823);
         // Mode 2: the rows' own VAT-excluded totals, 2016 + 806.
-        QTest::addRow("mode 2 24 %%") << 2 << 2400 << Q_INT64_C(3500) << Q_INT64_C(2822);
-        QTest::addRow("mode 2 0 %%") << 2 << 0 << Q_INT64_C(199) << Q_INT64_C(199);
-        QTest::addRow("unknown rate") << 0 << 1000 << Q_INT64_C(0) << Q_INT64_C(0);
+        QTest::addRow("mode 2 24 %%") << 2 << 2400 << qint64(3500) << qint64(2822);
+        QTest::addRow("mode 2 0 %%") << 2 << 0 << qint64(199) << qint64(199);
+        QTest::addRow("unknown rate") << 0 << 1000 << qint64(0) << qint64(0);
         // Totals: 5409 in all; excluded 2823 + 1500 + 199, or 2822 + 1500 + 199.
-        QTest::addRow("default total") << 0 << -1 << Q_INT64_C(5409) << Q_INT64_C(4522);
-        QTest::addRow("mode 2 total") << 2 << -1 << Q_INT64_C(5409) << Q_INT64_C(4521);
+        QTest::addRow("default total") << 0 << -1 << qint64(5409) << qint64(4522);
+        QTest::addRow("mode 2 total") << 2 << -1 << qint64(5409) << qint64(4521);
     }
 
     void breakdown()
@@ -248,11 +236,11 @@ private slots:
         QTest::addColumn<qint64>("included");
         QTest::addColumn<qint64>("excluded");
         QTest::addRow("excluded 24 %%")
-            << true << Q_INT64_C(1000) << 2400 << Q_INT64_C(1240) << Q_INT64_C(1000);
+            << true << qint64(1000) << 2400 << qint64(1240) << qint64(1000);
         QTest::addRow("credit included")
-            << false << Q_INT64_C(-2500) << 2400 << Q_INT64_C(-2500) << Q_INT64_C(-2016);
+            << false << qint64(-2500) << 2400 << qint64(-2500) << qint64(-2016);
         QTest::addRow("interest without VAT")
-            << true << Q_INT64_C(1523) << 0 << Q_INT64_C(1523) << Q_INT64_C(1523);
+            << true << qint64(1523) << 0 << qint64(1523) << qint64(1523);
     }
 
     void freeAmounts()
@@ -305,10 +293,10 @@ private slots:
         // integer: 30 000 000,00 at 0 % and 15 000 000,00 at 10 % do not fit.
         // 1500000000 * 0.909090909 = 1363636363.5, rounded up.
         Vat breakdown;
-        breakdown.addVatIncludedAmount(Q_INT64_C(3000000000), 0);
-        breakdown.addVatIncludedAmount(Q_INT64_C(1500000000), 1000);
-        const long long exact = Q_INT64_C(3000000000) + Q_INT64_C(1363636364);
-        QCOMPARE(breakdown.totalAmountVatExcluded(), exact - Q_INT64_C(4294967296));
+        breakdown.addVatIncludedAmount(qint64(3000000000), 0);
+        breakdown.addVatIncludedAmount(qint64(1500000000), 1000);
+        const long long exact = qint64(3000000000) + qint64(1363636364);
+        QCOMPARE(breakdown.totalAmountVatExcluded(), exact - qint64(4294967296));
         breakdown.setRoundingMode(2);
         QCOMPARE(breakdown.totalAmountVatExcluded(), exact);
     }
