@@ -33,22 +33,6 @@ long long textRound(long long value, int digits)
     return negative ? -head.toLongLong() : head.toLongLong();
 }
 
-// 10^9 / (1 + rate), truncated, worked out by hand for the rates in use.
-long long handFactor(int rate)
-{
-    switch (rate) {
-    case 1000:
-        return 909090909; // 1 / 1.10 = 0.909090909090...
-    case 1400:
-        return 877192982; // 1 / 1.14 = 0.877192982456...
-    case 2400:
-        return 806451612; // 1 / 1.24 = 0.806451612903...
-    case 2550:
-        return 796812749; // 1 / 1.255 = 0.796812749003...
-    }
-    return 1000000000;
-}
-
 InvoiceItem row(long long quantity, long long amount, int vatRate, bool vatExcluded)
 {
     InvoiceItem item;
@@ -155,7 +139,8 @@ private slots:
     void largeAmountsExact()
     {
         for (int rate : { 0, 1000, 1400, 2400, 2550 }) {
-            const long long factor = handFactor(rate);
+            // 10^9 / (1 + rate), truncated, in exact integers.
+            const long long factor = Q_INT64_C(10000000000000) / (10000 + rate);
             QRandomGenerator64 random(quint64(rate) + 7);
             for (long long limit : { qint64(10000000000), qint64(1000000000000000) }) {
                 for (int i = 0; i < 1000; ++i) {
