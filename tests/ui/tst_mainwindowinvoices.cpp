@@ -97,7 +97,6 @@ private slots:
     void cleanup();
 
     void startsWithOneNewInvoice();
-    void typicalInvoiceByKeyboard();
     void saveChecksInOrder();
     void totalIsNeverRefused();
     void numberInUseIsRefused();
@@ -232,42 +231,6 @@ void TestMainWindowInvoices::startsWithOneNewInvoice()
     QVERIFY(window()->close());
     QVERIFY(window()->messages.isEmpty());
     QCOMPARE(m_f->storedInvoiceCount(), 0);
-}
-
-void TestMainWindowInvoices::typicalInvoiceByKeyboard()
-{
-    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
-    QCOMPARE(model()->invoice()->customerId, m_virtanen);
-    addRow(QStringLiteral("1"), QStringLiteral("7.5"));
-    addRow(QStringLiteral("2"), QStringLiteral("1"));
-    QCOMPARE(model()->invoiceItemTableModel()->rowCount(), 2);
-    QCOMPARE(model()->invoiceItemTableModel()->index(1, 0).data().toString(),
-        QStringLiteral("2 Kiintolevy"));
-
-    // 7,5 h x 80,00 = 600,00 + 25,5 % = 753,00; the disk 125,50 with VAT is
-    // 100,00 without.
-    const qint64 total = 75300 + 12550;
-    const qint64 vatExcluded = 60000 + 10000;
-    QCOMPARE(label("totalLabel"), money(total));
-    QCOMPARE(label("vatExcludedLabel"), money(vatExcluded));
-    QCOMPARE(label("vatLabel"), money(total - vatExcluded));
-    QCOMPARE(label("balanceLabel"), money(total));
-
-    save();
-    QVERIFY2(window()->messages.isEmpty(), qPrintable(window()->messages.join('\n')));
-    QCOMPARE(m_f->storedInvoiceCount(), 1);
-    QCOMPARE(
-        m_f->storedValue(QStringLiteral("SELECT total_amount FROM invoice")).toLongLong(), total);
-    QCOMPARE(label("positionLabel"), QStringLiteral("Lasku 1 / 1"));
-
-    QVERIFY(m_f->restart());
-    QCOMPARE(model()->invoice()->number, 1);
-    QCOMPARE(customerCombo()->currentText(), QStringLiteral("Virtanen Oy"));
-    QCOMPARE(model()->invoiceItemTableModel()->rowCount(), 2);
-    QCOMPARE(label("totalLabel"), money(total));
-    QCOMPARE(label("vatExcludedLabel"), money(vatExcluded));
-    QCOMPARE(
-        shownColumn(window(), InvoiceTableModel::TotalAmountColumn), QStringList { money(total) });
 }
 
 void TestMainWindowInvoices::saveChecksInOrder()
