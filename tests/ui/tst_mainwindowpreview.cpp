@@ -6,16 +6,12 @@
 #include "domain/payment.h"
 #include "domain/settings.h"
 #include "domain/vat.h"
-#include "print/invoicelistprintmodel.h"
 #include "print/invoiceprintmodel.h"
-#include "print/paymentprintmodel.h"
 #include "storage/database.h"
 #include "storage/query.h"
-#include "ui/invoicelistprintpreviewdialog.h"
 #include "ui/invoiceprintpreviewdialog.h"
 #include "ui/invoicerangedialog.h"
 #include "ui/mainwindow.h"
-#include "ui/paymentprintpreviewdialog.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -72,14 +68,11 @@ class TestMainWindowPreview : public QObject
 private slots:
     void initTestCase();
     void cleanupTestCase();
-    void commandsEnabled();
-    void printCurrentInvoice();
-    void reminderOfInvoiceNotYetDue();
-    void severalReceipts();
-    void invoiceListFollowsTheSearch();
+    void invoiceCommands_data();
+    void invoiceCommands();
     void printStraightWithoutPrinter();
-    void paymentJournal();
-    void customerAndProductLists();
+    void reports_data();
+    void reports();
 
 private:
     // Triggers the action and handles the modal windows it opens; returns
@@ -192,96 +185,58 @@ QStringList TestMainWindowPreview::trigger(
     return boxes;
 }
 
-void TestMainWindowPreview::commandsEnabled()
+void TestMainWindowPreview::invoiceCommands_data()
 {
-    for (const char* name : { "printAction", "printSelectedAction", "printSeveralAction",
-             "printReminderAction", "printRemindersAction", "printReceiptAction",
-             "printReceiptsAction", "invoiceListAction", "paymentJournalAction",
-             "customerListAction", "productListAction" }) {
-        QAction* action = m_window->findChild<QAction*>(QLatin1String(name));
-        QVERIFY2(action, name);
-        QVERIFY2(action->isEnabled(), name);
-    }
-    QCOMPARE(m_window->findChild<QAction*>(QStringLiteral("printAction"))->shortcut(),
-        QKeySequence(Qt::Key_F9));
-}
-
-void TestMainWindowPreview::printCurrentInvoice()
-{
-    QVERIFY(m_window->goToInvoice(0));
-    const int number = m_window->model()->invoice()->number;
-    int shown = -1;
-    int pages = 0;
-    const QStringList boxes = trigger("printAction", [&](QDialog* dialog) {
-        auto* preview = qobject_cast<InvoicePrintPreviewDialog*>(dialog);
-        if (!preview)
-            return;
-        InvoicePrintModel* model = preview->invoicePrintModel();
-        shown = model->invoiceCount() == 1 ? model->invoice(0)->number : -1;
-        pages = preview->pageCount();
-    });
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<int>("first"); // the current invoice, or the range asked for
+    QTest::addColumn<int>("last");
+    QTest::addColumn<QString>("boxes");
+    QTest::addColumn<int>("printType");
     // The preview is on by default; an invoice with rows asks nothing.
-    QCOMPARE(boxes, QStringList());
-    QCOMPARE(shown, number);
-    QCOMPARE(pages, 1);
-}
-
-void TestMainWindowPreview::reminderOfInvoiceNotYetDue()
-{
+    QTest::addRow("invoice") << "printAction" << 1 << 1 << "" << 0;
     // Invoice 2 falls due in a month.
-    bool found = false;
-    for (int i = 0; i < 3 && !found; ++i) {
-        QVERIFY(m_window->goToInvoice(i));
-        found = m_window->model()->invoice()->number == 2;
-    }
-    QVERIFY(found);
-    int printType = -1;
-    const QStringList boxes = trigger("printReminderAction", [&](QDialog* dialog) {
-        if (auto* preview = qobject_cast<InvoicePrintPreviewDialog*>(dialog))
-            printType = preview->invoicePrintModel()->printType();
-    });
-    QCOMPARE(boxes,
-        QStringList { "Huomaathan, että yksi tai usempi laskuista ei ole vielä erääntynyt." });
-    QCOMPARE(printType, 3);
+    QTest::addRow("reminder not yet due")
+        << "printReminderAction" << 2 << 2
+        << "Huomaathan, että yksi tai usempi laskuista ei ole vielä erääntynyt." << 3;
+    QTest::addRow("several receipts") << "printReceiptsAction" << 1 << 3
+                                      << "Huomaathan, että lasku ei ole vielä erääntynyt." << 4;
 }
 
-void TestMainWindowPreview::severalReceipts()
+// The print commands open the invoice preview with the right invoices
+// printed as the right type, after the cautions.
+void TestMainWindowPreview::invoiceCommands()
 {
-    m_window->firstNumber = 1;
-    m_window->lastNumber = 3;
+    QFETCH(QString, action);
+    QFETCH(int, first);
+    QFETCH(int, last);
+    QFETCH(QString, boxes);
+    QFETCH(int, printType);
+    QVERIFY(m_window->goToInvoice(0));
+    for (int i = 1; i < 3 && m_window->model()->invoice()->number != first; ++i)
+        QVERIFY(m_window->goToInvoice(i));
+    QCOMPARE(m_window->model()->invoice()->number, first);
+    m_window->firstNumber = first;
+    m_window->lastNumber = last;
     QList<int> numbers;
-    int printType = -1;
-    const QStringList boxes = trigger("printReceiptsAction", [&](QDialog* dialog) {
+    int type = -1;
+    int pages = 0;
+    const QStringList shown = trigger(qPrintable(action), [&](QDialog* dialog) {
         auto* preview = qobject_cast<InvoicePrintPreviewDialog*>(dialog);
         if (!preview)
             return;
         InvoicePrintModel* model = preview->invoicePrintModel();
         for (int i = 0; i < model->invoiceCount(); ++i)
             numbers.append(model->invoice(i)->number);
-        printType = model->printType();
+        type = model->printType();
+        pages = preview->pageCount();
     });
-    // Invoice 2 is not yet due.
-    QCOMPARE(boxes, QStringList { "Huomaathan, että lasku ei ole vielä erääntynyt." });
-    QCOMPARE(numbers, (QList<int> { 1, 2, 3 }));
-    QCOMPARE(printType, 4);
-}
-
-void TestMainWindowPreview::invoiceListFollowsTheSearch()
-{
-    // The window's active search: open invoices.
-    m_window->model()->lastCriteria()->paymentStatus = 1;
-    QStringList criteria;
-    int count = -1;
-    const QStringList boxes = trigger("invoiceListAction", [&](QDialog* dialog) {
-        if (auto* preview = qobject_cast<InvoiceListPrintPreviewDialog*>(dialog)) {
-            criteria = preview->listModel()->criteriaTexts();
-            count = preview->listModel()->invoiceCount();
-        }
-    });
-    m_window->model()->lastCriteria()->paymentStatus = -1;
-    QCOMPARE(boxes, QStringList());
-    QCOMPARE(criteria, QStringList { "Avoimet laskut" });
-    QCOMPARE(count, 3);
+    QCOMPARE(shown.join('|'), boxes);
+    QList<int> expected;
+    for (int number = first; number <= last; ++number)
+        expected.append(number);
+    QCOMPARE(numbers, expected);
+    QCOMPARE(type, printType);
+    QCOMPARE(pages, expected.size());
 }
 
 void TestMainWindowPreview::printStraightWithoutPrinter()
@@ -300,41 +255,45 @@ void TestMainWindowPreview::printStraightWithoutPrinter()
     QCOMPARE(boxes, (QStringList { "Yhtään tulostinta ei ole asennettu.", "no preview" }));
 }
 
-void TestMainWindowPreview::paymentJournal()
+void TestMainWindowPreview::reports_data()
 {
-    int payments = -1;
-    QString title;
-    const QStringList boxes = trigger("paymentJournalAction", [&](QDialog* dialog) {
-        if (auto* preview = qobject_cast<PaymentPrintPreviewDialog*>(dialog)) {
-            payments = preview->listModel()->paymentCount();
-            title = preview->documentName();
-        }
-    });
-    QCOMPARE(boxes, QStringList());
-    QCOMPARE(payments, 1);
-    QCOMPARE(title, QStringLiteral("Suorituspäiväkirja"));
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("shown"); // the title and the value at path
+    // The window's active search, open invoices, chooses the invoices listed.
+    QTest::addRow("invoice list criteria") << "invoiceListAction"
+                                           << "criteria/0"
+                                           << "Laskuluettelo Avoimet laskut";
+    QTest::addRow("invoice list") << "invoiceListAction"
+                                  << "invoices/length"
+                                  << "Laskuluettelo 3";
+    QTest::addRow("payment journal") << "paymentJournalAction"
+                                     << "payments/length"
+                                     << "Suorituspäiväkirja 1";
+    QTest::addRow("customer list") << "customerListAction"
+                                   << "customers/0/name"
+                                   << "Asiakasluettelo Rautakauppa Virtanen Oy";
+    // A new database has the product of interest rows.
+    QTest::addRow("product list") << "productListAction"
+                                  << "products/0/name"
+                                  << "Tuoteluettelo Viivästyskorko";
 }
 
-void TestMainWindowPreview::customerAndProductLists()
+void TestMainWindowPreview::reports()
 {
-    QString customers;
-    QStringList boxes = trigger("customerListAction", [&](QDialog* dialog) {
+    QFETCH(QString, action);
+    QFETCH(QString, path);
+    QFETCH(QString, shown);
+    m_window->model()->lastCriteria()->paymentStatus = 1;
+    QString seen;
+    const QStringList boxes = trigger(qPrintable(action), [&](QDialog* dialog) {
         if (auto* preview = qobject_cast<PrintPreviewDialog*>(dialog))
-            customers = preview->documentName() + QLatin1Char(' ')
-                + preview->model()->value(QStringLiteral("customers/0/name")).toString();
+            seen = preview->documentName() + QLatin1Char(' ')
+                + preview->model()->value(path).toString();
     });
+    m_window->model()->lastCriteria()->paymentStatus = -1;
     QCOMPARE(boxes, QStringList());
-    QCOMPARE(customers, QStringLiteral("Asiakasluettelo Rautakauppa Virtanen Oy"));
-
-    QString products;
-    boxes = trigger("productListAction", [&](QDialog* dialog) {
-        if (auto* preview = qobject_cast<PrintPreviewDialog*>(dialog))
-            products = preview->documentName() + QLatin1Char(' ')
-                + preview->model()->value(QStringLiteral("products/0/name")).toString();
-    });
-    QCOMPARE(boxes, QStringList());
-    // A new database has the product of interest rows.
-    QCOMPARE(products, QStringLiteral("Tuoteluettelo Viivästyskorko"));
+    QCOMPARE(seen, shown);
 }
 
 QTEST_MAIN(TestMainWindowPreview)
