@@ -9,7 +9,6 @@
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/settings.h"
-#include "domain/vat.h"
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
@@ -89,18 +88,8 @@ private:
                 item.rowNumber = row;
                 items.append(item);
             }
-            Vat vat;
-            for (const InvoiceItem& item : items)
-                vat.addInvoiceItem(&item);
-            invoice.totalAmount = int(vat.totalAmountVatIncluded());
-            invoice.balance = invoice.totalAmount;
-            if (!query->saveInvoice(&invoice))
+            if (!saveInvoice(query, &invoice, items))
                 return false;
-            for (InvoiceItem& item : items) {
-                item.invoiceId = invoice.id;
-                if (!query->saveInvoiceItem(&item))
-                    return false;
-            }
         }
         return true;
     }

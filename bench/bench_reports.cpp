@@ -9,7 +9,6 @@
 #include "domain/invoiceitem.h"
 #include "domain/payment.h"
 #include "domain/settings.h"
-#include "domain/vat.h"
 #include "print/invoicelistprintmodel.h"
 #include "print/paymentprintmodel.h"
 #include "print/printscriptengine.h"
@@ -69,19 +68,9 @@ private:
                 item.rowNumber = row;
                 items.append(item);
             }
-            Vat vat;
-            for (const InvoiceItem& item : items)
-                vat.addInvoiceItem(&item);
-            invoice.totalAmount = int(vat.totalAmountVatIncluded());
             const int parts = number % 3;
-            invoice.balance = parts == 0 ? invoice.totalAmount : 0;
-            if (!query->saveInvoice(&invoice))
+            if (!saveInvoice(query, &invoice, items, parts > 0))
                 return false;
-            for (InvoiceItem& item : items) {
-                item.invoiceId = invoice.id;
-                if (!query->saveInvoiceItem(&item))
-                    return false;
-            }
             for (int part = 0; part < parts; ++part) {
                 Payment payment;
                 payment.invoiceId = invoice.id;

@@ -1,6 +1,9 @@
 #include "benchsupport.h"
 
 #include "domain/decimal.h"
+#include "domain/invoice.h"
+#include "domain/invoiceitem.h"
+#include "domain/vat.h"
 #include "print/printscriptengine.h"
 #include "storage/query.h"
 
@@ -34,6 +37,23 @@ void BenchDatabase::create(const std::function<bool(Query*)>& fill)
         && m_registry.fetchBankAccounts(query.get()) && m_registry.fetchPrintScripts(query.get());
     if (!m_ok)
         m_error = query->lastError();
+}
+
+bool saveInvoice(Query* query, Invoice* invoice, QList<InvoiceItem>& items, bool paid)
+{
+    Vat vat;
+    for (const InvoiceItem& item : items)
+        vat.addInvoiceItem(&item);
+    invoice->totalAmount = int(vat.totalAmountVatIncluded());
+    invoice->balance = paid ? 0 : invoice->totalAmount;
+    if (!query->saveInvoice(invoice))
+        return false;
+    for (InvoiceItem& item : items) {
+        item.invoiceId = invoice->id;
+        if (!query->saveInvoiceItem(&item))
+            return false;
+    }
+    return true;
 }
 
 qint64 renderToMemory(PrintScriptEngine* engine, QString* error)

@@ -9,6 +9,8 @@
 #include <benchmark/benchmark.h>
 #include <functional>
 
+class Invoice;
+class InvoiceItem;
 class PrintScriptEngine;
 class Query;
 
@@ -52,6 +54,10 @@ Data* dataOrSkip(benchmark::State& state)
     state.SkipWithError(qPrintable(data.error()));
     return nullptr;
 }
+
+// Stores the invoice and its rows; the total follows the rows, and the
+// balance is the total unless the invoice is paid.
+bool saveInvoice(Query* query, Invoice* invoice, QList<InvoiceItem>& items, bool paid = false);
 
 // Draws the script into an A4 PDF in memory; the PDF's size in bytes, or -1
 // with the script's error.

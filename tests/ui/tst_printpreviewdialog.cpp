@@ -3,7 +3,6 @@
 #include "domain/invoiceitem.h"
 #include "domain/paymentcriteria.h"
 #include "domain/settings.h"
-#include "expected.h"
 #include "invoicefixture.h"
 #include "pdftools.h"
 #include "print/invoicelistprintmodel.h"
@@ -519,8 +518,6 @@ void TestPrintPreviewDialog::invoiceLayouts()
     const QString text = PdfTools::text(builtIn);
     QVERIFY(text.contains(QStringLiteral("LASKU")));
     QVERIFY(!text.contains(QStringLiteral("OMA POHJA")));
-    QVERIFY(text.contains(Expected::euros(Expected::total(InvoiceFixture::sampleItems()))));
-    QCOMPARE(PdfTools::pageCount(builtIn), 1);
     QCOMPARE(m_fixture.registry()
                  ->settings()
                  ->property(QStringLiteral("printScripts/invoice"))
