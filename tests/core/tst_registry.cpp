@@ -18,14 +18,6 @@
 
 namespace {
 
-QString readFile(const QString& fileName)
-{
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return QString();
-    return QString::fromUtf8(file.readAll());
-}
-
 // Writes the logging keys given, leaving the others out.
 QString iniWith(const QString& dir, const QVariantMap& keys)
 {
@@ -156,7 +148,9 @@ void TestRegistry::setupLogging()
     QCOMPARE(written.value(QStringLiteral("logging/debugEnabled")).toString(),
         debugEnabled ? QStringLiteral("true") : QStringLiteral("false"));
     // The version line goes out at debug level.
-    const QString log = readFile(QDir(dir).filePath(QStringLiteral("Veklari.log")));
+    QFile logFile(QDir(dir).filePath(QStringLiteral("Veklari.log")));
+    const QString log
+        = logFile.open(QIODevice::ReadOnly) ? QString::fromUtf8(logFile.readAll()) : QString();
     QCOMPARE(log.contains(QStringLiteral(" DEBUG [veklari.ui] Veklari 1.28.1\n")),
         enabled && debugEnabled);
 }

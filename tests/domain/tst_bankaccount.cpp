@@ -80,36 +80,18 @@ private slots:
 
     void formatBban_data()
     {
-        QTest::addColumn<QString>("iban");
+        QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("printed");
-        auto row = [](const char* name, const QString& iban, const QString& printed) {
-            QTest::addRow("%s", name) << iban << printed;
+        auto row = [](const char* name, const QString& input, const QString& printed) {
+            QTest::addRow("%s", name) << input << printed;
         };
+        // From real IBANs of the bank groups: zeros after six digits, or
+        // after seven in groups 4 and 5.
         row("group 1", "FI2112345600000785", "123456-785");
         row("group 8", "FI7980001200070150", "800012-70150");
         row("group 4", "FI3840552010002345", "405520-12345");
         row("group 4, guide account", "FI7944052020036082", "440520-236082");
         row("group 5, short", "FI2150000120000004", "500001-24");
-    }
-
-    void formatBban()
-    {
-        QFETCH(QString, iban);
-        QFETCH(QString, printed);
-        QVERIFY(ibanChecksOut(iban));
-        const QString bban = BankAccount::ibanToBban(iban);
-        QCOMPARE(BankAccount::formatBban(bban), printed);
-        // And back: the printed number pads to the same machine form.
-        QCOMPARE(machineForm(printed), bban);
-    }
-
-    void formatBbanEdges_data()
-    {
-        QTest::addColumn<QString>("bban");
-        QTest::addColumn<QString>("printed");
-        auto row = [](const char* name, const QString& bban, const QString& printed) {
-            QTest::addRow("%s", name) << bban << printed;
-        };
         row("spaces ignored", "1234 5600 0007 85", "123456-785");
         row("all zeros after bank", "12345600000000", "123456-0");
         row("group 5 all zeros", "50000100000000", "500001-0");
@@ -118,10 +100,17 @@ private slots:
         row("letters unchanged", "1234560000078X", "1234560000078X");
     }
 
-    void formatBbanEdges()
+    void formatBban()
     {
-        QFETCH(QString, bban);
-        QTEST(BankAccount::formatBban(bban), "printed");
+        QFETCH(QString, input);
+        QFETCH(QString, printed);
+        if (input.startsWith(QLatin1String("FI"))) {
+            QVERIFY(ibanChecksOut(input));
+            input = BankAccount::ibanToBban(input);
+            // And back: the printed number pads to the same machine form.
+            QCOMPARE(machineForm(printed), input);
+        }
+        QCOMPARE(BankAccount::formatBban(input), printed);
     }
 };
 
