@@ -2,6 +2,7 @@
 #include "domain/bankaccount.h"
 #include "domain/customer.h"
 #include "domain/invoice.h"
+#include "domain/invoicecriteria.h"
 #include "domain/invoiceitem.h"
 #include "domain/payment.h"
 #include "domain/printscript.h"
@@ -70,6 +71,18 @@ QStringList RecordFields::of(const InvoiceItem& r)
         field("quantity", r.quantity), field("unitCode", r.unitCode), field("amount", r.amount),
         field("vatRate", r.vatRate), field("vatExcluded", r.vatExcluded),
         field("discount", r.discount), field("text", r.text), field("rowNumber", r.rowNumber) };
+}
+
+QStringList RecordFields::of(const InvoiceCriteria& c)
+{
+    return { field("dateFrom", c.dateFrom), field("dateTo", c.dateTo),
+        field("dueDateFrom", c.dueDateFrom), field("dueDateTo", c.dueDateTo),
+        field("deliveryDateFrom", c.deliveryDateFrom), field("deliveryDateTo", c.deliveryDateTo),
+        field("numberFrom", c.numberFrom), field("numberTo", c.numberTo), field("number", c.number),
+        field("id", c.id), field("customerId", c.customerId), field("types", c.types),
+        field("paymentStatus", c.paymentStatus), field("balanceDate", c.balanceDate),
+        field("referenceNumber", c.referenceNumber), field("text", c.text), field("limit", c.limit),
+        field("descending", c.descending) };
 }
 
 QStringList RecordFields::of(const Payment& p)

@@ -6,6 +6,7 @@
 class BankAccount;
 class Customer;
 class Invoice;
+class InvoiceCriteria;
 class InvoiceItem;
 class Payment;
 class PrintScript;
@@ -22,6 +23,7 @@ public:
     static QStringList of(const Customer& customer);
     static QStringList of(const Invoice& invoice);
     static QStringList of(const InvoiceItem& item);
+    static QStringList of(const InvoiceCriteria& criteria);
     static QStringList of(const Payment& payment);
     static QStringList of(const PrintScript& script);
     static QStringList of(const Product& product);
