@@ -1,6 +1,5 @@
 #include "core/mainmodel.h"
 #include "core/registry.h"
-#include "domain/customer.h"
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/payment.h"
@@ -9,6 +8,7 @@
 #include "print/invoiceprintmodel.h"
 #include "storage/database.h"
 #include "storage/query.h"
+#include "tst_mainwindowfixture.h"
 #include "ui/invoiceprintpreviewdialog.h"
 #include "ui/invoicerangedialog.h"
 #include "ui/mainwindow.h"
@@ -20,43 +20,10 @@
 #include <QPrinterInfo>
 #include <QSpinBox>
 #include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
 #include <functional>
 #include <memory>
-
-namespace {
-
-class TestWindow : public MainWindow
-{
-public:
-    using MainWindow::MainWindow;
-
-    int firstNumber = 0;
-    int lastNumber = 0;
-    QStringList messages;
-
-protected:
-    bool askQuestion(const QString& question) override
-    {
-        messages.append(question);
-        return true;
-    }
-    void showCriticalMessage(const QString& message) override { messages.append(message); }
-    void showWarningMessage(const QString& message) override { messages.append(message); }
-    int execDialog(QDialog* dialog) override
-    {
-        if (auto* range = qobject_cast<InvoiceRangeDialog*>(dialog)) {
-            range->firstSpinBox()->setValue(firstNumber);
-            range->lastSpinBox()->setValue(lastNumber);
-            return QDialog::Accepted;
-        }
-        return QDialog::Rejected;
-    }
-};
-
-} // namespace
 
 // The main window's print and report commands open the right preview with
 // the right invoices. The modal windows are answered from a timer: message
@@ -80,27 +47,19 @@ private:
     QStringList trigger(const char* action, const std::function<void(QDialog*)>& inspect);
     int addInvoice(int number, const QDate& dueDate);
 
-    QTemporaryDir m_dir;
-    std::unique_ptr<Registry> m_registry;
-    std::unique_ptr<TestWindow> m_window;
+    WindowFixture m_fixture;
+    TestWindow* m_window = nullptr;
     int m_customerId = -1;
 };
 
 void TestMainWindowPreview::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
-    QVERIFY(m_dir.isValid());
-    m_registry = std::make_unique<Registry>();
-    m_registry->loadSettings(m_dir.filePath(QStringLiteral("veklari.ini")));
-    m_window = std::make_unique<TestWindow>(m_registry.get());
-    QVERIFY(m_window->openDatabase(-1));
-
-    std::unique_ptr<Query> query(m_registry->database()->query());
-    Customer customer;
-    customer.number = 1;
-    customer.name = QStringLiteral("Rautakauppa Virtanen Oy");
-    QVERIFY(query->saveCustomer(&customer));
-    m_customerId = customer.id;
+    QVERIFY(m_fixture.start(QDate::currentDate()));
+    m_window = m_fixture.window();
+    m_customerId = m_fixture.addCustomer(QStringLiteral("Rautakauppa Virtanen Oy"));
+    QVERIFY(m_customerId > 0);
+    std::unique_ptr<Query> query(m_fixture.database()->query());
     const QDate past = QDate::currentDate().addDays(-30);
     const QDate future = QDate::currentDate().addDays(30);
     QVERIFY(addInvoice(1, past) > 0);
@@ -118,13 +77,12 @@ void TestMainWindowPreview::initTestCase()
 
 void TestMainWindowPreview::cleanupTestCase()
 {
-    m_window.reset();
-    m_registry.reset();
+    m_fixture.stop();
 }
 
 int TestMainWindowPreview::addInvoice(int number, const QDate& dueDate)
 {
-    std::unique_ptr<Query> query(m_registry->database()->query());
+    std::unique_ptr<Query> query(m_fixture.database()->query());
     InvoiceItem item;
     item.productName = QStringLiteral("Suunnittelu");
     item.quantity = 20000;
@@ -215,8 +173,14 @@ void TestMainWindowPreview::invoiceCommands()
     for (int i = 1; i < 3 && m_window->model()->invoice()->number != first; ++i)
         QVERIFY(m_window->goToInvoice(i));
     QCOMPARE(m_window->model()->invoice()->number, first);
-    m_window->firstNumber = first;
-    m_window->lastNumber = last;
+    m_window->dialogHandler = [&](QDialog* dialog) {
+        auto* range = qobject_cast<InvoiceRangeDialog*>(dialog);
+        if (!range)
+            return int(QDialog::Rejected);
+        range->firstSpinBox()->setValue(first);
+        range->lastSpinBox()->setValue(last);
+        return int(QDialog::Accepted);
+    };
     QList<int> numbers;
     int type = -1;
     int pages = 0;
@@ -244,7 +208,7 @@ void TestMainWindowPreview::printStraightWithoutPrinter()
     // Never send a job to a real printer.
     if (!QPrinterInfo::availablePrinterNames().isEmpty())
         QSKIP("a printer is installed on this machine");
-    Settings* settings = m_registry->settings();
+    Settings* settings = m_fixture.registry()->settings();
     settings->setProperty(QStringLiteral("invoiceForm/printPreview"), false);
     QVERIFY(m_window->model()->saveSettings());
     QVERIFY(m_window->goToInvoice(0));
