@@ -129,7 +129,6 @@ private slots:
     void pageRangePrintsOnlyThosePages();
     void printReportCopies_data();
     void printReportCopies();
-    void noPrinterInstalled();
     void saveAs_data();
     void saveAs();
     void saveFailure();
@@ -303,53 +302,41 @@ void TestPrintPreviewDialog::pageRangePrintsOnlyThosePages()
 
 void TestPrintPreviewDialog::printReportCopies_data()
 {
+    QTest::addColumn<bool>("installed");
     QTest::addColumn<QString>("printer");
-    QTest::addColumn<QString>("copiesPrinter");
     QTest::addColumn<int>("copies");
-    QTest::addColumn<QStringList>("expected"); // printer|document|copies per run
-
-    QTest::addRow("original only") << "HP"
-                                   << "Kopio" << 0 << QStringList { "HP LaserJet 4|Koeraportti|1" };
+    QTest::addColumn<QString>("expected"); // printer, document and copies of each run
+    QTest::addRow("original only") << true << "HP" << 0 << "HP LaserJet 4 Koeraportti 1";
     QTest::addRow("two copies elsewhere")
-        << "HP"
-        << "Kopio" << 2
-        << QStringList { "HP LaserJet 4|Koeraportti|1", "Kopiokone Ricoh|Koeraportti (kopio)|2" };
+        << true << "HP" << 2 << "HP LaserJet 4 Koeraportti 1|Kopiokone Ricoh Koeraportti (kopio) 2";
     // A name that matches nothing falls back to the default printer.
     QTest::addRow("unknown printer")
-        << "Canon"
-        << "" << 1
-        << QStringList { "Kopiokone Ricoh|Koeraportti|1", "Kopiokone Ricoh|Koeraportti (kopio)|1" };
+        << true << "Canon" << 1
+        << "Kopiokone Ricoh Koeraportti 1|Kopiokone Ricoh Koeraportti (kopio) 1";
+    QTest::addRow("no printer installed")
+        << false << "HP" << 1 << "Yhtään tulostinta ei ole asennettu.";
 }
 
 void TestPrintPreviewDialog::printReportCopies()
 {
+    QFETCH(bool, installed);
     QFETCH(QString, printer);
-    QFETCH(QString, copiesPrinter);
     QFETCH(int, copies);
-    QFETCH(QStringList, expected);
-
+    QFETCH(QString, expected);
     auto dialog = newDialog();
-    dialog->printers = QStringList { "Kopiokone Ricoh", "HP LaserJet 4" };
+    if (installed)
+        dialog->printers = QStringList { "Kopiokone Ricoh", "HP LaserJet 4" };
     dialog->setPrinterName(printer);
-    dialog->setCopiesPrinterName(copiesPrinter);
+    dialog->setCopiesPrinterName(QStringLiteral("Kopio"));
     dialog->setNumberOfCopies(copies);
     QVERIFY(dialog->updatePrintPreview(&m_model));
-    QVERIFY(dialog->printReport());
-    QStringList runs;
+    QCOMPARE(dialog->printReport(), installed);
+    QStringList runs = dialog->messages;
     for (const PrintRun& run : std::as_const(dialog->runs))
-        runs.append(QStringLiteral("%1|%2|%3").arg(run.printer, run.documentName).arg(run.copies));
-    QCOMPARE(runs, expected);
-    QVERIFY(dialog->messages.isEmpty());
-    QCOMPARE(dialog->printer()->docName(), QStringLiteral("Koeraportti"));
-}
-
-void TestPrintPreviewDialog::noPrinterInstalled()
-{
-    auto dialog = newDialog();
-    QVERIFY(dialog->updatePrintPreview(&m_model));
-    QVERIFY(!dialog->printReport());
-    QVERIFY(dialog->runs.isEmpty());
-    QCOMPARE(dialog->messages, QStringList { "Yhtään tulostinta ei ole asennettu." });
+        runs.append(QStringLiteral("%1 %2 %3").arg(run.printer, run.documentName).arg(run.copies));
+    QCOMPARE(runs.join('|'), expected);
+    if (installed)
+        QCOMPARE(dialog->printer()->docName(), QStringLiteral("Koeraportti"));
 }
 
 void TestPrintPreviewDialog::saveAs_data()
@@ -591,36 +578,18 @@ void TestPrintPreviewDialog::searchFromTheListPreview()
     QVERIFY(dialog.updatePrintPreview(dialog.listModel()));
     bool filled = false;
     QTimer::singleShot(0, this, [&]() {
-        auto* search = qobject_cast<SearchDialog*>(QApplication::activeModalWidget());
-        if (!search)
-            return;
-        auto* status = search->findChild<QComboBox*>(QStringLiteral("paymentStatusCombo"));
-        status->setCurrentIndex(status->findData(1)); // open
-        auto edit = [search](const char* name) {
-            return search->findChild<QLineEdit*>(QLatin1String(name));
-        };
-        edit("balanceDateEdit")->setText(QStringLiteral("30.6.2025"));
-        edit("dateFromEdit")->setText(QStringLiteral("1.1.2025"));
-        edit("dateToEdit")->setText(QStringLiteral("31.3.2025"));
-        edit("textEdit")->setText(QStringLiteral("*kirja*"));
-        filled = true;
-        search->accept();
+        if (auto* search = qobject_cast<SearchDialog*>(QApplication::activeModalWidget())) {
+            search->findChild<QLineEdit*>(QStringLiteral("textEdit"))->setText("*kirja*");
+            filled = true;
+            search->accept();
+        }
     });
     dialog.searchAction()->trigger();
     QVERIFY(filled);
-    const InvoiceCriteria& criteria = dialog.listModel()->criteria();
-    QCOMPARE(criteria.paymentStatus, 1);
-    QCOMPARE(criteria.balanceDate, QDate(2025, 6, 30));
-    QCOMPARE(criteria.dateFrom, QDate(2025, 1, 1));
-    QCOMPARE(criteria.dateTo, QDate(2025, 3, 31));
-    QCOMPARE(criteria.text, QStringLiteral("*kirja*"));
     // The report ran again with the new criteria.
     const QString fileName = m_dir.filePath(QStringLiteral("haku.pdf"));
     QVERIFY(dialog.saveReport(fileName, 0));
-    const QString text = PdfTools::text(fileName);
-    QVERIFY2(text.contains(QStringLiteral("Avoimet laskut 30.6.2025 väliltä 1.1.2025 - 31.3.2025")),
-        qPrintable(text));
-    QVERIFY(text.contains(QStringLiteral("Hakusanalla *kirja*")));
+    QVERIFY(PdfTools::text(fileName).contains(QStringLiteral("Hakusanalla *kirja*")));
 
     // Cancelling changes nothing.
     QTimer::singleShot(0, this, [&]() {
