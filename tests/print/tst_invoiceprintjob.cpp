@@ -23,15 +23,11 @@ private slots:
     void invoiceScript_data();
     void invoiceScript();
     void otherScripts();
-    void dueDateWarning_data();
-    void dueDateWarning();
-    void noRowsQuestion_data();
-    void noRowsQuestion();
+    void cautions_data();
+    void cautions();
     void settings();
 
 private:
-    bool load(InvoicePrintModel& model, const QList<int>& numbers);
-
     InvoiceFixture m_fixture;
     QTemporaryDir m_dir;
     int m_storedId = -1;
@@ -76,13 +72,6 @@ void TestInvoicePrintJob::initTestCase()
     QVERIFY(m_fixture.addInvoice(0, {}, 1003) > 0);
     QVERIFY(m_fixture.testDatabase()->exec(
         { QStringLiteral("UPDATE invoice SET due_date = '2025-04-30' WHERE number = 1002") }));
-}
-
-bool TestInvoicePrintJob::load(InvoicePrintModel& model, const QList<int>& numbers)
-{
-    model.criteria().numberFrom = numbers.first();
-    model.criteria().numberTo = numbers.last();
-    return model.run() && model.invoiceCount() == numbers.size();
 }
 
 void TestInvoicePrintJob::invoiceScript_data()
@@ -137,61 +126,56 @@ void TestInvoicePrintJob::otherScripts()
     }
 }
 
-void TestInvoicePrintJob::dueDateWarning_data()
+void TestInvoicePrintJob::cautions_data()
 {
     QTest::addColumn<int>("kind");
     QTest::addColumn<QList<int>>("numbers");
     QTest::addColumn<QDate>("today");
-    QTest::addColumn<QString>("warning");
+    QTest::addColumn<bool>("preview");
+    QTest::addColumn<QString>("said"); // the caution and the question, as they come
 
     const int reminder = InvoicePrintJob::Reminder;
-    const int receipt = InvoicePrintJob::Receipt;
     const QList<int> first { 1001 };
     const QList<int> both { 1001, 1002 };
+    const QDate due(2025, 3, 15);
     QTest::addRow("reminder before the due date")
-        << reminder << first << QDate(2025, 3, 14) << reminderWarning;
-    QTest::addRow("reminder on the due date") << reminder << first << QDate(2025, 3, 15) << "";
+        << reminder << first << due.addDays(-1) << true << reminderWarning;
+    QTest::addRow("reminder on the due date") << reminder << first << due << true << "";
     QTest::addRow("reminders, one not yet due")
-        << reminder << both << QDate(2025, 4, 1) << reminderWarning;
-    QTest::addRow("reminders, all due") << reminder << both << QDate(2025, 5, 1) << "";
+        << reminder << both << QDate(2025, 4, 1) << true << reminderWarning;
+    QTest::addRow("reminders, all due") << reminder << both << QDate(2025, 5, 1) << true << "";
     QTest::addRow("receipt before the due date")
-        << receipt << QList<int> { 1002 } << QDate(2025, 4, 29) << receiptWarning;
+        << int(InvoicePrintJob::Receipt) << QList<int> { 1002 } << QDate(2025, 4, 29) << true
+        << receiptWarning;
     QTest::addRow("invoice is never cautioned")
-        << int(InvoicePrintJob::Invoice) << first << QDate(2025, 1, 1) << "";
+        << int(InvoicePrintJob::Invoice) << first << QDate(2025, 1, 1) << true << "";
+    QTest::addRow("no rows, printer")
+        << int(InvoicePrintJob::Invoice) << QList<int> { 1003 } << due << false << noRows;
+    // The preview shows the empty invoice; nothing to ask.
+    QTest::addRow("no rows, preview")
+        << int(InvoicePrintJob::Invoice) << QList<int> { 1003 } << due << true << "";
+    QTest::addRow("one of several without rows")
+        << reminder << QList<int> { 1001, 1002, 1003 } << QDate(2025, 3, 1) << false
+        << reminderWarning + "|" + noRows;
 }
 
-void TestInvoicePrintJob::dueDateWarning()
+void TestInvoicePrintJob::cautions()
 {
     QFETCH(int, kind);
     QFETCH(QList<int>, numbers);
     QFETCH(QDate, today);
-    QFETCH(QString, warning);
+    QFETCH(bool, preview);
+    QFETCH(QString, said);
     InvoicePrintModel model(m_fixture.registry());
     model.setPrintType(kind);
-    QVERIFY(load(model, numbers));
-    QCOMPARE(InvoicePrintJob::dueDateWarning(&model, kind, today), warning);
-}
-
-void TestInvoicePrintJob::noRowsQuestion_data()
-{
-    QTest::addColumn<QList<int>>("numbers");
-    QTest::addColumn<bool>("preview");
-    QTest::addColumn<QString>("question");
-    QTest::addRow("rows, printer") << QList<int> { 1001 } << false << "";
-    QTest::addRow("no rows, printer") << QList<int> { 1003 } << false << noRows;
-    // The preview shows the empty invoice; nothing to ask.
-    QTest::addRow("no rows, preview") << QList<int> { 1003 } << true << "";
-    QTest::addRow("one of several") << QList<int> { 1001, 1002, 1003 } << false << noRows;
-}
-
-void TestInvoicePrintJob::noRowsQuestion()
-{
-    QFETCH(QList<int>, numbers);
-    QFETCH(bool, preview);
-    QFETCH(QString, question);
-    InvoicePrintModel model(m_fixture.registry());
-    QVERIFY(load(model, numbers));
-    QCOMPARE(InvoicePrintJob::noRowsQuestion(&model, preview), question);
+    model.criteria().numberFrom = numbers.first();
+    model.criteria().numberTo = numbers.last();
+    QVERIFY(model.run());
+    QCOMPARE(model.invoiceCount(), numbers.size());
+    QStringList texts { InvoicePrintJob::dueDateWarning(&model, kind, today),
+        InvoicePrintJob::noRowsQuestion(&model, preview) };
+    texts.removeAll(QString());
+    QCOMPARE(texts.join('|'), said);
 }
 
 void TestInvoicePrintJob::settings()
