@@ -133,7 +133,7 @@ QList<ProductTreeModel::Group> ProductTreeModel::buildGroups() const
         groups.append(Group { category, {} });
     Group other;
     for (int row = 0; row < m_source->rowCount(); ++row) {
-        const Product* product = m_source->productAt(row);
+        const Product* product = m_source->recordAt(row);
         if (product->category.isEmpty()) {
             other.rows.append(row);
             continue;
@@ -145,8 +145,8 @@ QList<ProductTreeModel::Group> ProductTreeModel::buildGroups() const
 
     for (Group& group : groups) {
         std::sort(group.rows.begin(), group.rows.end(), [this](int a, int b) {
-            const QString& first = m_source->productAt(a)->number;
-            const QString& second = m_source->productAt(b)->number;
+            const QString& first = m_source->recordAt(a)->number;
+            const QString& second = m_source->recordAt(b)->number;
             // Numeric product codes sort by value, others as text.
             bool firstOk = false;
             bool secondOk = false;

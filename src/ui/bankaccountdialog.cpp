@@ -175,7 +175,7 @@ void BankAccountDialog::addAccount()
 {
     if (!commitForm())
         return;
-    const int row = m_model->addAccount(BankAccount());
+    const int row = m_model->addRecord(BankAccount());
     setCurrentAccountRow(row);
     m_nameEdit->setFocus();
 }
@@ -185,7 +185,7 @@ void BankAccountDialog::removeAccount()
     const int row = currentAccountRow();
     if (row < 0 || !commitForm())
         return;
-    m_model->removeAccount(row);
+    m_model->removeRecord(row);
     loadForm();
 }
 
@@ -226,7 +226,7 @@ void BankAccountDialog::formEdited()
 
 bool BankAccountDialog::commitForm()
 {
-    const BankAccount* current = m_model->accountAt(m_formRow);
+    const BankAccount* current = m_model->recordAt(m_formRow);
     if (!m_formDirty || !current)
         return true;
 
@@ -245,7 +245,7 @@ bool BankAccountDialog::commitForm()
     account.bic = m_bicEdit->text().trimmed().toUpper();
     account.visible = m_visibleCheck->isChecked();
     m_formDirty = false;
-    m_model->setAccount(m_formRow, account);
+    m_model->setRecord(m_formRow, account);
     return true;
 }
 
@@ -254,7 +254,7 @@ void BankAccountDialog::loadForm()
     m_loading = true;
     m_formRow = currentAccountRow();
     m_formDirty = false;
-    const BankAccount* account = m_model->accountAt(m_formRow);
+    const BankAccount* account = m_model->recordAt(m_formRow);
     BankAccount empty;
     if (!account)
         account = &empty;

@@ -204,7 +204,7 @@ void CustomerDialog::createWidgets()
 
 int CustomerDialog::currentCustomerId() const
 {
-    const Customer* customer = m_model->customerAt(currentSourceRow());
+    const Customer* customer = m_model->recordAt(currentSourceRow());
     return customer ? customer->id : -1;
 }
 
@@ -213,7 +213,7 @@ void CustomerDialog::setCurrentCustomerId(int id)
     const int row = m_model->rowOfId(id);
     if (row < 0)
         return;
-    if (m_model->customerAt(row)->deleted)
+    if (m_model->recordAt(row)->deleted)
         m_showDeletedCheck->setChecked(true);
     selectSourceRow(row);
 }
@@ -238,7 +238,7 @@ void CustomerDialog::addCustomer()
     m_searchEdit->clear();
     Customer customer;
     customer.number = m_model->nextFreeNumber();
-    const int row = m_model->addCustomer(customer);
+    const int row = m_model->addRecord(customer);
     selectSourceRow(row);
     m_nameEdit->setFocus();
 }
@@ -246,13 +246,13 @@ void CustomerDialog::addCustomer()
 void CustomerDialog::removeCustomer()
 {
     const int row = currentSourceRow();
-    const Customer* customer = m_model->customerAt(row);
+    const Customer* customer = m_model->recordAt(row);
     if (!customer || !commitForm())
         return;
     if (customer->deleted) {
-        m_model->restoreCustomer(row);
+        m_model->restoreRecord(row);
     } else {
-        m_model->removeCustomer(row);
+        m_model->removeRecord(row);
     }
     // The current row may have been filtered away or removed outright.
     loadForm();
@@ -309,7 +309,7 @@ void CustomerDialog::formEdited()
 
 bool CustomerDialog::commitForm()
 {
-    const Customer* current = m_model->customerAt(m_formRow);
+    const Customer* current = m_model->recordAt(m_formRow);
     if (!m_formDirty || !current)
         return true;
 
@@ -361,7 +361,7 @@ bool CustomerDialog::commitForm()
     customer.setPropertyIfNotEmpty(QStringLiteral("e2"), m_receiverEdit->text().trimmed());
     customer.setPropertyIfNotEmpty(QStringLiteral("e3"), m_ediEdit->text().trimmed());
     m_formDirty = false;
-    m_model->setCustomer(m_formRow, customer);
+    m_model->setRecord(m_formRow, customer);
     return true;
 }
 
@@ -370,7 +370,7 @@ void CustomerDialog::loadForm()
     m_loading = true;
     m_formRow = currentSourceRow();
     m_formDirty = false;
-    const Customer* customer = m_model->customerAt(m_formRow);
+    const Customer* customer = m_model->recordAt(m_formRow);
     Customer empty;
     if (!customer)
         customer = &empty;
@@ -424,7 +424,7 @@ int CustomerDialog::currentSourceRow() const
 
 void CustomerDialog::updateButtons()
 {
-    const Customer* customer = m_model->customerAt(currentSourceRow());
+    const Customer* customer = m_model->recordAt(currentSourceRow());
     m_removeButton->setEnabled(customer != nullptr);
     m_removeButton->setText(customer && customer->deleted ? tr("&Palauta") : tr("&Poista"));
 }

@@ -225,13 +225,13 @@ void ProductDialog::addProduct()
     Product product;
     // A new product joins the category that is being looked at.
     product.category = m_treeModel->category(m_view->selectionModel()->currentIndex());
-    const Product* current = m_model->productAt(currentProductRow());
+    const Product* current = m_model->recordAt(currentProductRow());
     if (current) {
         product.unitCode = current->unitCode;
         product.vatRate = current->vatRate;
         product.vatExcluded = current->vatExcluded;
     }
-    const int row = m_model->addProduct(product);
+    const int row = m_model->addRecord(product);
     setCurrentProductRow(row);
     m_numberEdit->setFocus();
 }
@@ -241,7 +241,7 @@ void ProductDialog::removeProduct()
     const int row = currentProductRow();
     if (row < 0 || !commitForm())
         return;
-    m_model->removeProduct(row);
+    m_model->removeRecord(row);
     if (m_model->rowCount() > 0)
         setCurrentProductRow(qMin(row, m_model->rowCount() - 1));
     loadForm();
@@ -281,7 +281,7 @@ void ProductDialog::formEdited()
 
 bool ProductDialog::commitForm()
 {
-    const Product* current = m_model->productAt(m_formRow);
+    const Product* current = m_model->recordAt(m_formRow);
     if (!m_formDirty || !current)
         return true;
 
@@ -326,7 +326,7 @@ bool ProductDialog::commitForm()
     m_formDirty = false;
     // A new category or number regroups the tree and drops the selection.
     const int selected = currentProductRow();
-    m_model->setProduct(m_formRow, product);
+    m_model->setRecord(m_formRow, product);
     if (selected >= 0 && currentProductRow() != selected) {
         const bool reverting = m_reverting;
         m_reverting = true;
@@ -342,7 +342,7 @@ void ProductDialog::loadForm()
     m_loading = true;
     m_formRow = currentProductRow();
     m_formDirty = false;
-    const Product* product = m_model->productAt(m_formRow);
+    const Product* product = m_model->recordAt(m_formRow);
     Product empty;
     if (!product)
         product = &empty;

@@ -1,0 +1,555 @@
+#include "core/bankaccounttablemodel.h"
+#include "core/customertablemodel.h"
+#include "core/producttablemodel.h"
+#include "core/producttreemodel.h"
+#include "core/registry.h"
+#include "recordfields.h"
+#include "samplerecords.h"
+#include "testdatabase.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QtTest>
+#include <memory>
+
+namespace {
+
+// What the generic checks need to know of each register.
+template<typename T>
+struct Register;
+
+template<>
+struct Register<Customer>
+{
+    using Model = CustomerTableModel;
+    static constexpr const char* table = "customer";
+    static constexpr bool keepsDeleted = true;
+    static constexpr auto fetch = &Query::fetchCustomers;
+    static constexpr auto read = &Query::customer;
+    static constexpr auto count = &Registry::customerCount;
+    static constexpr auto at = &Registry::customerAt;
+    static Customer sample(int n, const QString& name)
+    {
+        Customer customer = SampleRecords::customer();
+        customer.number = n;
+        customer.name = name;
+        customer.deleted = false;
+        return customer;
+    }
+};
+
+template<>
+struct Register<Product>
+{
+    using Model = ProductTableModel;
+    static constexpr const char* table = "product";
+    static constexpr bool keepsDeleted = false;
+    static constexpr auto fetch = &Query::fetchProducts;
+    static constexpr auto read = &Query::product;
+    static constexpr auto count = &Registry::productCount;
+    static constexpr auto at = &Registry::productAt;
+    static Product sample(int n, const QString& name)
+    {
+        Product product = SampleRecords::product();
+        product.number = QString::number(n);
+        product.name = name;
+        return product;
+    }
+};
+
+template<>
+struct Register<BankAccount>
+{
+    using Model = BankAccountTableModel;
+    static constexpr const char* table = "bank_account";
+    static constexpr bool keepsDeleted = true;
+    static constexpr auto fetch = &Query::fetchBankAccounts;
+    static constexpr auto read = &Query::bankAccount;
+    static constexpr auto count = &Registry::bankAccountCount;
+    static constexpr auto at = &Registry::bankAccountAt;
+    static BankAccount sample(int n, const QString& name)
+    {
+        BankAccount account = SampleRecords::bankAccount();
+        account.shortName = QString::number(n);
+        account.name = name;
+        account.deleted = false;
+        return account;
+    }
+};
+
+// Every stored record by id, read on a query of its own.
+template<typename T>
+QMap<int, T> stored(Database* database)
+{
+    QMap<int, T> result;
+    std::unique_ptr<Query> query(database->query());
+    if (!(query.get()->*Register<T>::fetch)())
+        return result;
+    while (query->next()) {
+        T record;
+        (query.get()->*Register<T>::read)(&record);
+        result.insert(record.id, record);
+    }
+    return result;
+}
+
+// The registry's own copy of a record.
+template<typename T>
+const T* registered(const Registry& registry, int id)
+{
+    for (int i = 0; i < (registry.*Register<T>::count)(); ++i) {
+        if ((registry.*Register<T>::at)(i)->id == id)
+            return (registry.*Register<T>::at)(i);
+    }
+    return nullptr;
+}
+
+template<typename T>
+bool isDeleted(const T& record)
+{
+    if constexpr (Register<T>::keepsDeleted)
+        return record.deleted;
+    else
+        return false;
+}
+
+// A trigger that refuses to insert a record named "Virhe".
+QStringList refusingTrigger(TestDatabase::Backend backend, const QString& table)
+{
+    if (backend == TestDatabase::SQLite) {
+        return { QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON %1 WHEN NEW.name = 'Virhe' "
+                                "BEGIN SELECT RAISE(ABORT, 'hylätty'); END")
+                     .arg(table) };
+    }
+    return { QStringLiteral("CREATE FUNCTION refuse() RETURNS trigger AS $$ BEGIN IF NEW.name = "
+                            "'Virhe' THEN RAISE EXCEPTION 'hylätty'; END IF; RETURN NEW; END $$ "
+                            "LANGUAGE plpgsql"),
+        QStringLiteral("CREATE TRIGGER refuse BEFORE INSERT ON %1 FOR EACH ROW "
+                       "EXECUTE FUNCTION refuse()")
+            .arg(table) };
+}
+
+// The tree as text: "category: number number; category: number".
+QString treeText(const ProductTreeModel& tree)
+{
+    QStringList groups;
+    for (int group = 0; group < tree.rowCount(); ++group) {
+        const QModelIndex parent = tree.index(group, 0);
+        QStringList numbers;
+        for (int row = 0; row < tree.rowCount(parent); ++row)
+            numbers.append(tree.index(row, 0, parent).data().toString());
+        groups.append(parent.data().toString() + QStringLiteral(": ") + numbers.join(u' '));
+    }
+    return groups.join(QStringLiteral("; "));
+}
+
+enum Kind
+{
+    Customers,
+    Products,
+    BankAccounts
+};
+
+} // namespace
+
+class TestRecordTableModel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+
+    void roundTrip_data();
+    void roundTrip();
+    void failedSaveRollsBackEverything_data();
+    void failedSaveRollsBackEverything();
+    void saveWithoutDatabase();
+    void nextFreeCustomerNumber_data();
+    void nextFreeCustomerNumber();
+    void shownValues_data();
+    void shownValues();
+    void treeGroupsByCategory_data();
+    void treeGroupsByCategory();
+    void treeFollowsEdits();
+    void moveSkipsDeletedAccounts_data();
+    void moveSkipsDeletedAccounts();
+
+private:
+    template<typename T>
+    void roundTrip(TestDatabase::Backend backend);
+    template<typename T>
+    void rollBack(TestDatabase::Backend backend);
+    void addRegistersOnBothBackends();
+};
+
+void TestRecordTableModel::initTestCase()
+{
+    QStandardPaths::setTestModeEnabled(true);
+}
+
+void TestRecordTableModel::addRegistersOnBothBackends()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("backend");
+    for (int backend : { TestDatabase::SQLite, TestDatabase::PostgreSQL }) {
+        const QByteArray name
+            = TestDatabase::backendName(TestDatabase::Backend(backend)).toLatin1();
+        QTest::addRow("customers %s", name.constData()) << int(Customers) << backend;
+        QTest::addRow("products %s", name.constData()) << int(Products) << backend;
+        QTest::addRow("accounts %s", name.constData()) << int(BankAccounts) << backend;
+    }
+}
+
+template<typename T>
+void TestRecordTableModel::roundTrip(TestDatabase::Backend backend)
+{
+    TestDatabase db(backend);
+    QVERIFY2(db.open(), qPrintable(db.lastError()));
+    Registry registry;
+    registry.setDatabase(db.database());
+    typename Register<T>::Model model(&registry);
+    QAbstractItemModelTester tester(&model);
+    model.load();
+    QCOMPARE(model.rowCount(), 0);
+    // A new database has its interest product already.
+    const int before = int(stored<T>(db.database()).size());
+
+    model.addRecord(Register<T>::sample(1, QStringLiteral("Åström & Söner")));
+    model.addRecord(Register<T>::sample(2, QStringLiteral("Toinen")));
+    QVERIFY(model.isModified());
+    QVERIFY2(model.save(db.database()), qPrintable(model.lastError()));
+    QVERIFY(!model.isModified());
+    QMap<int, T> rows = stored<T>(db.database());
+    QCOMPARE(rows.size(), before + 2);
+    for (int row = 0; row < 2; ++row) {
+        const T* mine = model.recordAt(row);
+        QVERIFY(mine->id >= 0);
+        QCOMPARE(RecordFields::of(rows.value(mine->id)), RecordFields::of(*mine));
+    }
+    QCOMPARE((registry.*Register<T>::count)(), before + 2);
+
+    T edited;
+    model.recordAt(0)->copy(&edited);
+    edited.name = QStringLiteral("Muutettu");
+    QVERIFY(model.setRecord(0, edited));
+    const int removedId = model.recordAt(1)->id;
+    QVERIFY(model.removeRecord(1));
+    QVERIFY2(model.save(db.database()), qPrintable(model.lastError()));
+    rows = stored<T>(db.database());
+    QCOMPARE(rows.value(model.recordAt(0)->id).name, QStringLiteral("Muutettu"));
+    if constexpr (Register<T>::keepsDeleted) {
+        QCOMPARE(model.rowCount(), 2);
+        QVERIFY(model.index(1, 0).data(Register<T>::Model::DeletedRole).toBool());
+        QVERIFY(rows.value(removedId).deleted);
+        QVERIFY(!rows.value(model.recordAt(0)->id).deleted);
+    } else {
+        QCOMPARE(model.rowCount(), 1);
+        QVERIFY(!rows.contains(removedId));
+    }
+    QCOMPARE(int(rows.size()), before + (Register<T>::keepsDeleted ? 2 : 1));
+
+    // A fresh model starts from the refreshed registry.
+    typename Register<T>::Model reloaded(&registry);
+    reloaded.load();
+    QCOMPARE(reloaded.rowCount(), int(rows.size()));
+    const int id = model.recordAt(0)->id;
+    QCOMPARE(reloaded.recordAt(reloaded.rowOfId(id))->name, QStringLiteral("Muutettu"));
+    QCOMPARE(registered<T>(registry, id)->name, QStringLiteral("Muutettu"));
+    QVERIFY(registered<T>(registry, id) != reloaded.recordAt(reloaded.rowOfId(id)));
+}
+
+void TestRecordTableModel::roundTrip_data()
+{
+    addRegistersOnBothBackends();
+}
+
+void TestRecordTableModel::roundTrip()
+{
+    QFETCH(int, kind);
+    QFETCH(int, backend);
+    const auto on = TestDatabase::Backend(backend);
+    if (kind == Customers)
+        roundTrip<Customer>(on);
+    else if (kind == Products)
+        roundTrip<Product>(on);
+    else
+        roundTrip<BankAccount>(on);
+}
+
+template<typename T>
+void TestRecordTableModel::rollBack(TestDatabase::Backend backend)
+{
+    TestDatabase db(backend);
+    QVERIFY2(db.open(), qPrintable(db.lastError()));
+    QVERIFY2(db.exec(refusingTrigger(backend, QLatin1String(Register<T>::table))),
+        qPrintable(db.lastError()));
+    const QList<int> preexisting = stored<T>(db.database()).keys();
+    Registry registry;
+    typename Register<T>::Model model(&registry);
+    model.load();
+    model.addRecord(Register<T>::sample(1, QStringLiteral("Vanha")));
+    model.addRecord(Register<T>::sample(2, QStringLiteral("Poistettava")));
+    QVERIFY2(model.save(db.database()), qPrintable(model.lastError()));
+    const QMap<int, T> before = stored<T>(db.database());
+    const int count = (registry.*Register<T>::count)();
+
+    // An update, a removal, a good insert and an insert the trigger refuses.
+    T edited;
+    model.recordAt(0)->copy(&edited);
+    edited.name = QStringLiteral("Muutettu");
+    model.setRecord(0, edited);
+    model.removeRecord(1);
+    const int goodRow = model.addRecord(Register<T>::sample(3, QStringLiteral("Hyvä")));
+    const int badRow = model.addRecord(Register<T>::sample(4, QStringLiteral("Virhe")));
+    QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+    QVERIFY(!model.save(db.database()));
+    QVERIFY2(model.lastError().contains(QStringLiteral("hylätty")), qPrintable(model.lastError()));
+    QCOMPARE(stored<T>(db.database()).keys(), before.keys());
+    for (const T& record : before)
+        QCOMPARE(
+            RecordFields::of(stored<T>(db.database()).value(record.id)), RecordFields::of(record));
+    QCOMPARE((registry.*Register<T>::count)(), count);
+    QCOMPARE(registered<T>(registry, model.recordAt(0)->id)->name, QStringLiteral("Vanha"));
+    // The edits are kept; the rolled-back insert lost its id.
+    QCOMPARE(model.recordAt(0)->name, QStringLiteral("Muutettu"));
+    QCOMPARE(model.recordAt(goodRow)->id, -1);
+    QVERIFY(model.isModified());
+    QCOMPARE(reset.count(), 0);
+
+    // The refused record was never stored, so it goes at once, and the rest
+    // gets through.
+    const int rows = model.rowCount();
+    QVERIFY(model.removeRecord(badRow));
+    QCOMPARE(model.rowCount(), rows - 1);
+    QVERIFY2(model.save(db.database()), qPrintable(model.lastError()));
+    QStringList names;
+    for (const T& record : stored<T>(db.database())) {
+        if (!preexisting.contains(record.id))
+            names.append(record.name + (isDeleted(record) ? QStringLiteral("-") : QString()));
+    }
+    QCOMPARE(names.join(u' '),
+        Register<T>::keepsDeleted ? QStringLiteral("Muutettu Poistettava- Hyvä")
+                                  : QStringLiteral("Muutettu Hyvä"));
+}
+
+void TestRecordTableModel::failedSaveRollsBackEverything_data()
+{
+    addRegistersOnBothBackends();
+}
+
+void TestRecordTableModel::failedSaveRollsBackEverything()
+{
+    QFETCH(int, kind);
+    QFETCH(int, backend);
+    const auto on = TestDatabase::Backend(backend);
+    if (kind == Customers)
+        rollBack<Customer>(on);
+    else if (kind == Products)
+        rollBack<Product>(on);
+    else
+        rollBack<BankAccount>(on);
+}
+
+void TestRecordTableModel::saveWithoutDatabase()
+{
+    Registry registry;
+    CustomerTableModel model(&registry);
+    model.addRecord(Register<Customer>::sample(1, QStringLiteral("A")));
+    QVERIFY(!model.save(nullptr));
+    QCOMPARE(model.lastError(), QStringLiteral("Tietokantaa ei ole avattu."));
+    QVERIFY(model.isModified());
+}
+
+void TestRecordTableModel::nextFreeCustomerNumber_data()
+{
+    QTest::addColumn<QList<int>>("numbers");
+    QTest::addColumn<QList<bool>>("deleted");
+    QTest::addColumn<int>("expected");
+    QTest::addRow("empty") << QList<int>() << QList<bool>() << 1;
+    QTest::addRow("gap") << QList<int> { 1, 5, 3 } << QList<bool> { 0, 0, 0 } << 6;
+    QTest::addRow("deleted") << QList<int> { 1, 2, 40 } << QList<bool> { 0, 0, 1 } << 41;
+}
+
+void TestRecordTableModel::nextFreeCustomerNumber()
+{
+    QFETCH(QList<int>, numbers);
+    QFETCH(QList<bool>, deleted);
+    QFETCH(int, expected);
+
+    QList<Customer*> customers;
+    for (int i = 0; i < numbers.size(); ++i) {
+        customers.append(new Customer());
+        customers.last()->id = i + 1;
+        customers.last()->number = numbers.at(i);
+        customers.last()->deleted = deleted.at(i);
+    }
+    Registry registry;
+    registry.copyCustomersFrom(customers);
+    qDeleteAll(customers);
+    CustomerTableModel model(&registry);
+    model.load();
+    QCOMPARE(model.nextFreeNumber(), expected);
+    QCOMPARE(model.rowOfNumber(expected), -1);
+    if (!numbers.isEmpty())
+        QCOMPARE(model.rowOfNumber(numbers.last()), numbers.size() - 1);
+}
+
+void TestRecordTableModel::shownValues_data()
+{
+    QTest::addColumn<qlonglong>("amount");
+    QTest::addColumn<int>("vatRate");
+    QTest::addColumn<bool>("vatExcluded");
+    QTest::addColumn<QString>("shown"); // price | rate | mode
+    QTest::addRow("two decimals at least") << 650000LL << 2550 << true << "65,00|25,5|Veroton";
+    QTest::addRow("four at most") << 12345LL << 2400 << false << "1,2345|24|Verollinen";
+    QTest::addRow("zero") << 0LL << 0 << false << "0,00|0|Verollinen";
+}
+
+void TestRecordTableModel::shownValues()
+{
+    QFETCH(qlonglong, amount);
+    QFETCH(int, vatRate);
+    QFETCH(bool, vatExcluded);
+    QFETCH(QString, shown);
+
+    // Numbers follow the user's locale; the table above is written in Finnish.
+    shown.replace(u',', QLocale::system().decimalPoint());
+    Registry registry;
+    ProductTableModel model(&registry);
+    Product product = Register<Product>::sample(1, QStringLiteral("Tuote"));
+    product.amount = amount;
+    product.vatRate = vatRate;
+    product.vatExcluded = vatExcluded;
+    model.addRecord(product);
+    QStringList texts;
+    for (int column : { ProductTableModel::AmountColumn, ProductTableModel::VatRateColumn,
+             ProductTableModel::VatModeColumn })
+        texts.append(model.index(0, column).data().toString());
+    QCOMPARE(texts.join(u'|'), shown);
+
+    BankAccountTableModel accounts(&registry);
+    accounts.addRecord(Register<BankAccount>::sample(1, QStringLiteral("Nordea")));
+    const QModelIndex iban = accounts.index(0, BankAccountTableModel::IbanColumn);
+    QCOMPARE(iban.data().toString(), QStringLiteral("FI21 1234 5600 0007 85"));
+    QCOMPARE(iban.data(Qt::EditRole).toString(), QStringLiteral("FI2112345600000785"));
+}
+
+void TestRecordTableModel::treeGroupsByCategory_data()
+{
+    QTest::addColumn<QStringList>("products"); // "number/category"
+    QTest::addColumn<QString>("tree");
+    QTest::addRow("empty") << QStringList() << QString();
+    QTest::addRow("sorted") << QStringList {
+        "999/", "10/Tarvikkeet", "9/Palvelut", "A1/Tarvikkeet", "2/Ätyökalut", "11/Palvelut"
+    } << "Palvelut: 9 11; Tarvikkeet: 10 A1; Ätyökalut: 2; Muut tuotteet: 999";
+}
+
+void TestRecordTableModel::treeGroupsByCategory()
+{
+    QFETCH(QStringList, products);
+    QFETCH(QString, tree);
+
+    Registry registry;
+    ProductTableModel model(&registry);
+    ProductTreeModel treeModel(&model);
+    QAbstractItemModelTester tester(&treeModel);
+    for (const QString& entry : products) {
+        Product product = Register<Product>::sample(0, QStringLiteral("Tuote"));
+        product.number = entry.section(u'/', 0, 0);
+        product.category = entry.section(u'/', 1);
+        model.addRecord(product);
+    }
+    QCOMPARE(treeText(treeModel), tree);
+    // Every product maps back to its own table row.
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const QModelIndex index = treeModel.indexOfSourceRow(row);
+        QCOMPARE(treeModel.sourceRow(index), row);
+        QCOMPARE(index.data().toString(), model.recordAt(row)->number);
+        QCOMPARE(treeModel.category(index), model.recordAt(row)->category);
+    }
+}
+
+void TestRecordTableModel::treeFollowsEdits()
+{
+    Registry registry;
+    ProductTableModel model(&registry);
+    ProductTreeModel treeModel(&model);
+    QAbstractItemModelTester tester(&treeModel);
+    for (const char* category : { "Juomat", "Leivonnaiset" }) {
+        Product product = Register<Product>::sample(model.rowCount() + 1, QStringLiteral("Kahvi"));
+        product.category = QLatin1String(category);
+        model.addRecord(product);
+    }
+    QCOMPARE(treeText(treeModel), QStringLiteral("Juomat: 1; Leivonnaiset: 2"));
+
+    // A change that keeps the grouping only updates the rows.
+    QSignalSpy reset(&treeModel, &QAbstractItemModel::modelReset);
+    Product product = *model.recordAt(0);
+    product.name = QStringLiteral("Tumma kahvi");
+    model.setRecord(0, product);
+    QCOMPARE(reset.count(), 0);
+    QCOMPARE(treeModel.indexOfSourceRow(0, ProductTableModel::NameColumn).data().toString(),
+        QStringLiteral("Tumma kahvi"));
+
+    // Moving the last product out of a category removes the category.
+    product = *model.recordAt(1);
+    product.category = QStringLiteral("Juomat");
+    model.setRecord(1, product);
+    QCOMPARE(reset.count(), 1);
+    QCOMPARE(treeText(treeModel), QStringLiteral("Juomat: 1 2"));
+    model.removeRecord(0);
+    QCOMPARE(treeText(treeModel), QStringLiteral("Juomat: 2"));
+}
+
+void TestRecordTableModel::moveSkipsDeletedAccounts_data()
+{
+    QTest::addColumn<QList<bool>>("deleted"); // of A, B, C, D
+    QTest::addColumn<int>("row");
+    QTest::addColumn<bool>("up");
+    QTest::addColumn<int>("newRow");
+    QTest::addColumn<QString>("order"); // "*": a changed rowNumber to save
+    QTest::addRow("up") << QList<bool> { 0, 0, 0, 0 } << 2 << true << 1 << "A C* B* D";
+    QTest::addRow("down") << QList<bool> { 0, 0, 0, 0 } << 0 << false << 1 << "B* A* C D";
+    QTest::addRow("over one") << QList<bool> { 0, 1, 0, 0 } << 2 << true << 0 << "C* B A* D";
+    QTest::addRow("over two") << QList<bool> { 0, 1, 1, 0 } << 0 << false << 3 << "D* B C A*";
+    QTest::addRow("deleted above") << QList<bool> { 1, 0, 0, 0 } << 1 << true << -1 << "A B C D";
+    QTest::addRow("last down") << QList<bool> { 0, 0, 0, 0 } << 3 << false << -1 << "A B C D";
+}
+
+void TestRecordTableModel::moveSkipsDeletedAccounts()
+{
+    QFETCH(QList<bool>, deleted);
+    QFETCH(int, row);
+    QFETCH(bool, up);
+    QFETCH(int, newRow);
+    QFETCH(QString, order);
+
+    QList<BankAccount*> accounts;
+    for (int i = 0; i < deleted.size(); ++i) {
+        accounts.append(new BankAccount());
+        accounts.last()->id = i + 1;
+        accounts.last()->shortName = QChar(u'A' + i);
+        accounts.last()->rowNumber = i + 1;
+        accounts.last()->deleted = deleted.at(i);
+    }
+    Registry registry;
+    registry.copyBankAccountsFrom(accounts);
+    qDeleteAll(accounts);
+    BankAccountTableModel model(&registry);
+    QAbstractItemModelTester tester(&model);
+    model.load();
+    QCOMPARE(model.moveAccount(row, up), newRow);
+    QStringList result;
+    for (int i = 0; i < model.rowCount(); ++i) {
+        const BankAccount* account = model.recordAt(i);
+        QCOMPARE(account->rowNumber, i + 1);
+        result.append(
+            account->shortName + (account->id != i + 1 ? QStringLiteral("*") : QString()));
+    }
+    QCOMPARE(result.join(u' '), order);
+    QCOMPARE(model.isModified(), newRow >= 0);
+}
+
+QTEST_MAIN(TestRecordTableModel)
+#include "tst_recordtablemodel.moc"
