@@ -1,45 +1,19 @@
 #include "customerdialog.h"
 
-#include "core/customertablemodel.h"
-#include "core/registry.h"
-#include "domain/customer.h"
-#include "domain/logging.h"
-
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QIntValidator>
 #include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSortFilterProxyModel>
 #include <QTableView>
-#include <QVBoxLayout>
-
-namespace {
-
-QLineEdit* addField(QFormLayout* layout, const QString& label, const QString& name)
-{
-    QLineEdit* edit = new QLineEdit();
-    edit->setObjectName(name);
-    QLabel* caption = new QLabel(label);
-    caption->setBuddy(edit);
-    layout->addRow(caption, edit);
-    return edit;
-}
-
-} // namespace
 
 CustomerDialog::CustomerDialog(Registry* registry, QWidget* parent)
-    : QDialog(parent), m_registry(registry), m_model(new CustomerTableModel(registry, this))
+    : EditorDialog(registry, tr("Asiakastietojen tallentaminen epäonnistui. %1"), parent)
 {
     setWindowTitle(tr("Asiakkaat"));
-    m_model->load();
 
     // Two filters in a row: deleted customers first, then the search text.
     m_deletedFilter = new QSortFilterProxyModel(this);
@@ -54,19 +28,14 @@ CustomerDialog::CustomerDialog(Registry* registry, QWidget* parent)
 
     createWidgets();
     m_view->sortByColumn(CustomerTableModel::NumberColumn, Qt::AscendingOrder);
-    connect(m_view->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-        &CustomerDialog::currentChanged);
     if (m_searchFilter->rowCount() > 0)
         m_view->setCurrentIndex(m_searchFilter->index(0, CustomerTableModel::NameColumn));
     loadForm();
 }
 
-CustomerDialog::~CustomerDialog() = default;
-
 void CustomerDialog::createWidgets()
 {
-    m_searchEdit = new QLineEdit();
-    m_searchEdit->setObjectName(QStringLiteral("searchEdit"));
+    m_searchEdit = FormHelper::create<QLineEdit>(QStringLiteral("searchEdit"));
     m_searchEdit->setClearButtonEnabled(true);
     m_searchEdit->setPlaceholderText(tr("Nimi, numero, osoite..."));
     QLabel* searchLabel = new QLabel(tr("&Hae"));
@@ -77,11 +46,8 @@ void CustomerDialog::createWidgets()
     connect(m_showDeletedCheck, &QCheckBox::toggled, this, &CustomerDialog::filterChanged);
 
     m_view = new QTableView();
-    m_view->setObjectName(QStringLiteral("customerView"));
+    setUpView(m_view, QStringLiteral("customerView"));
     m_view->setModel(m_searchFilter);
-    m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_view->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_view->setSortingEnabled(true);
     m_view->verticalHeader()->hide();
     m_view->horizontalHeader()->setStretchLastSection(true);
@@ -93,76 +59,50 @@ void CustomerDialog::createWidgets()
     m_view->setColumnWidth(CustomerTableModel::NumberColumn, 70);
     m_view->setColumnWidth(CustomerTableModel::NameColumn, 220);
 
-    m_addButton = new QPushButton(tr("&Uusi asiakas"));
-    m_addButton->setObjectName(QStringLiteral("addButton"));
-    m_removeButton = new QPushButton(tr("&Poista"));
-    m_removeButton->setObjectName(QStringLiteral("removeButton"));
-    for (QPushButton* button : { m_addButton, m_removeButton })
-        button->setAutoDefault(false);
+    m_addButton = FormHelper::createButton(tr("&Uusi asiakas"), QStringLiteral("addButton"));
+    m_removeButton = FormHelper::createButton(tr("&Poista"), QStringLiteral("removeButton"));
     connect(m_addButton, &QPushButton::clicked, this, &CustomerDialog::addCustomer);
     connect(m_removeButton, &QPushButton::clicked, this, &CustomerDialog::removeCustomer);
 
     QGroupBox* basic = new QGroupBox(tr("Asiakastiedot"));
-    QFormLayout* basicLayout = new QFormLayout(basic);
-    m_numberEdit = addField(basicLayout, tr("Asiakas&numero"), QStringLiteral("numberEdit"));
+    QFormLayout* form = new QFormLayout(basic);
+    auto addLine = [&form](const QString& caption, const char* name) {
+        return FormHelper::addField<QLineEdit>(form, caption, QLatin1String(name));
+    };
+    m_numberEdit = addLine(tr("Asiakas&numero"), "numberEdit");
     m_numberEdit->setValidator(new QIntValidator(1, 2147483647, m_numberEdit));
-    m_nameEdit = addField(basicLayout, tr("N&imi"), QStringLiteral("nameEdit"));
-    m_streetNameEdit = addField(basicLayout, tr("&Lähiosoite"), QStringLiteral("streetNameEdit"));
-    m_postCodeEdit = addField(basicLayout, tr("Pos&tinumero"), QStringLiteral("postCodeEdit"));
-    m_townNameEdit = addField(basicLayout, tr("Postitoimip&aikka"), QStringLiteral("townNameEdit"));
-    m_countryEdit = addField(basicLayout, tr("&Maa"), QStringLiteral("countryEdit"));
-    m_contactEdit = addField(basicLayout, tr("&Yhteyshenkilö"), QStringLiteral("contactEdit"));
-    m_vatNumberEdit
-        = addField(basicLayout, tr("Y-tunnus tai AL&V-numero"), QStringLiteral("vatNumberEdit"));
+    m_nameEdit = addLine(tr("N&imi"), "nameEdit");
+    m_streetNameEdit = addLine(tr("&Lähiosoite"), "streetNameEdit");
+    m_postCodeEdit = addLine(tr("Pos&tinumero"), "postCodeEdit");
+    m_townNameEdit = addLine(tr("Postitoimip&aikka"), "townNameEdit");
+    m_countryEdit = addLine(tr("&Maa"), "countryEdit");
+    m_contactEdit = addLine(tr("&Yhteyshenkilö"), "contactEdit");
+    m_vatNumberEdit = addLine(tr("Y-tunnus tai AL&V-numero"), "vatNumberEdit");
     m_vatNumberEdit->setPlaceholderText(tr("1234567-8 tai FI12345678"));
-    m_referenceNumberEdit
-        = addField(basicLayout, tr("&Oma viitenumero"), QStringLiteral("referenceNumberEdit"));
-    m_emailAddressEdit
-        = addField(basicLayout, tr("&Sähköposti"), QStringLiteral("emailAddressEdit"));
-    m_phoneNumberEdit
-        = addField(basicLayout, tr("Puhelinnume&ro"), QStringLiteral("phoneNumberEdit"));
-    m_paymentTermsEdit
-        = addField(basicLayout, tr("Ma&ksuehdot"), QStringLiteral("paymentTermsEdit"));
+    m_referenceNumberEdit = addLine(tr("&Oma viitenumero"), "referenceNumberEdit");
+    m_emailAddressEdit = addLine(tr("&Sähköposti"), "emailAddressEdit");
+    m_phoneNumberEdit = addLine(tr("Puhelinnume&ro"), "phoneNumberEdit");
+    m_paymentTermsEdit = addLine(tr("Ma&ksuehdot"), "paymentTermsEdit");
     m_paymentTermsEdit->setPlaceholderText(tr("Yrityksen oletusehdot"));
 
     QGroupBox* extra = new QGroupBox(tr("Kieli, omat kentät ja verkkolasku"));
-    QFormLayout* extraLayout = new QFormLayout(extra);
-    m_languageCombo = new QComboBox();
-    m_languageCombo->setObjectName(QStringLiteral("languageCombo"));
+    form = new QFormLayout(extra);
+    m_languageCombo = FormHelper::addField<QComboBox>(
+        form, tr("Lasku&jen kieli"), QStringLiteral("languageCombo"));
     m_languageCombo->addItem(tr("(laskupohjan kieli)"), QString());
     const QStringList languages = m_registry->availableLanguages();
     for (const QString& language : languages)
         m_languageCombo->addItem(language, Registry::parseLanguageCode(language));
-    QLabel* languageLabel = new QLabel(tr("Lasku&jen kieli"));
-    languageLabel->setBuddy(m_languageCombo);
-    extraLayout->addRow(languageLabel, m_languageCombo);
-    m_custom1Edit = addField(extraLayout, tr("Oma &1"), QStringLiteral("custom1Edit"));
-    m_custom2Edit = addField(extraLayout, tr("Oma &2"), QStringLiteral("custom2Edit"));
-    m_intermediatorEdit
-        = addField(extraLayout, tr("Verkkolaskuv&älittäjä"), QStringLiteral("intermediatorEdit"));
-    m_receiverEdit
-        = addField(extraLayout, tr("Verkkolaskuo&soite"), QStringLiteral("receiverEdit"));
-    m_ediEdit = addField(extraLayout, tr("OVT-tunn&us"), QStringLiteral("ediEdit"));
+    m_custom1Edit = addLine(tr("Oma &1"), "custom1Edit");
+    m_custom2Edit = addLine(tr("Oma &2"), "custom2Edit");
+    m_intermediatorEdit = addLine(tr("Verkkolaskuv&älittäjä"), "intermediatorEdit");
+    m_receiverEdit = addLine(tr("Verkkolaskuo&soite"), "receiverEdit");
+    m_ediEdit = addLine(tr("OVT-tunn&us"), "ediEdit");
 
-    for (QLineEdit* edit : { m_numberEdit, m_nameEdit, m_streetNameEdit, m_postCodeEdit,
-             m_townNameEdit, m_countryEdit, m_contactEdit, m_vatNumberEdit, m_referenceNumberEdit,
-             m_emailAddressEdit, m_phoneNumberEdit, m_paymentTermsEdit, m_custom1Edit,
-             m_custom2Edit, m_intermediatorEdit, m_receiverEdit, m_ediEdit })
-        connect(edit, &QLineEdit::textEdited, this, &CustomerDialog::formEdited);
-    connect(m_languageCombo, &QComboBox::currentIndexChanged, this, &CustomerDialog::formEdited);
-
-    m_form = new QWidget();
-    QVBoxLayout* formLayout = new QVBoxLayout(m_form);
-    formLayout->setContentsMargins(0, 0, 0, 0);
-    formLayout->addWidget(basic);
-    formLayout->addWidget(extra);
-    formLayout->addStretch();
-
-    m_buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    m_buttons->button(QDialogButtonBox::Ok)->setText(tr("OK"));
-    m_buttons->button(QDialogButtonBox::Cancel)->setText(tr("Peruuta"));
-    connect(m_buttons, &QDialogButtonBox::accepted, this, &CustomerDialog::accept);
-    connect(m_buttons, &QDialogButtonBox::rejected, this, &CustomerDialog::reject);
+    watchFields({ m_numberEdit, m_nameEdit, m_streetNameEdit, m_postCodeEdit, m_townNameEdit,
+        m_countryEdit, m_contactEdit, m_vatNumberEdit, m_referenceNumberEdit, m_emailAddressEdit,
+        m_phoneNumberEdit, m_paymentTermsEdit, m_languageCombo, m_custom1Edit, m_custom2Edit,
+        m_intermediatorEdit, m_receiverEdit, m_ediEdit });
 
     QHBoxLayout* searchLayout = new QHBoxLayout();
     searchLayout->addWidget(searchLabel);
@@ -172,39 +112,20 @@ void CustomerDialog::createWidgets()
     listButtons->addWidget(m_addButton);
     listButtons->addWidget(m_removeButton);
     listButtons->addStretch();
-    QVBoxLayout* listLayout = new QVBoxLayout();
-    listLayout->addLayout(searchLayout);
-    listLayout->addWidget(m_view, 1);
-    listLayout->addLayout(listButtons);
-
-    QHBoxLayout* body = new QHBoxLayout();
-    body->addLayout(listLayout, 3);
-    body->addWidget(m_form, 2);
-    QVBoxLayout* layout = new QVBoxLayout(this);
-    layout->addLayout(body, 1);
-    layout->addWidget(m_buttons);
+    layOut(m_view, listButtons, { basic, extra }, searchLayout);
 
     // The list first, then the fields in reading order.
-    setTabOrder(m_searchEdit, m_showDeletedCheck);
-    setTabOrder(m_showDeletedCheck, m_view);
-    setTabOrder(m_view, m_addButton);
-    setTabOrder(m_addButton, m_removeButton);
-    setTabOrder(m_removeButton, m_numberEdit);
-    QWidget* previous = m_numberEdit;
-    for (QWidget* widget : std::initializer_list<QWidget*> { m_nameEdit, m_streetNameEdit,
-             m_postCodeEdit, m_townNameEdit, m_countryEdit, m_contactEdit, m_vatNumberEdit,
-             m_referenceNumberEdit, m_emailAddressEdit, m_phoneNumberEdit, m_paymentTermsEdit,
-             m_languageCombo, m_custom1Edit, m_custom2Edit, m_intermediatorEdit, m_receiverEdit,
-             m_ediEdit, m_buttons }) {
-        setTabOrder(previous, widget);
-        previous = widget;
-    }
+    FormHelper::setTabOrder({ m_searchEdit, m_showDeletedCheck, m_view, m_addButton, m_removeButton,
+        m_numberEdit, m_nameEdit, m_streetNameEdit, m_postCodeEdit, m_townNameEdit, m_countryEdit,
+        m_contactEdit, m_vatNumberEdit, m_referenceNumberEdit, m_emailAddressEdit,
+        m_phoneNumberEdit, m_paymentTermsEdit, m_languageCombo, m_custom1Edit, m_custom2Edit,
+        m_intermediatorEdit, m_receiverEdit, m_ediEdit, m_buttons });
     resize(1000, 620);
 }
 
 int CustomerDialog::currentCustomerId() const
 {
-    const Customer* customer = m_model->recordAt(currentSourceRow());
+    const Customer* customer = m_model->recordAt(currentRow());
     return customer ? customer->id : -1;
 }
 
@@ -215,19 +136,7 @@ void CustomerDialog::setCurrentCustomerId(int id)
         return;
     if (m_model->recordAt(row)->deleted)
         m_showDeletedCheck->setChecked(true);
-    selectSourceRow(row);
-}
-
-void CustomerDialog::accept()
-{
-    if (!commitForm())
-        return;
-    if (m_model->isModified() && !m_model->save(m_registry->database())) {
-        qCWarning(logUi).noquote() << m_model->lastError();
-        showWarning(tr("Asiakastietojen tallentaminen epäonnistui. %1").arg(m_model->lastError()));
-        return;
-    }
-    QDialog::accept();
+    selectRow(row);
 }
 
 void CustomerDialog::addCustomer()
@@ -238,43 +147,21 @@ void CustomerDialog::addCustomer()
     m_searchEdit->clear();
     Customer customer;
     customer.number = m_model->nextFreeNumber();
-    const int row = m_model->addRecord(customer);
-    selectSourceRow(row);
+    selectRow(m_model->addRecord(customer));
     m_nameEdit->setFocus();
 }
 
 void CustomerDialog::removeCustomer()
 {
-    const int row = currentSourceRow();
+    const int row = currentRow();
     const Customer* customer = m_model->recordAt(row);
     if (!customer || !commitForm())
         return;
-    if (customer->deleted) {
+    if (customer->deleted)
         m_model->restoreRecord(row);
-    } else {
+    else
         m_model->removeRecord(row);
-    }
     // The current row may have been filtered away or removed outright.
-    loadForm();
-    updateButtons();
-}
-
-void CustomerDialog::showWarning(const QString& text)
-{
-    QMessageBox::warning(this, windowTitle(), text);
-}
-
-void CustomerDialog::currentChanged(const QModelIndex&, const QModelIndex&)
-{
-    if (m_reverting)
-        return;
-    const int previousRow = m_formRow;
-    if (!commitForm()) {
-        m_reverting = true;
-        selectSourceRow(previousRow);
-        m_reverting = false;
-        return;
-    }
     loadForm();
 }
 
@@ -288,12 +175,9 @@ void CustomerDialog::filterChanged()
     m_deletedFilter->setFilterFixedString(
         m_showDeletedCheck->isChecked() ? QString() : QStringLiteral("false"));
     m_searchFilter->setFilterFixedString(m_searchEdit->text().trimmed());
-    if (row >= 0 && m_searchFilter->rowCount() > 0) {
-        m_reverting = true;
-        selectSourceRow(row);
-        m_reverting = false;
-    }
-    if (currentSourceRow() < 0 && m_searchFilter->rowCount() > 0) {
+    if (row >= 0 && m_searchFilter->rowCount() > 0)
+        selectQuietly(row);
+    if (currentRow() < 0 && m_searchFilter->rowCount() > 0) {
         m_reverting = true;
         m_view->setCurrentIndex(m_searchFilter->index(0, CustomerTableModel::NameColumn));
         m_reverting = false;
@@ -301,47 +185,20 @@ void CustomerDialog::filterChanged()
     loadForm();
 }
 
-void CustomerDialog::formEdited()
+bool CustomerDialog::readForm(Customer& customer)
 {
-    if (!m_loading)
-        m_formDirty = true;
-}
-
-bool CustomerDialog::commitForm()
-{
-    const Customer* current = m_model->recordAt(m_formRow);
-    if (!m_formDirty || !current)
-        return true;
-
     bool numberOk = false;
     const int number = m_numberEdit->text().toInt(&numberOk);
-    if (!numberOk || number < 1) {
-        showWarning(tr("Asiakasnumero puuttuu tai on virheellinen."));
-        m_numberEdit->setFocus();
-        return false;
-    }
-    if (m_model->rowOfNumber(number, m_formRow) >= 0) {
-        showWarning(tr("Asiakasnumero %1 on jo käytössä.").arg(number));
-        m_numberEdit->setFocus();
-        return false;
-    }
-    if (m_nameEdit->text().trimmed().isEmpty()) {
-        showWarning(tr("Asiakkaan nimi puuttuu."));
-        m_nameEdit->setFocus();
-        return false;
-    }
+    if (!numberOk || number < 1)
+        return refuse(m_numberEdit, tr("Asiakasnumero puuttuu tai on virheellinen."));
+    if (m_model->rowOfNumber(number, m_formRow) >= 0)
+        return refuse(m_numberEdit, tr("Asiakasnumero %1 on jo käytössä.").arg(number));
+    if (m_nameEdit->text().trimmed().isEmpty())
+        return refuse(m_nameEdit, tr("Asiakkaan nimi puuttuu."));
     const QString vatNumber = m_vatNumberEdit->text().trimmed();
-    if (!vatNumber.isEmpty() && !Customer::isValidVatNumberOrBusinessId(vatNumber)) {
-        showWarning(tr("Y-tunnus tai ALV-numero on virheellinen."));
-        m_vatNumberEdit->setFocus();
-        m_vatNumberEdit->selectAll();
-        return false;
-    }
+    if (!vatNumber.isEmpty() && !Customer::isValidVatNumberOrBusinessId(vatNumber))
+        return refuse(m_vatNumberEdit, tr("Y-tunnus tai ALV-numero on virheellinen."), true);
 
-    // Start from the row itself so that properties this form does not show
-    // are kept.
-    Customer customer;
-    current->copy(&customer);
     customer.number = number;
     customer.name = m_nameEdit->text().trimmed();
     customer.streetName = m_streetNameEdit->text().trimmed();
@@ -355,38 +212,33 @@ bool CustomerDialog::commitForm()
     customer.phoneNumber = m_phoneNumberEdit->text().trimmed();
     customer.paymentTerms = m_paymentTermsEdit->text().trimmed();
     customer.setPropertyIfNotEmpty(QStringLiteral("l"), m_languageCombo->currentData().toString());
-    customer.setPropertyIfNotEmpty(QStringLiteral("c1"), m_custom1Edit->text().trimmed());
-    customer.setPropertyIfNotEmpty(QStringLiteral("c2"), m_custom2Edit->text().trimmed());
-    customer.setPropertyIfNotEmpty(QStringLiteral("e1"), m_intermediatorEdit->text().trimmed());
-    customer.setPropertyIfNotEmpty(QStringLiteral("e2"), m_receiverEdit->text().trimmed());
-    customer.setPropertyIfNotEmpty(QStringLiteral("e3"), m_ediEdit->text().trimmed());
-    m_formDirty = false;
-    m_model->setRecord(m_formRow, customer);
+    const struct
+    {
+        const char* key;
+        QLineEdit* edit;
+    } properties[] = { { "c1", m_custom1Edit }, { "c2", m_custom2Edit },
+        { "e1", m_intermediatorEdit }, { "e2", m_receiverEdit }, { "e3", m_ediEdit } };
+    for (const auto& property : properties)
+        customer.setPropertyIfNotEmpty(
+            QLatin1String(property.key), property.edit->text().trimmed());
     return true;
 }
 
-void CustomerDialog::loadForm()
+void CustomerDialog::fillForm(const Customer& customer)
 {
-    m_loading = true;
-    m_formRow = currentSourceRow();
-    m_formDirty = false;
-    const Customer* customer = m_model->recordAt(m_formRow);
-    Customer empty;
-    if (!customer)
-        customer = &empty;
-    m_numberEdit->setText(customer->number > 0 ? QString::number(customer->number) : QString());
-    m_nameEdit->setText(customer->name);
-    m_streetNameEdit->setText(customer->streetName);
-    m_postCodeEdit->setText(customer->postCode);
-    m_townNameEdit->setText(customer->townName);
-    m_countryEdit->setText(customer->country);
-    m_contactEdit->setText(customer->contact);
-    m_vatNumberEdit->setText(customer->vatNumber);
-    m_referenceNumberEdit->setText(customer->referenceNumber);
-    m_emailAddressEdit->setText(customer->emailAddress);
-    m_phoneNumberEdit->setText(customer->phoneNumber);
-    m_paymentTermsEdit->setText(customer->paymentTerms);
-    const QString language = customer->property(QStringLiteral("l"), QString()).toString();
+    m_numberEdit->setText(customer.number > 0 ? QString::number(customer.number) : QString());
+    m_nameEdit->setText(customer.name);
+    m_streetNameEdit->setText(customer.streetName);
+    m_postCodeEdit->setText(customer.postCode);
+    m_townNameEdit->setText(customer.townName);
+    m_countryEdit->setText(customer.country);
+    m_contactEdit->setText(customer.contact);
+    m_vatNumberEdit->setText(customer.vatNumber);
+    m_referenceNumberEdit->setText(customer.referenceNumber);
+    m_emailAddressEdit->setText(customer.emailAddress);
+    m_phoneNumberEdit->setText(customer.phoneNumber);
+    m_paymentTermsEdit->setText(customer.paymentTerms);
+    const QString language = customer.property(QStringLiteral("l"), QString()).toString();
     int languageIndex = m_languageCombo->findData(language);
     if (languageIndex < 0) {
         // A code this program does not offer is kept as it is.
@@ -394,17 +246,18 @@ void CustomerDialog::loadForm()
         languageIndex = m_languageCombo->count() - 1;
     }
     m_languageCombo->setCurrentIndex(languageIndex);
-    m_custom1Edit->setText(customer->property(QStringLiteral("c1"), QString()).toString());
-    m_custom2Edit->setText(customer->property(QStringLiteral("c2"), QString()).toString());
-    m_intermediatorEdit->setText(customer->property(QStringLiteral("e1"), QString()).toString());
-    m_receiverEdit->setText(customer->property(QStringLiteral("e2"), QString()).toString());
-    m_ediEdit->setText(customer->property(QStringLiteral("e3"), QString()).toString());
-    m_form->setEnabled(m_formRow >= 0 && !customer->deleted);
-    m_loading = false;
+    auto property
+        = [&customer](const char* key) { return customer.property(QLatin1String(key)).toString(); };
+    m_custom1Edit->setText(property("c1"));
+    m_custom2Edit->setText(property("c2"));
+    m_intermediatorEdit->setText(property("e1"));
+    m_receiverEdit->setText(property("e2"));
+    m_ediEdit->setText(property("e3"));
+    m_form->setEnabled(m_formRow >= 0 && !customer.deleted);
     updateButtons();
 }
 
-void CustomerDialog::selectSourceRow(int row)
+void CustomerDialog::selectRow(int row)
 {
     const QModelIndex index = m_searchFilter->mapFromSource(
         m_deletedFilter->mapFromSource(m_model->index(row, CustomerTableModel::NameColumn)));
@@ -414,7 +267,7 @@ void CustomerDialog::selectSourceRow(int row)
     }
 }
 
-int CustomerDialog::currentSourceRow() const
+int CustomerDialog::currentRow() const
 {
     const QModelIndex index = m_view->selectionModel()->currentIndex();
     if (!index.isValid())
@@ -424,7 +277,7 @@ int CustomerDialog::currentSourceRow() const
 
 void CustomerDialog::updateButtons()
 {
-    const Customer* customer = m_model->recordAt(currentSourceRow());
+    const Customer* customer = m_model->recordAt(currentRow());
     m_removeButton->setEnabled(customer != nullptr);
     m_removeButton->setText(customer && customer->deleted ? tr("&Palauta") : tr("&Poista"));
 }

@@ -8,6 +8,7 @@
 #include "domain/printscript.h"
 #include "domain/product.h"
 #include "domain/settings.h"
+#include "ui/formhelper.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -65,73 +66,12 @@ const QString attachmentNameKey = QStringLiteral("email/attachmentName");
 // The logo is printed 20 mm high unless told otherwise.
 constexpr int defaultLogoHeight = 20;
 
-// Reads a decimal number typed with a comma or a point (and perhaps spaces
-// between thousands) as an integer with the given number of decimals.
-// DecimalFormat works in 32 bits, so larger values are refused here.
-bool parseDecimal(const QString& text, int fractionDigits, int minFractionDigits, qint64& value)
+QPlainTextEdit* addText(QFormLayout* layout, const QString& caption, const QString& name)
 {
-    QString compact = text.trimmed();
-    compact.remove(QLatin1Char(' '));
-    compact.remove(QChar(0x00a0));
-    compact.remove(QChar(0x202f));
-    compact.replace(QLatin1Char(','), QLatin1Char('.'));
-    if (compact.isEmpty() || compact.count(QLatin1Char('.')) > 1)
-        return false;
-    const qsizetype point = compact.indexOf(QLatin1Char('.'));
-    const QString integerPart = point < 0 ? compact : compact.left(point);
-    qint64 limit = 2147483647;
-    for (int i = 0; i < fractionDigits; ++i)
-        limit /= 10;
-    bool integerOk = integerPart.isEmpty() || integerPart == QLatin1String("-");
-    if (!integerOk) {
-        const qlonglong integer = integerPart.toLongLong(&integerOk);
-        if (!integerOk || qAbs(integer) >= limit)
-            return false;
-    }
-    const DecimalFormat format(fractionDigits, minFractionDigits);
-    bool ok = false;
-    value = format.parse(compact, ok);
-    return ok;
-}
-
-QLineEdit* addLine(QFormLayout* layout, const QString& label, const QString& name)
-{
-    QLineEdit* edit = new QLineEdit();
-    edit->setObjectName(name);
-    QLabel* caption = new QLabel(label);
-    caption->setBuddy(edit);
-    layout->addRow(caption, edit);
-    return edit;
-}
-
-QComboBox* addCombo(QFormLayout* layout, const QString& label, const QString& name)
-{
-    QComboBox* combo = new QComboBox();
-    combo->setObjectName(name);
-    QLabel* caption = new QLabel(label);
-    caption->setBuddy(combo);
-    layout->addRow(caption, combo);
-    return combo;
-}
-
-QPlainTextEdit* addText(QFormLayout* layout, const QString& label, const QString& name)
-{
-    QPlainTextEdit* edit = new QPlainTextEdit();
-    edit->setObjectName(name);
+    QPlainTextEdit* edit = FormHelper::addField<QPlainTextEdit>(layout, caption, name);
     edit->setTabChangesFocus(true);
     edit->setMinimumHeight(70);
-    QLabel* caption = new QLabel(label);
-    caption->setBuddy(edit);
-    layout->addRow(caption, edit);
     return edit;
-}
-
-QCheckBox* addCheck(QFormLayout* layout, const QString& text, const QString& name)
-{
-    QCheckBox* check = new QCheckBox(text);
-    check->setObjectName(name);
-    layout->addRow(QString(), check);
-    return check;
 }
 
 // Selects the item whose data is value; a value the list does not offer is
@@ -172,11 +112,7 @@ SettingsDialog::SettingsDialog(Registry* registry, QWidget* parent)
     m_tabs->addTab(createFinvoicePage(), tr("Verkkolasku"));
     m_tabs->addTab(createEmailPage(), tr("Sähköposti"));
 
-    m_buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    m_buttons->button(QDialogButtonBox::Ok)->setText(tr("OK"));
-    m_buttons->button(QDialogButtonBox::Cancel)->setText(tr("Peruuta"));
-    connect(m_buttons, &QDialogButtonBox::accepted, this, &SettingsDialog::accept);
-    connect(m_buttons, &QDialogButtonBox::rejected, this, &SettingsDialog::reject);
+    m_buttons = FormHelper::createButtonBox(this);
 
     QVBoxLayout* layout = new QVBoxLayout(this);
     layout->addWidget(m_tabs, 1);
@@ -205,25 +141,27 @@ QWidget* SettingsDialog::createSellerPage()
 {
     QFormLayout* layout = nullptr;
     QWidget* widget = page(layout);
-    m_sellerNameEdit = addLine(layout, tr("&Nimi"), QStringLiteral("sellerNameEdit"));
+    m_sellerNameEdit
+        = FormHelper::addField<QLineEdit>(layout, tr("&Nimi"), QStringLiteral("sellerNameEdit"));
     m_sellerNameEdit->setMaxLength(100);
-    m_sellerStreetNameEdit
-        = addLine(layout, tr("&Lähiosoite"), QStringLiteral("sellerStreetNameEdit"));
-    m_sellerPostCodeEdit
-        = addLine(layout, tr("Pos&tinumero"), QStringLiteral("sellerPostCodeEdit"));
+    m_sellerStreetNameEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Lähiosoite"), QStringLiteral("sellerStreetNameEdit"));
+    m_sellerPostCodeEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("Pos&tinumero"), QStringLiteral("sellerPostCodeEdit"));
     m_sellerPostCodeEdit->setMaxLength(10);
-    m_sellerTownNameEdit
-        = addLine(layout, tr("Postitoimip&aikka"), QStringLiteral("sellerTownNameEdit"));
-    m_sellerCountryEdit = addLine(layout, tr("&Maa"), QStringLiteral("sellerCountryEdit"));
-    m_sellerBusinessIdEdit
-        = addLine(layout, tr("&Y-tunnus"), QStringLiteral("sellerBusinessIdEdit"));
+    m_sellerTownNameEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("Postitoimip&aikka"), QStringLiteral("sellerTownNameEdit"));
+    m_sellerCountryEdit
+        = FormHelper::addField<QLineEdit>(layout, tr("&Maa"), QStringLiteral("sellerCountryEdit"));
+    m_sellerBusinessIdEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Y-tunnus"), QStringLiteral("sellerBusinessIdEdit"));
     m_sellerBusinessIdEdit->setPlaceholderText(tr("1234567-8"));
-    m_sellerPhoneNumberEdit
-        = addLine(layout, tr("&Puhelin"), QStringLiteral("sellerPhoneNumberEdit"));
-    m_sellerEmailAddressEdit
-        = addLine(layout, tr("&Sähköposti"), QStringLiteral("sellerEmailAddressEdit"));
-    m_sellerWebAddressEdit
-        = addLine(layout, tr("&Verkkosivut"), QStringLiteral("sellerWebAddressEdit"));
+    m_sellerPhoneNumberEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Puhelin"), QStringLiteral("sellerPhoneNumberEdit"));
+    m_sellerEmailAddressEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Sähköposti"), QStringLiteral("sellerEmailAddressEdit"));
+    m_sellerWebAddressEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Verkkosivut"), QStringLiteral("sellerWebAddressEdit"));
     m_sellerWebAddressEdit->setPlaceholderText(tr("https://www.esimerkki.fi"));
 
     m_logoPreview = new QLabel();
@@ -232,12 +170,10 @@ QWidget* SettingsDialog::createSellerPage()
     m_logoPreview->setMaximumHeight(140);
     m_logoPreview->setAlignment(Qt::AlignCenter);
     m_logoPreview->setFrameShape(QFrame::StyledPanel);
-    QPushButton* chooseButton = new QPushButton(tr("&Valitse kuva..."));
-    chooseButton->setObjectName(QStringLiteral("chooseLogoButton"));
-    chooseButton->setAutoDefault(false);
-    QPushButton* removeButton = new QPushButton(tr("P&oista kuva"));
-    removeButton->setObjectName(QStringLiteral("removeLogoButton"));
-    removeButton->setAutoDefault(false);
+    QPushButton* chooseButton
+        = FormHelper::createButton(tr("&Valitse kuva..."), QStringLiteral("chooseLogoButton"));
+    QPushButton* removeButton
+        = FormHelper::createButton(tr("P&oista kuva"), QStringLiteral("removeLogoButton"));
     connect(chooseButton, &QPushButton::clicked, this, &SettingsDialog::chooseLogo);
     connect(removeButton, &QPushButton::clicked, this, &SettingsDialog::removeLogo);
     QVBoxLayout* logoButtons = new QVBoxLayout();
@@ -256,25 +192,26 @@ QWidget* SettingsDialog::createInvoicingPage()
 {
     QFormLayout* layout = nullptr;
     QWidget* widget = page(layout);
-    m_paymentTermsEdit = addLine(layout, tr("&Maksuehdot"), QStringLiteral("paymentTermsEdit"));
+    m_paymentTermsEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Maksuehdot"), QStringLiteral("paymentTermsEdit"));
     m_paymentTermsEdit->setPlaceholderText(tr("14 päivää netto"));
-    m_periodForComplaintsEdit
-        = addLine(layout, tr("&Huomautusaika"), QStringLiteral("periodForComplaintsEdit"));
+    m_periodForComplaintsEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Huomautusaika"), QStringLiteral("periodForComplaintsEdit"));
     m_periodForComplaintsEdit->setPlaceholderText(tr("8 päivää"));
-    m_interestOnArrearsEdit
-        = addLine(layout, tr("&Viivästyskorko (%)"), QStringLiteral("interestOnArrearsEdit"));
-    m_interestProductCombo
-        = addCombo(layout, tr("Viivästyskoron &tuote"), QStringLiteral("interestProductCombo"));
-    m_referenceNumberTemplateEdit
-        = addLine(layout, tr("Viite&numeron malli"), QStringLiteral("referenceNumberTemplateEdit"));
+    m_interestOnArrearsEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Viivästyskorko (%)"), QStringLiteral("interestOnArrearsEdit"));
+    m_interestProductCombo = FormHelper::addField<QComboBox>(
+        layout, tr("Viivästyskoron &tuote"), QStringLiteral("interestProductCombo"));
+    m_referenceNumberTemplateEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("Viite&numeron malli"), QStringLiteral("referenceNumberTemplateEdit"));
     m_referenceNumberTemplateEdit->setPlaceholderText(QStringLiteral("{I}00"));
     QLabel* hint = new QLabel(tr("{I} = laskun nro, {C} = asiakasnro"));
     hint->setEnabled(false);
     layout->addRow(QString(), hint);
-    m_defaultBankAccountCombo
-        = addCombo(layout, tr("&Oletuspankkitili"), QStringLiteral("defaultBankAccountCombo"));
-    m_vatIncludedCheck
-        = addCheck(layout, tr("Hinnat syötetään vero&llisina"), QStringLiteral("vatIncludedCheck"));
+    m_defaultBankAccountCombo = FormHelper::addField<QComboBox>(
+        layout, tr("&Oletuspankkitili"), QStringLiteral("defaultBankAccountCombo"));
+    m_vatIncludedCheck = FormHelper::addCheckBox(
+        layout, tr("Hinnat syötetään vero&llisina"), QStringLiteral("vatIncludedCheck"));
     return widget;
 }
 
@@ -282,21 +219,24 @@ QWidget* SettingsDialog::createInvoiceFormPage()
 {
     QFormLayout* layout = nullptr;
     QWidget* widget = page(layout);
-    m_printScriptCombo = addCombo(layout, tr("&Laskupohja"), QStringLiteral("printScriptCombo"));
-    m_languageCombo = addCombo(layout, tr("&Kieli"), QStringLiteral("languageCombo"));
-    m_invoiceItemOptionsCombo
-        = addCombo(layout, tr("Laskurivien &teksti"), QStringLiteral("invoiceItemOptionsCombo"));
+    m_printScriptCombo = FormHelper::addField<QComboBox>(
+        layout, tr("&Laskupohja"), QStringLiteral("printScriptCombo"));
+    m_languageCombo
+        = FormHelper::addField<QComboBox>(layout, tr("&Kieli"), QStringLiteral("languageCombo"));
+    m_invoiceItemOptionsCombo = FormHelper::addField<QComboBox>(
+        layout, tr("Laskurivien &teksti"), QStringLiteral("invoiceItemOptionsCombo"));
     m_invoiceItemOptionsCombo->addItem(tr("Tuote"), 1);
     m_invoiceItemOptionsCombo->addItem(tr("Vain selite"), 2);
     m_invoiceItemOptionsCombo->addItem(tr("Tuote ja selite"), 3);
-    m_roundingModeCombo
-        = addCombo(layout, tr("&ALV-erittely"), QStringLiteral("roundingModeCombo"));
+    m_roundingModeCombo = FormHelper::addField<QComboBox>(
+        layout, tr("&ALV-erittely"), QStringLiteral("roundingModeCombo"));
     m_roundingModeCombo->addItem(tr("Verollisista summista"), 1);
     m_roundingModeCombo->addItem(tr("Verottomista rivisummista"), 2);
-    m_logoHeightEdit = addLine(layout, tr("Logon k&orkeus (mm)"), QStringLiteral("logoHeightEdit"));
+    m_logoHeightEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("Logon k&orkeus (mm)"), QStringLiteral("logoHeightEdit"));
     m_logoHeightEdit->setPlaceholderText(QString::number(defaultLogoHeight));
-    m_barcodeVisibleCheck
-        = addCheck(layout, tr("Tulosta &pankkiviivakoodi"), QStringLiteral("barcodeVisibleCheck"));
+    m_barcodeVisibleCheck = FormHelper::addCheckBox(
+        layout, tr("Tulosta &pankkiviivakoodi"), QStringLiteral("barcodeVisibleCheck"));
     return widget;
 }
 
@@ -311,8 +251,8 @@ QWidget* SettingsDialog::createTextsPage()
         = addText(layout, tr("&Maksumuistutuksen teksti"), QStringLiteral("reminderTextEdit"));
     const QString labels[3] = { tr("Alatunniste &1"), tr("Alatunniste &2"), tr("Alatunniste &3") };
     for (int i = 0; i < 3; ++i) {
-        m_footerTextEdits[i]
-            = addLine(layout, labels[i], QStringLiteral("footerText%1Edit").arg(i + 1));
+        m_footerTextEdits[i] = FormHelper::addField<QLineEdit>(
+            layout, labels[i], QStringLiteral("footerText%1Edit").arg(i + 1));
     }
     return widget;
 }
@@ -321,20 +261,23 @@ QWidget* SettingsDialog::createFinvoicePage()
 {
     QFormLayout* layout = nullptr;
     QWidget* widget = page(layout);
-    m_ediEdit = addLine(layout, tr("Oma &verkkolaskuosoite"), QStringLiteral("ediEdit"));
-    m_senderIdEdit = addLine(layout, tr("&Lähettäjän tunnus"), QStringLiteral("senderIdEdit"));
-    m_intermediatorIdEdit
-        = addLine(layout, tr("Välittäjän t&unnus"), QStringLiteral("intermediatorIdEdit"));
-    m_defaultReceiverIdEdit
-        = addLine(layout, tr("&Oletusvastaanottaja"), QStringLiteral("defaultReceiverIdEdit"));
-    m_epiInstructionIdEdit
-        = addLine(layout, tr("&Maksuohjeen tunnus"), QStringLiteral("epiInstructionIdEdit"));
-    m_xmlSchemaCombo = addCombo(layout, tr("Finvoice-ve&rsio"), QStringLiteral("xmlSchemaCombo"));
+    m_ediEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("Oma &verkkolaskuosoite"), QStringLiteral("ediEdit"));
+    m_senderIdEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Lähettäjän tunnus"), QStringLiteral("senderIdEdit"));
+    m_intermediatorIdEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("Välittäjän t&unnus"), QStringLiteral("intermediatorIdEdit"));
+    m_defaultReceiverIdEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Oletusvastaanottaja"), QStringLiteral("defaultReceiverIdEdit"));
+    m_epiInstructionIdEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Maksuohjeen tunnus"), QStringLiteral("epiInstructionIdEdit"));
+    m_xmlSchemaCombo = FormHelper::addField<QComboBox>(
+        layout, tr("Finvoice-ve&rsio"), QStringLiteral("xmlSchemaCombo"));
     m_xmlSchemaCombo->addItem(tr("Finvoice 3.0"), QStringLiteral("3.0"));
     m_xmlSchemaCombo->addItem(tr("Finvoice 2.01"), QStringLiteral("2.01"));
     m_xmlSchemaCombo->addItem(tr("Finvoice 1.3"), QStringLiteral("1.3"));
-    m_soapEnvCheck
-        = addCheck(layout, tr("&SOAP-kehys jokaisen laskun eteen"), QStringLiteral("soapEnvCheck"));
+    m_soapEnvCheck = FormHelper::addCheckBox(
+        layout, tr("&SOAP-kehys jokaisen laskun eteen"), QStringLiteral("soapEnvCheck"));
     return widget;
 }
 
@@ -342,11 +285,12 @@ QWidget* SettingsDialog::createEmailPage()
 {
     QFormLayout* layout = nullptr;
     QWidget* widget = page(layout);
-    m_emailSubjectEdit = addLine(layout, tr("&Otsikko"), QStringLiteral("emailSubjectEdit"));
+    m_emailSubjectEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Otsikko"), QStringLiteral("emailSubjectEdit"));
     m_emailBodyEdit = addText(layout, tr("&Viesti"), QStringLiteral("emailBodyEdit"));
     m_emailBodyEdit->setMinimumHeight(160);
-    m_attachmentNameEdit
-        = addLine(layout, tr("&Liitteen nimi"), QStringLiteral("attachmentNameEdit"));
+    m_attachmentNameEdit = FormHelper::addField<QLineEdit>(
+        layout, tr("&Liitteen nimi"), QStringLiteral("attachmentNameEdit"));
     m_attachmentNameEdit->setPlaceholderText(QStringLiteral("$h-$i.pdf"));
     return widget;
 }
@@ -470,8 +414,9 @@ bool SettingsDialog::checkValues()
     }
     if (!m_interestOnArrearsEdit->text().trimmed().isEmpty()) {
         qint64 interest = 0;
-        if (!parseDecimal(m_interestOnArrearsEdit->text(), Constants::percentageFractionDigits,
-                Constants::percentageMinFractionDigits, interest)
+        if (!FormHelper::parseDecimal(m_interestOnArrearsEdit->text(),
+                Constants::percentageFractionDigits, Constants::percentageMinFractionDigits,
+                interest)
             || interest < 0 || interest > 100 * Constants::percentageScale) {
             return refuse(m_interestOnArrearsEdit, InvoicingPage,
                 tr("Viivästyskorko on virheellinen: kirjoita prosentti, esimerkiksi 8 tai 8,5."));
@@ -509,8 +454,9 @@ void SettingsDialog::storeValues()
     store(paymentTermsKey, m_paymentTermsEdit->text());
     store(periodForComplaintsKey, m_periodForComplaintsEdit->text());
     qint64 interest = 0;
-    if (parseDecimal(m_interestOnArrearsEdit->text(), Constants::percentageFractionDigits,
-            Constants::percentageMinFractionDigits, interest)) {
+    if (FormHelper::parseDecimal(m_interestOnArrearsEdit->text(),
+            Constants::percentageFractionDigits, Constants::percentageMinFractionDigits,
+            interest)) {
         settings->setProperty(interestOnArrearsKey, int(interest));
     } else {
         settings->removeProperty(interestOnArrearsKey);

@@ -213,7 +213,7 @@ void TestBankAccountDialog::editShowsFormattedIban()
     QVERIFY(QTest::qWaitForWindowExposed(&dialog));
     QCOMPARE(
         field<QLineEdit>(&dialog, "ibanEdit")->text(), QStringLiteral("FI21 1234 5600 0007 85"));
-    dialog.setCurrentAccountRow(1);
+    dialog.selectRow(1);
     QCOMPARE(
         field<QLineEdit>(&dialog, "ibanEdit")->text(), QStringLiteral("FI49 5000 9420 0287 30"));
     replaceText(&dialog, "bicEdit", QStringLiteral("OKOYFIHH"));
@@ -236,21 +236,21 @@ void TestBankAccountDialog::moveAndRemove()
     QVERIFY(QTest::qWaitForWindowExposed(&dialog));
     QTableView* view = field<QTableView>(&dialog, "accountView");
     // Danske to the top, then remove OP.
-    dialog.setCurrentAccountRow(2);
+    dialog.selectRow(2);
     click(&dialog, "upButton");
     click(&dialog, "upButton");
-    QCOMPARE(dialog.currentAccountRow(), 0);
+    QCOMPARE(dialog.currentRow(), 0);
     QCOMPARE(field<QLineEdit>(&dialog, "shortNameEdit")->text(), QStringLiteral("Danske"));
     click(&dialog, "upButton");
-    QCOMPARE(dialog.currentAccountRow(), 0);
-    dialog.setCurrentAccountRow(1);
+    QCOMPARE(dialog.currentRow(), 0);
+    dialog.selectRow(1);
     QCOMPARE(field<QLineEdit>(&dialog, "shortNameEdit")->text(), QStringLiteral("Nordea"));
     click(&dialog, "removeButton");
     QCOMPARE(view->model()->rowCount(), 2);
     // OP moves up past the hidden Nordea.
-    dialog.setCurrentAccountRow(2);
+    dialog.selectRow(2);
     click(&dialog, "upButton");
-    QCOMPARE(dialog.currentAccountRow(), 0);
+    QCOMPARE(dialog.currentRow(), 0);
     QCOMPARE(field<QLineEdit>(&dialog, "shortNameEdit")->text(), QStringLiteral("OP"));
     clickButton(&dialog, QDialogButtonBox::Ok);
 

@@ -261,8 +261,8 @@ void TestProductDialog::editProductAndRegroup()
     typeText(category->lineEdit(), QStringLiteral("Juomat"));
     replaceText(&dialog, "amountEdit", QStringLiteral("13,90"));
     const int interestRow = dialog.model()->rowOfNumber(QStringLiteral("999"));
-    dialog.setCurrentProductRow(interestRow);
-    QCOMPARE(dialog.currentProductRow(), interestRow);
+    dialog.selectRow(interestRow);
+    QCOMPARE(dialog.currentRow(), interestRow);
     QCOMPARE(field<QLineEdit>(&dialog, "nameEdit")->text(), QStringLiteral("Viivästyskorko"));
     QCOMPARE(tree->index(0, 0).data().toString(), QStringLiteral("Juomat"));
     replaceText(&dialog, "nameEdit", QStringLiteral("Viivästyskorko 8 %"));
@@ -282,7 +282,7 @@ void TestProductDialog::removeProduct()
     const int coffeeId = m_registry->productAt(0)->number == QLatin1String("10")
         ? m_registry->productAt(0)->id
         : m_registry->productAt(1)->id;
-    dialog.setCurrentProductRow(dialog.model()->rowOfId(coffeeId));
+    dialog.selectRow(dialog.model()->rowOfId(coffeeId));
     QTest::mouseClick(field<QPushButton>(&dialog, "removeButton"), Qt::LeftButton);
     QCOMPARE(dialog.model()->rowCount(), 1);
     QCOMPARE(field<QLineEdit>(&dialog, "nameEdit")->text(), QStringLiteral("Viivästyskorko"));

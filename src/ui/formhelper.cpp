@@ -1,0 +1,85 @@
+#include "formhelper.h"
+
+#include "domain/decimalformat.h"
+
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QPushButton>
+
+QLabel* FormHelper::addRow(
+    QFormLayout* layout, const QString& caption, QWidget* field, QWidget* buddy)
+{
+    QLabel* label = new QLabel(caption);
+    label->setBuddy(buddy ? buddy : field);
+    layout->addRow(label, field);
+    return label;
+}
+
+QCheckBox* FormHelper::addCheckBox(QFormLayout* layout, const QString& text, const QString& name)
+{
+    QCheckBox* check = new QCheckBox(text);
+    check->setObjectName(name);
+    layout->addRow(QString(), check);
+    return check;
+}
+
+QPushButton* FormHelper::createButton(const QString& text, const QString& name)
+{
+    QPushButton* button = new QPushButton(text);
+    button->setObjectName(name);
+    button->setAutoDefault(false);
+    return button;
+}
+
+QDialogButtonBox* FormHelper::createButtonBox(QDialog* dialog)
+{
+    QDialogButtonBox* buttons
+        = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    buttons->button(QDialogButtonBox::Ok)->setText(QCoreApplication::translate("FormHelper", "OK"));
+    buttons->button(QDialogButtonBox::Cancel)
+        ->setText(QCoreApplication::translate("FormHelper", "Peruuta"));
+    QObject::connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+    return buttons;
+}
+
+void FormHelper::setTabOrder(std::initializer_list<QWidget*> widgets)
+{
+    QWidget* previous = nullptr;
+    for (QWidget* widget : widgets) {
+        if (previous)
+            QWidget::setTabOrder(previous, widget);
+        previous = widget;
+    }
+}
+
+bool FormHelper::parseDecimal(
+    const QString& text, int fractionDigits, int minFractionDigits, qint64& value)
+{
+    QString compact = text.trimmed();
+    compact.remove(QLatin1Char(' '));
+    compact.remove(QChar(0x00a0));
+    compact.remove(QChar(0x202f));
+    compact.replace(QLatin1Char(','), QLatin1Char('.'));
+    if (compact.isEmpty() || compact.count(QLatin1Char('.')) > 1)
+        return false;
+    const qsizetype point = compact.indexOf(QLatin1Char('.'));
+    const QString integerPart = point < 0 ? compact : compact.left(point);
+    qint64 limit = 2147483647;
+    for (int i = 0; i < fractionDigits; ++i)
+        limit /= 10;
+    bool integerOk = integerPart.isEmpty() || integerPart == QLatin1String("-");
+    if (!integerOk) {
+        const qlonglong integer = integerPart.toLongLong(&integerOk);
+        if (!integerOk || qAbs(integer) >= limit)
+            return false;
+    }
+    const DecimalFormat format(fractionDigits, minFractionDigits);
+    bool ok = false;
+    value = format.parse(compact, ok);
+    return ok;
+}
