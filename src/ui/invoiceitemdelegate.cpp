@@ -20,7 +20,7 @@ QString completionText(const Product* product)
 } // namespace
 
 InvoiceItemDelegate::InvoiceItemDelegate(Registry* registry, QObject* parent)
-    : QStyledItemDelegate(parent), m_registry(registry)
+    : ItemEditorDelegate(registry, parent)
 {
 }
 
@@ -29,8 +29,7 @@ QWidget* InvoiceItemDelegate::createEditor(
 {
     switch (index.column()) {
     case InvoiceItemTableModel::ProductColumn: {
-        auto* edit = new QLineEdit(parent);
-        edit->setFrame(false);
+        QLineEdit* edit = createLineEdit(parent, false);
         QStringList products;
         for (int i = 0; i < m_registry->productCount(); ++i)
             products.append(completionText(m_registry->productAt(i)));
@@ -48,55 +47,37 @@ QWidget* InvoiceItemDelegate::createEditor(
         auto* self = const_cast<InvoiceItemDelegate*>(this);
         connect(completer, qOverload<const QString&>(&QCompleter::activated), edit, [self, edit] {
             QMetaObject::invokeMethod(
-                self, [self, edit] { self->commitAndCloseEditor(edit); }, Qt::QueuedConnection);
+                edit,
+                [self, edit] {
+                    if (edit->isVisible())
+                        self->commitAndCloseEditor(edit);
+                },
+                Qt::QueuedConnection);
         });
-        m_editor = edit;
         return edit;
     }
     case InvoiceItemTableModel::QuantityColumn:
     case InvoiceItemTableModel::PriceColumn:
-    case InvoiceItemTableModel::DiscountColumn: {
-        auto* edit = new QLineEdit(parent);
-        edit->setFrame(false);
-        edit->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        m_editor = edit;
-        return edit;
+    case InvoiceItemTableModel::DiscountColumn:
+        return createLineEdit(parent, true);
+    default:
+        return open(QStyledItemDelegate::createEditor(parent, option, index));
     }
-    default: {
-        QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
-        m_editor = editor;
-        return editor;
-    }
-    }
-}
-
-void InvoiceItemDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const
-{
-    if (auto* edit = qobject_cast<QLineEdit*>(editor)) {
-        edit->setText(index.data(Qt::EditRole).toString());
-        return;
-    }
-    QStyledItemDelegate::setEditorData(editor, index);
 }
 
 void InvoiceItemDelegate::setModelData(
     QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const
 {
     auto* edit = qobject_cast<QLineEdit*>(editor);
-    if (!edit) {
-        QStyledItemDelegate::setModelData(editor, model, index);
+    if (!edit || index.column() != InvoiceItemTableModel::ProductColumn) {
+        ItemEditorDelegate::setModelData(editor, model, index);
         return;
     }
-    if (index.column() == InvoiceItemTableModel::ProductColumn) {
-        const QString number = productNumberFromText(edit->text());
-        // Unchanged: keep the row as it is (a product's price may have been
-        // edited since it was chosen).
-        if (number == index.data(Qt::EditRole).toString())
-            return;
+    const QString number = productNumberFromText(edit->text());
+    // Unchanged: keep the row as it is (a product's price may have been
+    // edited since it was chosen).
+    if (number != index.data(Qt::EditRole).toString())
         model->setData(index, number, Qt::EditRole);
-        return;
-    }
-    model->setData(index, edit->text(), Qt::EditRole);
 }
 
 QString InvoiceItemDelegate::productNumberFromText(const QString& text) const
@@ -112,26 +93,4 @@ QString InvoiceItemDelegate::productNumberFromText(const QString& text) const
             return product->number;
     }
     return trimmed;
-}
-
-void InvoiceItemDelegate::destroyEditor(QWidget* editor, const QModelIndex& index) const
-{
-    if (editor == m_editor)
-        m_editor = nullptr;
-    QStyledItemDelegate::destroyEditor(editor, index);
-}
-
-void InvoiceItemDelegate::commitOpenEditor()
-{
-    if (m_editor)
-        commitAndCloseEditor(m_editor);
-}
-
-void InvoiceItemDelegate::commitAndCloseEditor(QWidget* editor)
-{
-    if (!editor || editor != m_editor || !editor->isVisible())
-        return;
-    m_editor = nullptr;
-    emit commitData(editor);
-    emit closeEditor(editor, QAbstractItemDelegate::NoHint);
 }

@@ -1,15 +1,11 @@
 #ifndef PAYMENTDELEGATE_H
 #define PAYMENTDELEGATE_H
 
-#include <QPointer>
-#include <QStyledItemDelegate>
+#include "ui/itemeditordelegate.h"
 
-class Registry;
-
-// Editors of the payment table: the date and the amount as text (the
-// amount right-aligned) and the bank account chosen from the seller's
-// accounts.
-class PaymentDelegate : public QStyledItemDelegate
+// Editors of the payment table: the date and the amount as text and the
+// bank account chosen from the seller's accounts.
+class PaymentDelegate : public ItemEditorDelegate
 {
     Q_OBJECT
 public:
@@ -20,14 +16,6 @@ public:
     void setEditorData(QWidget* editor, const QModelIndex& index) const override;
     void setModelData(
         QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
-    void destroyEditor(QWidget* editor, const QModelIndex& index) const override;
-
-    // Hands an open editor's value to the model and closes the editor.
-    void commitOpenEditor();
-
-private:
-    Registry* m_registry;
-    mutable QPointer<QWidget> m_editor;
 };
 
 #endif // PAYMENTDELEGATE_H
