@@ -19,6 +19,7 @@
 #include "ui/bankaccountdialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
+#include "ui/formhelper.h"
 #include "ui/invoiceitemdelegate.h"
 #include "ui/invoicelistprintpreviewdialog.h"
 #include "ui/invoiceprintpreviewdialog.h"
@@ -85,11 +86,29 @@ QLabel* addField(QGridLayout* layout, int row, int column, const QString& text, 
     return label;
 }
 
-QLineEdit* newLineEdit(const QString& name)
+// A table whose cells are edited by typing into them.
+QTableView* newEditTable(
+    const QString& name, QAbstractItemModel* model, QAbstractItemDelegate* delegate)
 {
-    QLineEdit* edit = new QLineEdit();
-    edit->setObjectName(name);
-    return edit;
+    QTableView* view = FormHelper::create<QTableView>(name);
+    view->setModel(model);
+    view->setItemDelegate(delegate);
+    view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    view->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed
+        | QAbstractItemView::AnyKeyPressed);
+    return view;
+}
+
+// Buttons side by side at the left, in a widget of their own.
+QWidget* buttonRow(std::initializer_list<QPushButton*> buttons)
+{
+    QWidget* row = new QWidget();
+    QHBoxLayout* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    for (QPushButton* button : buttons)
+        layout->addWidget(button);
+    layout->addStretch(1);
+    return row;
 }
 
 QLabel* newAmountLabel(const QString& name)
@@ -100,6 +119,19 @@ QLabel* newAmountLabel(const QString& name)
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
 }
+
+// The row table's columns that can be hidden.
+const struct
+{
+    const char* name;
+    const char* text;
+    int column;
+} rowColumns[] = {
+    { "showDiscountAction", "Näytä &alennus-%", InvoiceItemTableModel::DiscountColumn },
+    { "showDiscountedPriceAction", "Näytä a&lennettu à-hinta",
+        InvoiceItemTableModel::DiscountedPriceColumn },
+    { "showVatAction", "Näytä ALV-%", InvoiceItemTableModel::VatColumn },
+};
 
 // Half away from zero, in whole hundredths of a percent.
 int percentageFromTenThousandths(qint64 value)
@@ -161,17 +193,19 @@ MainWindow::~MainWindow()
         disconnect(source, nullptr, this, nullptr);
 }
 
-QAction* MainWindow::createAction(const QString& name, const QString& text,
-    const QKeySequence& shortcut, void (MainWindow::*slot)())
+QAction* MainWindow::createAction(
+    const QString& name, const QString& text, const QKeySequence& shortcut)
 {
-    QAction* action = new QAction(text, this);
-    action->setObjectName(name);
-    if (!shortcut.isEmpty())
-        action->setShortcut(shortcut);
-    if (slot)
-        connect(action, &QAction::triggered, this, slot);
-    m_actions.insert(name, action);
-    return action;
+    QAction* created = new QAction(text, this);
+    created->setObjectName(name);
+    created->setShortcut(shortcut);
+    m_actions.insert(name, created);
+    return created;
+}
+
+QAction* MainWindow::action(const char* name) const
+{
+    return m_actions.value(QLatin1String(name));
 }
 
 void MainWindow::createActions()
@@ -179,23 +213,18 @@ void MainWindow::createActions()
     createAction(QStringLiteral("newInvoiceAction"), tr("&Uusi"), QKeySequence(Qt::Key_F7),
         &MainWindow::newInvoice);
     createAction(QStringLiteral("saveInvoiceAction"), tr("&Tallenna"),
-        QKeySequence(Qt::CTRL | Qt::Key_S), nullptr);
-    connect(m_actions.value(QStringLiteral("saveInvoiceAction")), &QAction::triggered, this,
-        [this] { saveInvoice(); });
-    QAction* editMode = createAction(
-        QStringLiteral("editModeAction"), tr("&Muokkaa"), QKeySequence(Qt::Key_F6), nullptr);
-    editMode->setCheckable(true);
-    connect(editMode, &QAction::triggered, this, [this](bool on) { toggleEditMode(on); });
+        QKeySequence(Qt::CTRL | Qt::Key_S), [this] { saveInvoice(); });
+    createAction(QStringLiteral("editModeAction"), tr("&Muokkaa"), QKeySequence(Qt::Key_F6),
+        [this](bool on) { toggleEditMode(on); })
+        ->setCheckable(true);
     createAction(QStringLiteral("removeInvoiceAction"), tr("&Poista"),
         QKeySequence(Qt::CTRL | Qt::Key_Delete), &MainWindow::removeInvoice);
     createAction(QStringLiteral("copyInvoiceAction"), tr("Tee &laskusta kopio"),
         QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C), &MainWindow::copyInvoice);
     createAction(QStringLiteral("referenceNumberAction"), tr("&Viitenumero ja lisätiedot"),
         QKeySequence(Qt::CTRL | Qt::Key_L), &MainWindow::editReferenceNumber);
-    createAction(
-        QStringLiteral("quitAction"), tr("&Lopeta"), QKeySequence(Qt::CTRL | Qt::Key_Q), nullptr);
-    connect(
-        m_actions.value(QStringLiteral("quitAction")), &QAction::triggered, this, &QWidget::close);
+    createAction(QStringLiteral("quitAction"), tr("&Lopeta"), QKeySequence(Qt::CTRL | Qt::Key_Q),
+        &QWidget::close);
 
     createAction(QStringLiteral("addInvoiceItemAction"), tr("Lisää &rivi"),
         QKeySequence(Qt::Key_F8), &MainWindow::addInvoiceItem);
@@ -213,47 +242,34 @@ void MainWindow::createActions()
         QKeySequence(Qt::CTRL | Qt::Key_V), &MainWindow::pasteInvoiceItems);
 
     m_vatGroup = new QActionGroup(this);
-    QAction* vatIncluded = createAction(
-        QStringLiteral("vatIncludedAction"), tr("Ve&rollinen"), QKeySequence(), nullptr);
-    QAction* vatExcluded = createAction(
-        QStringLiteral("vatExcludedAction"), tr("Vero&ton"), QKeySequence(), nullptr);
-    for (QAction* action : { vatIncluded, vatExcluded }) {
-        action->setCheckable(true);
-        m_vatGroup->addAction(action);
+    for (const bool vatIncluded : { true, false }) {
+        QAction* vatMode = createAction(
+            vatIncluded ? QStringLiteral("vatIncludedAction") : QStringLiteral("vatExcludedAction"),
+            vatIncluded ? tr("Ve&rollinen") : tr("Vero&ton"), QKeySequence(),
+            [this, vatIncluded] { setVatIncluded(vatIncluded); });
+        vatMode->setCheckable(true);
+        vatMode->setChecked(vatIncluded);
+        m_vatGroup->addAction(vatMode);
     }
-    vatIncluded->setChecked(true);
-    connect(vatIncluded, &QAction::triggered, this, [this] { setVatIncluded(true); });
-    connect(vatExcluded, &QAction::triggered, this, [this] { setVatIncluded(false); });
-
-    const struct
-    {
-        const char* name;
-        const char* text;
-        int column;
-    } columns[] = {
-        { "showDiscountAction", "Näytä &alennus-%", InvoiceItemTableModel::DiscountColumn },
-        { "showDiscountedPriceAction", "Näytä a&lennettu à-hinta",
-            InvoiceItemTableModel::DiscountedPriceColumn },
-        { "showVatAction", "Näytä ALV-%", InvoiceItemTableModel::VatColumn },
-    };
-    for (const auto& column : columns) {
-        QAction* action
-            = createAction(QLatin1String(column.name), tr(column.text), QKeySequence(), nullptr);
-        action->setCheckable(true);
-        action->setChecked(true);
+    for (const auto& column : rowColumns) {
         const int section = column.column;
-        connect(action, &QAction::toggled, this, [this, section](bool shown) {
+        QAction* shown = createAction(QLatin1String(column.name), tr(column.text), QKeySequence());
+        shown->setCheckable(true);
+        shown->setChecked(true);
+        connect(shown, &QAction::toggled, this, [this, section](bool shown) {
             m_invoiceItemTableView->setColumnHidden(section, !shown);
         });
     }
 
     createAction(QStringLiteral("searchAction"), tr("&Haku"), QKeySequence(Qt::CTRL | Qt::Key_F),
         &MainWindow::search);
-    QAction* results = createAction(QStringLiteral("searchResultsAction"), tr("Haku&tulokset"),
-        QKeySequence(), &MainWindow::showSearchResults);
     m_quickSearchGroup = new QActionGroup(this);
-    results->setCheckable(true);
-    m_quickSearchGroup->addAction(results);
+    auto addQuickSearch = [this](QAction* action) {
+        action->setCheckable(true);
+        m_quickSearchGroup->addAction(action);
+    };
+    addQuickSearch(createAction(QStringLiteral("searchResultsAction"), tr("Haku&tulokset"),
+        QKeySequence(), &MainWindow::showSearchResults));
     const struct
     {
         const char* text;
@@ -268,13 +284,10 @@ void MainWindow::createActions()
         { "&Kaikki laskut", 0 },
     };
     for (int n = 0; n < int(std::size(quickSearches)); ++n) {
-        QAction* action = createAction(QStringLiteral("quickSearch%1Action").arg(n),
-            tr(quickSearches[n].text),
-            quickSearches[n].key ? QKeySequence(Qt::CTRL | quickSearches[n].key) : QKeySequence(),
-            nullptr);
-        action->setCheckable(true);
-        m_quickSearchGroup->addAction(action);
-        connect(action, &QAction::triggered, this, [this, n] { quickSearch(n); });
+        const int key = quickSearches[n].key;
+        addQuickSearch(createAction(QStringLiteral("quickSearch%1Action").arg(n),
+            tr(quickSearches[n].text), key ? QKeySequence(Qt::CTRL | key) : QKeySequence(),
+            [this, n] { quickSearch(n); }));
     }
 
     createAction(QStringLiteral("previousAction"), tr("&Edellinen"), QKeySequence(Qt::Key_PageUp),
@@ -305,26 +318,57 @@ void MainWindow::createActions()
     createAction(
         QStringLiteral("aboutAction"), tr("&Tietoja"), QKeySequence(), &MainWindow::showAbout);
 
-    // Export, e-mail, payment import, interest, group invoicing and
-    // time-entry import come with their dialogs; until then the commands are
-    // shown but cannot be used (see updateActions()).
-    createAction(QStringLiteral("printAction"), tr("&Tulosta"), QKeySequence(Qt::Key_F9), nullptr);
-    connect(m_actions.value(QStringLiteral("printAction")), &QAction::triggered, this,
+    createAction(QStringLiteral("printAction"), tr("&Tulosta"), QKeySequence(Qt::Key_F9),
         [this] { printInvoices(false, PrintInvoice); });
     const struct
     {
         const char* name;
         const char* text;
         QKeySequence shortcut;
+        int kind;
+        bool several;
+    } prints[] = {
+        { "printSelectedAction", "&Valittu lasku", QKeySequence(Qt::ALT | Qt::Key_1), PrintInvoice,
+            false },
+        { "printSeveralAction", "&Useita laskuja", QKeySequence(Qt::ALT | Qt::Key_2), PrintInvoice,
+            true },
+        { "printReminderAction", "&Maksumuistutus", QKeySequence(Qt::ALT | Qt::Key_3),
+            PrintReminder, false },
+        { "printRemindersAction", "Useita m&aksumuistutuksia", QKeySequence(), PrintReminder,
+            true },
+        { "printReceiptAction", "&Kuitti", QKeySequence(Qt::ALT | Qt::Key_4), PrintReceipt, false },
+        { "printReceiptsAction", "Useita ku&itteja", QKeySequence(), PrintReceipt, true },
+    };
+    for (const auto& print : prints) {
+        const int kind = print.kind;
+        if (print.several)
+            createAction(QLatin1String(print.name), tr(print.text), print.shortcut,
+                [this, kind] { printSeveralInvoices(kind); });
+        else
+            createAction(QLatin1String(print.name), tr(print.text), print.shortcut,
+                [this, kind] { printInvoices(true, kind); });
+    }
+    createAction(QStringLiteral("invoiceListAction"), tr("Lasku&luettelo"),
+        QKeySequence(Qt::ALT | Qt::Key_6), [this] {
+            InvoiceListPrintPreviewDialog::showReport(m_registry, *m_model->lastCriteria(), this);
+        });
+    createAction(QStringLiteral("paymentJournalAction"), tr("&Suorituspäiväkirja"),
+        QKeySequence(Qt::ALT | Qt::Key_7),
+        [this] { PaymentPrintPreviewDialog::showReport(m_registry, PaymentCriteria(), this); });
+    createAction(QStringLiteral("customerListAction"), tr("&Asiakasluettelo"), QKeySequence(),
+        [this] { PrintPreviewDialog::showCustomerList(m_registry, this); });
+    createAction(QStringLiteral("productListAction"), tr("T&uoteluettelo"), QKeySequence(),
+        [this] { PrintPreviewDialog::showProductList(m_registry, this); });
+
+    // Export, e-mail, payment import, interest, group invoicing and
+    // time-entry import come with their dialogs; until then the commands are
+    // shown but cannot be used (see updateActions()).
+    const struct
+    {
+        const char* name;
+        const char* text;
+        QKeySequence shortcut;
     } later[] = {
-        { "printSelectedAction", "&Valittu lasku", QKeySequence(Qt::ALT | Qt::Key_1) },
-        { "printSeveralAction", "&Useita laskuja", QKeySequence(Qt::ALT | Qt::Key_2) },
-        { "printReminderAction", "&Maksumuistutus", QKeySequence(Qt::ALT | Qt::Key_3) },
-        { "printRemindersAction", "Useita m&aksumuistutuksia", QKeySequence() },
-        { "printReceiptAction", "&Kuitti", QKeySequence(Qt::ALT | Qt::Key_4) },
-        { "printReceiptsAction", "Useita ku&itteja", QKeySequence() },
-        { "invoiceListAction", "Lasku&luettelo", QKeySequence(Qt::ALT | Qt::Key_6) },
-        { "paymentJournalAction", "&Suorituspäiväkirja", QKeySequence(Qt::ALT | Qt::Key_7) },
         { "exportAction", "V&ie", QKeySequence(Qt::CTRL | Qt::Key_E) },
         { "sendAction", "L&ähetä", QKeySequence(Qt::CTRL | Qt::Key_M) },
         { "importPaymentsAction", "&Maksusuoritusten tuonti", QKeySequence(Qt::CTRL | Qt::Key_I) },
@@ -333,132 +377,60 @@ void MainWindow::createActions()
         { "raveloAction", "&Ravelo-aineiston tuonti", QKeySequence() },
     };
     for (const auto& entry : later)
-        createAction(QLatin1String(entry.name), tr(entry.text), entry.shortcut, nullptr);
-    connect(m_actions.value(QStringLiteral("printSelectedAction")), &QAction::triggered, this,
-        [this] { printInvoices(true, PrintInvoice); });
-    connect(m_actions.value(QStringLiteral("printReminderAction")), &QAction::triggered, this,
-        [this] { printInvoices(true, PrintReminder); });
-    connect(m_actions.value(QStringLiteral("printReceiptAction")), &QAction::triggered, this,
-        [this] { printInvoices(true, PrintReceipt); });
-    connect(m_actions.value(QStringLiteral("printSeveralAction")), &QAction::triggered, this,
-        [this] { printSeveralInvoices(PrintInvoice); });
-    connect(m_actions.value(QStringLiteral("printRemindersAction")), &QAction::triggered, this,
-        [this] { printSeveralInvoices(PrintReminder); });
-    connect(m_actions.value(QStringLiteral("printReceiptsAction")), &QAction::triggered, this,
-        [this] { printSeveralInvoices(PrintReceipt); });
-    connect(
-        m_actions.value(QStringLiteral("invoiceListAction")), &QAction::triggered, this, [this] {
-            InvoiceListPrintPreviewDialog::showReport(m_registry, *m_model->lastCriteria(), this);
-        });
-    connect(m_actions.value(QStringLiteral("paymentJournalAction")), &QAction::triggered, this,
-        [this] { PaymentPrintPreviewDialog::showReport(m_registry, PaymentCriteria(), this); });
-    createAction(
-        QStringLiteral("customerListAction"), tr("&Asiakasluettelo"), QKeySequence(), nullptr);
-    connect(m_actions.value(QStringLiteral("customerListAction")), &QAction::triggered, this,
-        [this] { PrintPreviewDialog::showCustomerList(m_registry, this); });
-    createAction(
-        QStringLiteral("productListAction"), tr("T&uoteluettelo"), QKeySequence(), nullptr);
-    connect(m_actions.value(QStringLiteral("productListAction")), &QAction::triggered, this,
-        [this] { PrintPreviewDialog::showProductList(m_registry, this); });
+        createAction(QLatin1String(entry.name), tr(entry.text), entry.shortcut);
 }
 
 void MainWindow::createMenus()
 {
-    auto action = [this](const char* name) { return m_actions.value(QLatin1String(name)); };
-
-    QMenu* file = menuBar()->addMenu(tr("&Tiedosto"));
-    file->addAction(action("chooseDatabaseAction"));
-    file->addAction(action("refreshAction"));
-    file->addSeparator();
-    file->addAction(action("exportAction"));
-    file->addAction(action("sendAction"));
-    file->addAction(action("importPaymentsAction"));
-    file->addAction(action("raveloAction"));
-    file->addAction(action("interestAction"));
-    file->addSeparator();
-    file->addAction(action("quitAction"));
-
-    QMenu* invoice = menuBar()->addMenu(tr("&Lasku"));
-    invoice->addAction(action("newInvoiceAction"));
-    invoice->addAction(action("editModeAction"));
-    invoice->addAction(action("saveInvoiceAction"));
-    invoice->addAction(action("removeInvoiceAction"));
-    invoice->addAction(action("copyInvoiceAction"));
-    invoice->addSeparator();
-    invoice->addAction(action("referenceNumberAction"));
-    invoice->addAction(action("groupInvoicingAction"));
-
+    // nullptr stands for a separator.
+    auto add = [this](QWidget* menu, std::initializer_list<const char*> names) {
+        for (const char* name : names) {
+            QAction* entry = name ? action(name) : new QAction(menu);
+            entry->setSeparator(!name);
+            menu->addAction(entry);
+        }
+    };
+    add(menuBar()->addMenu(tr("&Tiedosto")),
+        { "chooseDatabaseAction", "refreshAction", nullptr, "exportAction", "sendAction",
+            "importPaymentsAction", "raveloAction", "interestAction", nullptr, "quitAction" });
+    add(menuBar()->addMenu(tr("&Lasku")),
+        { "newInvoiceAction", "editModeAction", "saveInvoiceAction", "removeInvoiceAction",
+            "copyInvoiceAction", nullptr, "referenceNumberAction", "groupInvoicingAction" });
     QMenu* rows = menuBar()->addMenu(tr("&Rivit"));
-    rows->addAction(action("addInvoiceItemAction"));
-    rows->addAction(action("removeInvoiceItemAction"));
-    rows->addAction(action("moveUpAction"));
-    rows->addAction(action("moveDownAction"));
-    rows->addSeparator();
-    rows->addAction(action("copyInvoiceItemsAction"));
-    rows->addAction(action("cutInvoiceItemsAction"));
-    rows->addAction(action("pasteInvoiceItemsAction"));
-    rows->addSeparator();
-    QMenu* columns = rows->addMenu(tr("&Hinnat ja sarakkeet"));
-    columns->addAction(action("vatIncludedAction"));
-    columns->addAction(action("vatExcludedAction"));
-    columns->addSeparator();
-    columns->addAction(action("showDiscountAction"));
-    columns->addAction(action("showDiscountedPriceAction"));
-    columns->addAction(action("showVatAction"));
+    add(rows,
+        { "addInvoiceItemAction", "removeInvoiceItemAction", "moveUpAction", "moveDownAction",
+            nullptr, "copyInvoiceItemsAction", "cutInvoiceItemsAction", "pasteInvoiceItemsAction",
+            nullptr });
+    add(rows->addMenu(tr("&Hinnat ja sarakkeet")),
+        { "vatIncludedAction", "vatExcludedAction", nullptr, "showDiscountAction",
+            "showDiscountedPriceAction", "showVatAction" });
 
     QMenu* searchMenu = menuBar()->addMenu(tr("&Haku"));
-    searchMenu->addAction(action("searchAction"));
-    searchMenu->addAction(action("searchResultsAction"));
+    add(searchMenu, { "searchAction", "searchResultsAction" });
     m_quickSearchMenu = searchMenu->addMenu(tr("&Pikahaut"));
-    for (int n = 0; n < 6; ++n)
-        m_quickSearchMenu->addAction(m_actions.value(QStringLiteral("quickSearch%1Action").arg(n)));
+    m_quickSearchMenu->addActions(m_quickSearchGroup->actions().mid(1));
     searchMenu->addSeparator();
     searchMenu->addAction(m_invoiceDock->toggleViewAction());
 
-    QMenu* go = menuBar()->addMenu(tr("&Siirry"));
-    go->addAction(action("previousAction"));
-    go->addAction(action("nextAction"));
-    go->addAction(action("firstAction"));
-    go->addAction(action("lastAction"));
-
-    QMenu* print = menuBar()->addMenu(tr("T&ulosta"));
-    print->addAction(action("printAction"));
-    print->addSeparator();
-    print->addAction(action("printSelectedAction"));
-    print->addAction(action("printSeveralAction"));
-    print->addAction(action("printReminderAction"));
-    print->addAction(action("printRemindersAction"));
-    print->addAction(action("printReceiptAction"));
-    print->addAction(action("printReceiptsAction"));
-    print->addSeparator();
-    print->addAction(action("invoiceListAction"));
-    print->addAction(action("paymentJournalAction"));
-    print->addAction(action("customerListAction"));
-    print->addAction(action("productListAction"));
-
-    QMenu* settings = menuBar()->addMenu(tr("&Asetukset"));
-    settings->addAction(action("settingsAction"));
-    settings->addAction(action("customersAction"));
-    settings->addAction(action("productsAction"));
-    settings->addAction(action("bankAccountsAction"));
-    settings->addAction(action("printScriptsAction"));
-
-    QMenu* help = menuBar()->addMenu(tr("&Ohje"));
-    help->addAction(action("helpAction"));
-    help->addAction(action("aboutAction"));
+    add(menuBar()->addMenu(tr("&Siirry")),
+        { "previousAction", "nextAction", "firstAction", "lastAction" });
+    add(menuBar()->addMenu(tr("T&ulosta")),
+        { "printAction", nullptr, "printSelectedAction", "printSeveralAction",
+            "printReminderAction", "printRemindersAction", "printReceiptAction",
+            "printReceiptsAction", nullptr, "invoiceListAction", "paymentJournalAction",
+            "customerListAction", "productListAction" });
+    add(menuBar()->addMenu(tr("&Asetukset")),
+        { "settingsAction", "customersAction", "productsAction", "bankAccountsAction",
+            "printScriptsAction" });
+    add(menuBar()->addMenu(tr("&Ohje")), { "helpAction", "aboutAction" });
 
     QToolBar* toolBar = addToolBar(tr("Työkalurivi"));
     toolBar->setObjectName(QStringLiteral("mainToolBar"));
     toolBar->setToolButtonStyle(Qt::ToolButtonTextOnly);
-    for (const char* name : { "newInvoiceAction", "editModeAction", "saveInvoiceAction",
-             "removeInvoiceAction", "copyInvoiceAction" })
-        toolBar->addAction(action(name));
-    toolBar->addSeparator();
-    for (const char* name : { "firstAction", "previousAction", "nextAction", "lastAction" })
-        toolBar->addAction(action(name));
-    toolBar->addSeparator();
-    toolBar->addAction(action("searchAction"));
-    toolBar->addAction(action("printAction"));
+    add(toolBar,
+        { "newInvoiceAction", "editModeAction", "saveInvoiceAction", "removeInvoiceAction",
+            "copyInvoiceAction", nullptr, "firstAction", "previousAction", "nextAction",
+            "lastAction", nullptr, "searchAction", "printAction" });
 }
 
 void MainWindow::createForm()
@@ -483,19 +455,19 @@ void MainWindow::createForm()
     for (int type = 0; type <= 5; ++type)
         m_typeCombo->addItem(InvoiceTableModel::typeName(type));
 
-    m_numberEdit = newLineEdit(QStringLiteral("numberEdit"));
+    m_numberEdit = FormHelper::create<QLineEdit>(QStringLiteral("numberEdit"));
     m_numberEdit->setValidator(new QIntValidator(1, 2147483647, m_numberEdit));
     m_numberEdit->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_dateEdit = newLineEdit(QStringLiteral("dateEdit"));
-    m_dueDateEdit = newLineEdit(QStringLiteral("dueDateEdit"));
-    m_paymentTermsEdit = newLineEdit(QStringLiteral("paymentTermsEdit"));
-    m_deliveryEdit = newLineEdit(QStringLiteral("deliveryEdit"));
-    m_deliveryDateEdit = newLineEdit(QStringLiteral("deliveryDateEdit"));
-    m_buyerRefEdit = newLineEdit(QStringLiteral("buyerRefEdit"));
-    m_sellerRefEdit = newLineEdit(QStringLiteral("sellerRefEdit"));
-    m_interestEdit = newLineEdit(QStringLiteral("interestEdit"));
+    m_dateEdit = FormHelper::create<QLineEdit>(QStringLiteral("dateEdit"));
+    m_dueDateEdit = FormHelper::create<QLineEdit>(QStringLiteral("dueDateEdit"));
+    m_paymentTermsEdit = FormHelper::create<QLineEdit>(QStringLiteral("paymentTermsEdit"));
+    m_deliveryEdit = FormHelper::create<QLineEdit>(QStringLiteral("deliveryEdit"));
+    m_deliveryDateEdit = FormHelper::create<QLineEdit>(QStringLiteral("deliveryDateEdit"));
+    m_buyerRefEdit = FormHelper::create<QLineEdit>(QStringLiteral("buyerRefEdit"));
+    m_sellerRefEdit = FormHelper::create<QLineEdit>(QStringLiteral("sellerRefEdit"));
+    m_interestEdit = FormHelper::create<QLineEdit>(QStringLiteral("interestEdit"));
     m_interestEdit->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_referenceNumberEdit = newLineEdit(QStringLiteral("referenceNumberEdit"));
+    m_referenceNumberEdit = FormHelper::create<QLineEdit>(QStringLiteral("referenceNumberEdit"));
     m_referenceNumberEdit->setReadOnly(true);
     m_referenceNumberEdit->setFocusPolicy(Qt::ClickFocus);
 
@@ -524,14 +496,9 @@ void MainWindow::createForm()
         grid->setColumnStretch(column, 1);
 
     // Rows.
-    m_invoiceItemTableView = new QTableView();
-    m_invoiceItemTableView->setObjectName(QStringLiteral("invoiceItemTable"));
-    m_invoiceItemTableView->setModel(m_model->invoiceItemTableModel());
-    m_invoiceItemTableView->setItemDelegate(new InvoiceItemDelegate(m_registry, this));
-    m_invoiceItemTableView->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_invoiceItemTableView = newEditTable(QStringLiteral("invoiceItemTable"),
+        m_model->invoiceItemTableModel(), new InvoiceItemDelegate(m_registry, this));
     m_invoiceItemTableView->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    m_invoiceItemTableView->setEditTriggers(QAbstractItemView::DoubleClicked
-        | QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
     m_invoiceItemTableView->setTabKeyNavigation(true);
     m_invoiceItemTableView->verticalHeader()->setDefaultSectionSize(
         m_invoiceItemTableView->fontMetrics().height() + 10);
@@ -550,7 +517,7 @@ void MainWindow::createForm()
     for (const char* name :
         { "addInvoiceItemAction", "removeInvoiceItemAction", "moveUpAction", "moveDownAction",
             "copyInvoiceItemsAction", "cutInvoiceItemsAction", "pasteInvoiceItemsAction" })
-        m_invoiceItemTableView->addAction(m_actions.value(QLatin1String(name)));
+        m_invoiceItemTableView->addAction(action(name));
     m_invoiceItemTableView->setContextMenuPolicy(Qt::ActionsContextMenu);
 
     QWidget* rowsBox = new QWidget();
@@ -563,7 +530,7 @@ void MainWindow::createForm()
     for (const char* name :
         { "addInvoiceItemAction", "removeInvoiceItemAction", "moveUpAction", "moveDownAction" }) {
         QToolButton* button = new QToolButton();
-        button->setDefaultAction(m_actions.value(QLatin1String(name)));
+        button->setDefaultAction(action(name));
         button->setFocusPolicy(Qt::NoFocus);
         rowButtons->addWidget(button);
     }
@@ -571,39 +538,29 @@ void MainWindow::createForm()
     rowsLayout->addWidget(m_invoiceItemTableView, 1);
 
     // Payments.
-    m_paymentTableView = new QTableView();
-    m_paymentTableView->setObjectName(QStringLiteral("paymentTable"));
-    m_paymentTableView->setModel(m_model->paymentTableModel());
-    m_paymentTableView->setItemDelegate(new PaymentDelegate(m_registry, this));
-    m_paymentTableView->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_paymentTableView = newEditTable(QStringLiteral("paymentTable"), m_model->paymentTableModel(),
+        new PaymentDelegate(m_registry, this));
     m_paymentTableView->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_paymentTableView->setEditTriggers(QAbstractItemView::DoubleClicked
-        | QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
     m_paymentTableView->verticalHeader()->hide();
     m_paymentTableView->horizontalHeader()->setSectionResizeMode(
         PaymentTableModel::BankAccountColumn, QHeaderView::Stretch);
     m_paymentTableView->setColumnWidth(PaymentTableModel::DateColumn, digit * 12);
     m_paymentTableView->setColumnWidth(PaymentTableModel::AmountColumn, digit * 12);
-    QPushButton* addPaymentButton = new QPushButton(tr("Lisää suoritus"));
-    addPaymentButton->setObjectName(QStringLiteral("addPaymentButton"));
+    QPushButton* addPaymentButton
+        = FormHelper::createButton(tr("Lisää suoritus"), QStringLiteral("addPaymentButton"));
     connect(addPaymentButton, &QPushButton::clicked, this, &MainWindow::addPayment);
-    QPushButton* removePaymentButton = new QPushButton(tr("Poista suoritus"));
-    removePaymentButton->setObjectName(QStringLiteral("removePaymentButton"));
+    QPushButton* removePaymentButton
+        = FormHelper::createButton(tr("Poista suoritus"), QStringLiteral("removePaymentButton"));
     connect(removePaymentButton, &QPushButton::clicked, this, &MainWindow::removePayment);
-    m_paymentButtons = new QWidget();
-    QHBoxLayout* paymentButtons = new QHBoxLayout(m_paymentButtons);
-    paymentButtons->setContentsMargins(0, 0, 0, 0);
-    paymentButtons->addWidget(addPaymentButton);
-    paymentButtons->addWidget(removePaymentButton);
-    paymentButtons->addStretch(1);
+    m_paymentButtons = buttonRow({ addPaymentButton, removePaymentButton });
     QGroupBox* paymentBox = new QGroupBox(tr("Maksusuoritukset"));
     QVBoxLayout* paymentLayout = new QVBoxLayout(paymentBox);
     paymentLayout->addWidget(m_paymentTableView, 1);
     paymentLayout->addWidget(m_paymentButtons);
 
     // Notice texts and free attributes.
-    m_noticeText1Edit = newLineEdit(QStringLiteral("noticeText1Edit"));
-    m_noticeText2Edit = newLineEdit(QStringLiteral("noticeText2Edit"));
+    m_noticeText1Edit = FormHelper::create<QLineEdit>(QStringLiteral("noticeText1Edit"));
+    m_noticeText2Edit = FormHelper::create<QLineEdit>(QStringLiteral("noticeText2Edit"));
     m_attributeTable = new QTableWidget(0, 2);
     m_attributeTable->setObjectName(QStringLiteral("attributeTable"));
     m_attributeTable->setHorizontalHeaderLabels({ tr("Määre"), tr("Arvo") });
@@ -611,18 +568,13 @@ void MainWindow::createForm()
     m_attributeTable->horizontalHeader()->setStretchLastSection(true);
     m_attributeTable->setColumnWidth(0, digit * 16);
     m_attributeTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    QPushButton* addAttributeButton = new QPushButton(tr("Lisää määre"));
-    addAttributeButton->setObjectName(QStringLiteral("addAttributeButton"));
+    QPushButton* addAttributeButton
+        = FormHelper::createButton(tr("Lisää määre"), QStringLiteral("addAttributeButton"));
     connect(addAttributeButton, &QPushButton::clicked, this, &MainWindow::addAttribute);
-    QPushButton* removeAttributeButton = new QPushButton(tr("Poista määre"));
-    removeAttributeButton->setObjectName(QStringLiteral("removeAttributeButton"));
+    QPushButton* removeAttributeButton
+        = FormHelper::createButton(tr("Poista määre"), QStringLiteral("removeAttributeButton"));
     connect(removeAttributeButton, &QPushButton::clicked, this, &MainWindow::removeAttribute);
-    m_attributeButtons = new QWidget();
-    QHBoxLayout* attributeButtons = new QHBoxLayout(m_attributeButtons);
-    attributeButtons->setContentsMargins(0, 0, 0, 0);
-    attributeButtons->addWidget(addAttributeButton);
-    attributeButtons->addWidget(removeAttributeButton);
-    attributeButtons->addStretch(1);
+    m_attributeButtons = buttonRow({ addAttributeButton, removeAttributeButton });
     QGroupBox* extraBox = new QGroupBox(tr("Lisätiedot"));
     QFormLayout* extraLayout = new QFormLayout(extraBox);
     extraLayout->addRow(tr("Lisäteksti 1"), m_noticeText1Edit);
@@ -787,12 +739,10 @@ bool MainWindow::openDatabase(int number)
 
     bool ok = false;
     if (status != 0) {
-        showCriticalMessage(
-            tr("Tietokantayhteyden avaaminen epäonnistui. %1").arg(m_model->lastError()));
+        showModelError(tr("Tietokantayhteyden avaaminen epäonnistui. %1"));
         m_model->closeDatabase();
     } else if (!m_model->fetchData()) {
-        showCriticalMessage(
-            tr("Laskutustietojen hakeminen epäonnistui. %1").arg(m_model->lastError()));
+        showFetchError();
         m_model->closeDatabase();
     } else {
         m_invoiceTableView->scrollToBottom();
@@ -907,19 +857,14 @@ bool MainWindow::saveInvoice()
     if (emptyRow >= 0) {
         showWarningMessage(
             tr("Valitse tuote riville %1 ennen laskun tallentamista.").arg(emptyRow + 1));
-        const QModelIndex cell = items->index(emptyRow, InvoiceItemTableModel::ProductColumn);
-        m_invoiceItemTableView->setFocus();
-        m_invoiceItemTableView->setCurrentIndex(cell);
-        m_invoiceItemTableView->edit(cell);
+        editCell(
+            m_invoiceItemTableView, items->index(emptyRow, InvoiceItemTableModel::ProductColumn));
         return false;
     }
     const int emptyDate = payments->emptyDate();
     if (emptyDate >= 0) {
         showWarningMessage(tr("Syötä maksusuorituksen päivämäärä ennen laskun tallentamista."));
-        const QModelIndex cell = payments->index(emptyDate, PaymentTableModel::DateColumn);
-        m_paymentTableView->setFocus();
-        m_paymentTableView->setCurrentIndex(cell);
-        m_paymentTableView->edit(cell);
+        editCell(m_paymentTableView, payments->index(emptyDate, PaymentTableModel::DateColumn));
         return false;
     }
 
@@ -927,7 +872,7 @@ bool MainWindow::saveInvoice()
     if (editMode)
         applyForm();
     if (!m_model->saveInvoice()) {
-        showCriticalMessage(tr("Laskun tallentaminen epäonnistui. %1").arg(m_model->lastError()));
+        showModelError(tr("Laskun tallentaminen epäonnistui. %1"));
         return false;
     }
     m_model->invoiceTableModel()->setType(m_model->invoiceIndex(), invoice->type);
@@ -948,8 +893,7 @@ bool MainWindow::checkNumber()
         return true;
     switch (m_model->isValidNumber(number)) {
     case -1:
-        showCriticalMessage(
-            tr("Laskutustietojen hakeminen epäonnistui. %1").arg(m_model->lastError()));
+        showFetchError();
         return false;
     case 0:
         showWarningMessage(tr("Laskun numero %1 on jo käytössä.").arg(number));
@@ -1247,7 +1191,7 @@ void MainWindow::customerChosen()
 bool MainWindow::doCreateInvoice()
 {
     if (m_model->createInvoice() < 0) {
-        showCriticalMessage(tr("Uuden laskun luominen epäonnistui. %1").arg(m_model->lastError()));
+        showModelError(tr("Uuden laskun luominen epäonnistui. %1"));
         loadForm();
         return false;
     }
@@ -1266,13 +1210,13 @@ void MainWindow::newInvoice()
 
 bool MainWindow::toggleEditMode(bool on)
 {
-    QAction* action = m_actions.value(QStringLiteral("editModeAction"));
+    QAction* editMode = action("editModeAction");
     if (!m_hasInvoice) {
-        action->setChecked(false);
+        editMode->setChecked(false);
         return false;
     }
     if (on == isEditMode()) {
-        action->setChecked(on);
+        editMode->setChecked(on);
         return true;
     }
     if (on) {
@@ -1282,7 +1226,7 @@ bool MainWindow::toggleEditMode(bool on)
         m_model->setEditable(true);
     } else {
         if (!saveInvoice()) {
-            action->setChecked(true);
+            editMode->setChecked(true);
             return false;
         }
         m_model->setLastInvoiceId(-1);
@@ -1297,8 +1241,7 @@ bool MainWindow::loadInvoice(int index)
 {
     const bool ok = m_model->goToInvoice(index);
     if (!ok)
-        showCriticalMessage(
-            tr("Laskutustietojen hakeminen epäonnistui. %1").arg(m_model->lastError()));
+        showFetchError();
     // A failed load may have read part of the invoice; show what there is.
     m_hasInvoice = m_model->invoiceIndex() >= 0;
     loadForm();
@@ -1372,7 +1315,7 @@ void MainWindow::removeInvoice()
     // The model forgets the index when the invoice goes.
     const int oldRow = currentProxyRow();
     if (!m_model->removeInvoice()) {
-        showCriticalMessage(tr("Laskun poistaminen epäonnistui. %1").arg(m_model->lastError()));
+        showModelError(tr("Laskun poistaminen epäonnistui. %1"));
         return;
     }
     m_hasInvoice = false;
@@ -1444,10 +1387,7 @@ void MainWindow::addInvoiceItem()
     InvoiceItemTableModel* items = m_model->invoiceItemTableModel();
     const int row = items->rowCount();
     items->insertRow(row);
-    const QModelIndex cell = items->index(row, InvoiceItemTableModel::ProductColumn);
-    m_invoiceItemTableView->setFocus();
-    m_invoiceItemTableView->setCurrentIndex(cell);
-    m_invoiceItemTableView->edit(cell);
+    editCell(m_invoiceItemTableView, items->index(row, InvoiceItemTableModel::ProductColumn));
 }
 
 void MainWindow::removeInvoiceItems()
@@ -1462,22 +1402,23 @@ void MainWindow::removeInvoiceItems()
 
 void MainWindow::moveInvoiceItemUp()
 {
-    const QModelIndex current = m_invoiceItemTableView->currentIndex();
-    if (!isEditMode() || !current.isValid() || current.row() == 0)
-        return;
-    InvoiceItemTableModel* items = m_model->invoiceItemTableModel();
-    if (items->moveRow(current.row(), current.row() - 1))
-        m_invoiceItemTableView->setCurrentIndex(items->index(current.row() - 1, current.column()));
+    moveInvoiceItem(-1);
 }
 
 void MainWindow::moveInvoiceItemDown()
 {
+    moveInvoiceItem(1);
+}
+
+void MainWindow::moveInvoiceItem(int step)
+{
     const QModelIndex current = m_invoiceItemTableView->currentIndex();
     InvoiceItemTableModel* items = m_model->invoiceItemTableModel();
-    if (!isEditMode() || !current.isValid() || current.row() + 1 >= items->rowCount())
+    const int row = current.row() + step;
+    if (!isEditMode() || !current.isValid() || row < 0 || row >= items->rowCount())
         return;
-    if (items->moveRow(current.row(), current.row() + 1))
-        m_invoiceItemTableView->setCurrentIndex(items->index(current.row() + 1, current.column()));
+    if (items->moveRow(current.row(), row))
+        m_invoiceItemTableView->setCurrentIndex(items->index(row, current.column()));
 }
 
 void MainWindow::copyInvoiceItems()
@@ -1521,10 +1462,7 @@ void MainWindow::addPayment()
     payment.amount = open > 0 ? static_cast<int>(open) : 0;
     PaymentTableModel* payments = m_model->paymentTableModel();
     const int row = payments->addPayment(payment);
-    const QModelIndex cell = payments->index(row, PaymentTableModel::DateColumn);
-    m_paymentTableView->setFocus();
-    m_paymentTableView->setCurrentIndex(cell);
-    m_paymentTableView->edit(cell);
+    editCell(m_paymentTableView, payments->index(row, PaymentTableModel::DateColumn));
     updateActions();
 }
 
@@ -1569,23 +1507,20 @@ void MainWindow::search()
 
 void MainWindow::showSearchResults()
 {
-    if (!m_registry->isConnected())
-        return;
-    if (!m_model->search())
-        showCriticalMessage(
-            tr("Laskutustietojen hakeminen epäonnistui. %1").arg(m_model->lastError()));
-    updateQuickSearchChecks();
-    updatePosition();
-    updateActions();
+    if (m_registry->isConnected())
+        showFound(m_model->search());
 }
 
 void MainWindow::quickSearch(int n)
 {
-    if (!m_registry->isConnected())
-        return;
-    if (!m_model->quickSearch(n))
-        showCriticalMessage(
-            tr("Laskutustietojen hakeminen epäonnistui. %1").arg(m_model->lastError()));
+    if (m_registry->isConnected())
+        showFound(m_model->quickSearch(n));
+}
+
+void MainWindow::showFound(bool ok)
+{
+    if (!ok)
+        showFetchError();
     updateQuickSearchChecks();
     updatePosition();
     updateActions();
@@ -1596,8 +1531,7 @@ void MainWindow::refresh()
     if (!m_registry->isConnected() || !saveInvoice())
         return;
     if (!m_model->fetchData()) {
-        showCriticalMessage(
-            tr("Laskutustietojen hakeminen epäonnistui. %1").arg(m_model->lastError()));
+        showFetchError();
     } else if (m_hasInvoice && m_model->invoiceIndex() >= 0) {
         // Somebody else may have changed it in a shared database.
         loadInvoice(m_model->invoiceIndex());
@@ -1647,8 +1581,7 @@ void MainWindow::editReferenceNumber()
     if (execDialog(&dialog) != QDialog::Accepted)
         return;
     if (dialog.saveAsCustomerReference() && !m_model->saveReferenceNumber())
-        showCriticalMessage(
-            tr("Viitenumeron tallentaminen epäonnistui. %1").arg(m_model->lastError()));
+        showModelError(tr("Viitenumeron tallentaminen epäonnistui. %1"));
     const bool loading = m_loading;
     m_loading = true;
     updateReferenceField();
@@ -1665,9 +1598,7 @@ void MainWindow::editSettings()
     if (execDialog(&dialog) != QDialog::Accepted)
         return;
     dialog.settings()->copy(m_registry->settings());
-    if (!m_model->saveSettings())
-        showCriticalMessage(
-            tr("Asetusten tallentaminen epäonnistui. %1").arg(m_model->lastError()));
+    saveSettings();
     applyVatMode();
     updateAmounts();
 }
@@ -1748,30 +1679,31 @@ bool MainWindow::printSeveralInvoices(int kind)
 
 void MainWindow::setVatIncluded(bool vatIncluded)
 {
-    m_model->invoiceItemTableModel()->setVatIncluded(vatIncluded);
-    m_actions
-        .value(
-            vatIncluded ? QStringLiteral("vatIncludedAction") : QStringLiteral("vatExcludedAction"))
-        ->setChecked(true);
+    showVatMode(vatIncluded);
     Settings* settings = m_registry->settings();
     if (!m_registry->isConnected() || !settings
         || settings->property(vatIncludedKey, true).toBool() == vatIncluded)
         return;
     settings->setProperty(vatIncludedKey, vatIncluded);
-    if (!m_model->saveSettings())
-        showCriticalMessage(
-            tr("Asetusten tallentaminen epäonnistui. %1").arg(m_model->lastError()));
+    saveSettings();
 }
 
 void MainWindow::applyVatMode()
 {
     const Settings* settings = m_registry->settings();
-    const bool vatIncluded = settings ? settings->property(vatIncludedKey, true).toBool() : true;
+    showVatMode(settings ? settings->property(vatIncludedKey, true).toBool() : true);
+}
+
+void MainWindow::showVatMode(bool vatIncluded)
+{
     m_model->invoiceItemTableModel()->setVatIncluded(vatIncluded);
-    m_actions
-        .value(
-            vatIncluded ? QStringLiteral("vatIncludedAction") : QStringLiteral("vatExcludedAction"))
-        ->setChecked(true);
+    action(vatIncluded ? "vatIncludedAction" : "vatExcludedAction")->setChecked(true);
+}
+
+void MainWindow::saveSettings()
+{
+    if (!m_model->saveSettings())
+        showModelError(tr("Asetusten tallentaminen epäonnistui. %1"));
 }
 
 void MainWindow::tooLargeAmountEntered()
@@ -1817,10 +1749,9 @@ void MainWindow::updatePosition()
 
 void MainWindow::updateQuickSearchChecks()
 {
+    // The results of the search dialog come first, then quick searches 0 to 5.
     const int n = m_model->currentQuickSearch();
-    QAction* action = m_actions.value(n >= 0 ? QStringLiteral("quickSearch%1Action").arg(qMin(n, 5))
-                                             : QStringLiteral("searchResultsAction"));
-    action->setChecked(true);
+    m_quickSearchGroup->actions().at(n >= 0 ? 1 + qMin(n, 5) : 0)->setChecked(true);
 }
 
 void MainWindow::updateActions()
@@ -1834,13 +1765,11 @@ void MainWindow::updateActions()
     const QModelIndex currentRow = m_invoiceItemTableView->currentIndex();
     const int itemCount = m_model->invoiceItemTableModel()->rowCount();
 
-    auto enable = [this](const char* name, bool on) {
-        m_actions.value(QLatin1String(name))->setEnabled(on);
-    };
+    auto enable = [this](const char* name, bool on) { action(name)->setEnabled(on); };
     enable("newInvoiceAction", connected);
     enable("saveInvoiceAction", shown);
     enable("editModeAction", shown);
-    m_actions.value(QStringLiteral("editModeAction"))->setChecked(editable);
+    action("editModeAction")->setChecked(editable);
     enable("removeInvoiceAction", shown);
     enable("copyInvoiceAction", shown);
     enable("referenceNumberAction", shown);
@@ -1854,9 +1783,8 @@ void MainWindow::updateActions()
     enable("vatIncludedAction", connected);
     enable("vatExcludedAction", connected);
     enable("searchAction", connected);
-    enable("searchResultsAction", connected);
-    for (int n = 0; n < 6; ++n)
-        m_actions.value(QStringLiteral("quickSearch%1Action").arg(n))->setEnabled(connected);
+    for (QAction* search : m_quickSearchGroup->actions())
+        search->setEnabled(connected);
     enable("previousAction", count > 0 && row != 0);
     enable("nextAction", row >= 0 && row + 1 < count);
     enable("firstAction", count > 0 && row != 0);
@@ -1883,20 +1811,18 @@ void MainWindow::updateActions()
 
 void MainWindow::updateColumnActions()
 {
-    const struct
-    {
-        const char* name;
-        int column;
-    } columns[] = {
-        { "showDiscountAction", InvoiceItemTableModel::DiscountColumn },
-        { "showDiscountedPriceAction", InvoiceItemTableModel::DiscountedPriceColumn },
-        { "showVatAction", InvoiceItemTableModel::VatColumn },
-    };
-    for (const auto& column : columns) {
-        QAction* action = m_actions.value(QLatin1String(column.name));
-        const QSignalBlocker blocker(action);
-        action->setChecked(!m_invoiceItemTableView->isColumnHidden(column.column));
+    for (const auto& column : rowColumns) {
+        QAction* columnAction = action(column.name);
+        const QSignalBlocker blocker(columnAction);
+        columnAction->setChecked(!m_invoiceItemTableView->isColumnHidden(column.column));
     }
+}
+
+QMap<QString, QTableView*> MainWindow::layoutTables() const
+{
+    return { { QStringLiteral("invoiceTable"), m_invoiceTableView },
+        { QStringLiteral("paymentTable"), m_paymentTableView },
+        { QStringLiteral("invoiceItemTable"), m_invoiceItemTableView } };
 }
 
 void MainWindow::saveLayout()
@@ -1907,19 +1833,10 @@ void MainWindow::saveLayout()
     settings->beginGroup(QStringLiteral("mainWindow"));
     settings->setValue(QStringLiteral("geometry"), saveGeometry());
     settings->setValue(QStringLiteral("state"), saveState());
-    const struct
-    {
-        const char* group;
-        QTableView* view;
-    } tables[] = {
-        { "invoiceTable", m_invoiceTableView },
-        { "paymentTable", m_paymentTableView },
-        { "invoiceItemTable", m_invoiceItemTableView },
-    };
-    for (const auto& table : tables) {
-        settings->beginGroup(QLatin1String(table.group));
-        settings->setValue(QStringLiteral("columns"), table.view->horizontalHeader()->saveState());
-        settings->endGroup();
+    const QMap<QString, QTableView*> tables = layoutTables();
+    for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
+        settings->setValue(table.key() + QStringLiteral("/columns"),
+            table.value()->horizontalHeader()->saveState());
     }
     settings->beginGroup(QStringLiteral("invoiceTable"));
     settings->setValue(QStringLiteral("size"), m_invoiceDock->size());
@@ -1938,21 +1855,12 @@ void MainWindow::restoreLayout()
         restoreGeometry(settings->value(QStringLiteral("geometry")).toByteArray());
     if (settings->contains(QStringLiteral("state")))
         restoreState(settings->value(QStringLiteral("state")).toByteArray());
-    const struct
-    {
-        const char* group;
-        QTableView* view;
-    } tables[] = {
-        { "invoiceTable", m_invoiceTableView },
-        { "paymentTable", m_paymentTableView },
-        { "invoiceItemTable", m_invoiceItemTableView },
-    };
-    for (const auto& table : tables) {
+    const QMap<QString, QTableView*> tables = layoutTables();
+    for (auto table = tables.cbegin(); table != tables.cend(); ++table) {
         const QByteArray state
-            = settings->value(QLatin1String(table.group) + QStringLiteral("/columns"))
-                  .toByteArray();
+            = settings->value(table.key() + QStringLiteral("/columns")).toByteArray();
         if (!state.isEmpty())
-            table.view->horizontalHeader()->restoreState(state);
+            table.value()->horizontalHeader()->restoreState(state);
     }
     settings->beginGroup(QStringLiteral("invoiceTable"));
     const QSize size = settings->value(QStringLiteral("size")).toSize();
@@ -1989,7 +1897,24 @@ void MainWindow::closeEvent(QCloseEvent* event)
     event->accept();
 }
 
+void MainWindow::editCell(QTableView* view, const QModelIndex& cell)
+{
+    view->setFocus();
+    view->setCurrentIndex(cell);
+    view->edit(cell);
+}
+
 // --- Messages ----------------------------------------------------------------
+
+void MainWindow::showModelError(const QString& text)
+{
+    showCriticalMessage(text.arg(m_model->lastError()));
+}
+
+void MainWindow::showFetchError()
+{
+    showModelError(tr("Laskutustietojen hakeminen epäonnistui. %1"));
+}
 
 void MainWindow::showErrorMessage(const QString& message)
 {

@@ -3,12 +3,12 @@
 
 #include "domain/decimalformat.h"
 
+#include <QAction>
 #include <QDate>
 #include <QMainWindow>
 #include <QMap>
 
 class MainModel;
-class QAction;
 class QActionGroup;
 class QComboBox;
 class QDialog;
@@ -129,8 +129,17 @@ private:
     void createMenus();
     void createForm();
     void createInvoiceList();
-    QAction* createAction(const QString& name, const QString& text, const QKeySequence& shortcut,
-        void (MainWindow::*slot)());
+    QAction* createAction(const QString& name, const QString& text, const QKeySequence& shortcut);
+    // handler: a slot of the window or a function object.
+    template<typename Handler>
+    QAction* createAction(
+        const QString& name, const QString& text, const QKeySequence& shortcut, Handler handler)
+    {
+        QAction* action = createAction(name, text, shortcut);
+        connect(action, &QAction::triggered, this, handler);
+        return action;
+    }
+    QAction* action(const char* name) const;
     // Writes the first database entry, a new SQLite file beside the
     // configuration file, and returns its number.
     int addDefaultDatabase();
@@ -164,6 +173,18 @@ private:
     void applyVatMode();
     void addAttribute();
     void removeAttribute();
+    void moveInvoiceItem(int step);
+    // Shows what a search found, or why it failed.
+    void showFound(bool ok);
+    void showVatMode(bool vatIncluded);
+    void saveSettings();
+    // Puts the keyboard into a table cell and opens its editor.
+    void editCell(QTableView* view, const QModelIndex& cell);
+    // text with the model's last error in place of "%1".
+    void showModelError(const QString& text);
+    void showFetchError();
+    // The tables whose column layout is kept, by their configuration group.
+    QMap<QString, QTableView*> layoutTables() const;
     QList<int> selectedInvoiceItemRows() const;
     QDate today() const;
     void saveLayout();
