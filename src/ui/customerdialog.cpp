@@ -69,7 +69,7 @@ void CustomerDialog::createWidgets()
     auto addLine = [&form](const QString& caption, const char* name) {
         return FormHelper::addField<QLineEdit>(form, caption, QLatin1String(name));
     };
-    m_numberEdit = addLine(tr("Asiakas&numero"), "numberEdit");
+    m_numberEdit = addLine(tr("Asia&kasnumero"), "numberEdit");
     m_numberEdit->setValidator(new QIntValidator(1, 2147483647, m_numberEdit));
     m_nameEdit = addLine(tr("N&imi"), "nameEdit");
     m_streetNameEdit = addLine(tr("&Lähiosoite"), "streetNameEdit");
@@ -79,10 +79,10 @@ void CustomerDialog::createWidgets()
     m_contactEdit = addLine(tr("&Yhteyshenkilö"), "contactEdit");
     m_vatNumberEdit = addLine(tr("Y-tunnus tai AL&V-numero"), "vatNumberEdit");
     m_vatNumberEdit->setPlaceholderText(tr("1234567-8 tai FI12345678"));
-    m_referenceNumberEdit = addLine(tr("&Oma viitenumero"), "referenceNumberEdit");
-    m_emailAddressEdit = addLine(tr("&Sähköposti"), "emailAddressEdit");
+    m_referenceNumberEdit = addLine(tr("Oma viite&numero"), "referenceNumberEdit");
+    m_emailAddressEdit = addLine(tr("Sähk&öposti"), "emailAddressEdit");
     m_phoneNumberEdit = addLine(tr("Puhelinnume&ro"), "phoneNumberEdit");
-    m_paymentTermsEdit = addLine(tr("Ma&ksuehdot"), "paymentTermsEdit");
+    m_paymentTermsEdit = addLine(tr("Maksueh&dot"), "paymentTermsEdit");
     m_paymentTermsEdit->setPlaceholderText(tr("Yrityksen oletusehdot"));
 
     QGroupBox* extra = new QGroupBox(tr("Kieli, omat kentät ja verkkolasku"));
@@ -97,7 +97,7 @@ void CustomerDialog::createWidgets()
     m_custom2Edit = addLine(tr("Oma &2"), "custom2Edit");
     m_intermediatorEdit = addLine(tr("Verkkolaskuv&älittäjä"), "intermediatorEdit");
     m_receiverEdit = addLine(tr("Verkkolaskuo&soite"), "receiverEdit");
-    m_ediEdit = addLine(tr("OVT-tunn&us"), "ediEdit");
+    m_ediEdit = addLine(tr("&OVT-tunnus"), "ediEdit");
 
     watchFields({ m_numberEdit, m_nameEdit, m_streetNameEdit, m_postCodeEdit, m_townNameEdit,
         m_countryEdit, m_contactEdit, m_vatNumberEdit, m_referenceNumberEdit, m_emailAddressEdit,

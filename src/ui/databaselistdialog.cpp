@@ -99,7 +99,7 @@ DatabaseListDialog::DatabaseListDialog(Registry* registry, QWidget* parent)
     m_postgresqlFields = { addRow(tr("&Palvelin"), m_hostEdit, m_hostEdit), m_hostEdit,
         addRow(tr("Po&rtti"), m_portSpin, m_portSpin), m_portSpin,
         addRow(tr("Tieto&kanta"), m_databaseNameEdit, m_databaseNameEdit), m_databaseNameEdit,
-        addRow(tr("&Käyttäjä"), m_usernameEdit, m_usernameEdit), m_usernameEdit,
+        addRow(tr("Käyttä&jä"), m_usernameEdit, m_usernameEdit), m_usernameEdit,
         addRow(tr("Sala&sana"), m_passwordEdit, m_passwordEdit), m_passwordEdit };
 
     for (QLineEdit* edit : { m_nameEdit, m_fileNameEdit, m_hostEdit, m_databaseNameEdit,

@@ -131,12 +131,12 @@ SearchDialog::SearchDialog(Registry* registry, InvoiceCriteria* criteria, QWidge
     addRow(form, tr("&Saldo päivänä"), m_balanceDateEdit, m_balanceDateEdit);
     addRow(form, tr("&Viitenumero"), m_referenceNumberEdit, m_referenceNumberEdit);
     addRow(form, tr("Laskurivin &teksti"), m_textEdit, m_textEdit);
-    addRow(form, tr("E&nintään"), m_limitSpin, m_limitSpin);
+    addRow(form, tr("En&intään"), m_limitSpin, m_limitSpin);
 
     QDialogButtonBox* buttons
         = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     buttons->button(QDialogButtonBox::Ok)->setText(tr("&Hae"));
-    buttons->button(QDialogButtonBox::Cancel)->setText(tr("&Peruuta"));
+    buttons->button(QDialogButtonBox::Cancel)->setText(tr("Pe&ruuta"));
     QPushButton* clearButton = buttons->addButton(tr("Tyh&jennä"), QDialogButtonBox::ResetRole);
     clearButton->setObjectName(QStringLiteral("clearButton"));
     connect(clearButton, &QPushButton::clicked, this, &SearchDialog::clearFields);

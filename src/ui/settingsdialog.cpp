@@ -171,7 +171,7 @@ QWidget* SettingsDialog::createSellerPage()
     m_logoPreview->setAlignment(Qt::AlignCenter);
     m_logoPreview->setFrameShape(QFrame::StyledPanel);
     QPushButton* chooseButton
-        = FormHelper::createButton(tr("&Valitse kuva..."), QStringLiteral("chooseLogoButton"));
+        = FormHelper::createButton(tr("Valitse &kuva..."), QStringLiteral("chooseLogoButton"));
     QPushButton* removeButton
         = FormHelper::createButton(tr("P&oista kuva"), QStringLiteral("removeLogoButton"));
     connect(chooseButton, &QPushButton::clicked, this, &SettingsDialog::chooseLogo);
