@@ -18,11 +18,8 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent)
            "tai PostgreSQL-tietokannassa."));
     description->setObjectName(QStringLiteral("descriptionLabel"));
     description->setWordWrap(true);
-    QLabel* licence
-        = new QLabel(tr("Ohjelmaa saa käyttää, levittää ja muuttaa GNU General Public License "
-                        "-lisenssin version 3 tai myöhemmän ehdoin. Ohjelmalla ei ole takuuta."));
-    licence->setObjectName(QStringLiteral("licenceLabel"));
-    licence->setWordWrap(true);
+    QLabel* copyright = new QLabel(tr("© Veklari"));
+    copyright->setObjectName(QStringLiteral("copyrightLabel"));
 
     QDialogButtonBox* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     buttons->button(QDialogButtonBox::Close)->setText(tr("&Sulje"));
@@ -31,7 +28,7 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent)
     QVBoxLayout* layout = new QVBoxLayout(this);
     layout->addWidget(name);
     layout->addWidget(description);
-    layout->addWidget(licence);
+    layout->addWidget(copyright);
     layout->addStretch(1);
     layout->addWidget(buttons);
     setMinimumWidth(460);

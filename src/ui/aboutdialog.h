@@ -3,7 +3,7 @@
 
 #include <QDialog>
 
-// The program's name, version, purpose and licence.
+// The program's name, version, purpose and copyright holder.
 class AboutDialog : public QDialog
 {
     Q_OBJECT

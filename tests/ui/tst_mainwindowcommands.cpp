@@ -297,18 +297,22 @@ void TestMainWindowCommands::mnemonicsAreUnique()
 void TestMainWindowCommands::aboutDialog()
 {
     QVERIFY(m_f->start());
-    QString name;
-    QString description;
-    m_f->window()->dialogHandler = [&](QDialog* dialog) {
+    QStringList texts;
+    m_f->window()->dialogHandler = [&texts](QDialog* dialog) {
         if (qobject_cast<AboutDialog*>(dialog)) {
-            name = dialog->findChild<QLabel*>(QStringLiteral("nameLabel"))->text();
-            description = dialog->findChild<QLabel*>(QStringLiteral("descriptionLabel"))->text();
+            for (const QLabel* label : dialog->findChildren<QLabel*>())
+                texts.append(label->text());
         }
         return int(QDialog::Accepted);
     };
     m_f->action("aboutAction")->trigger();
-    QVERIFY(name.contains(QStringLiteral("Veklari 1.28.1")));
-    QVERIFY(description.contains(QStringLiteral("Laskutusohjelma")));
+    QCOMPARE(texts.size(), 3);
+    QVERIFY(texts.at(0).contains(QStringLiteral("Veklari 1.28.1")));
+    QVERIFY(texts.at(1).startsWith(QStringLiteral("Laskutusohjelma")));
+    QCOMPARE(texts.at(2), QStringLiteral("© Veklari"));
+    // The program claims no licence it has not been given.
+    for (const char* word : { "lisens", "License", "GPL" })
+        QVERIFY2(!texts.join(u' ').contains(QLatin1String(word)), word);
 }
 
 QTEST_MAIN(TestMainWindowCommands)
