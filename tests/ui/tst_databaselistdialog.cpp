@@ -1,4 +1,5 @@
 #include "core/registry.h"
+#include "tst_mainwindowfixture.h"
 #include "ui/databaselistdialog.h"
 
 #include <QComboBox>
@@ -11,24 +12,24 @@
 
 namespace {
 
-class Dialog : public DatabaseListDialog
+class Dialog : public Recorded<DatabaseListDialog>
 {
 public:
-    using DatabaseListDialog::DatabaseListDialog;
-    QStringList warnings;
+    using Recorded::Recorded;
     QString chosenFile;
 
 protected:
-    void showWarning(const QString& text) override { warnings.append(text); }
     QString chooseFileName(const QString&) override { return chosenFile; }
 };
 
-void typeOver(QWidget* dialog, const char* name, const QString& text)
+QLineEdit* edit(QWidget* dialog, const char* name)
 {
-    QLineEdit* edit = dialog->findChild<QLineEdit*>(QString::fromLatin1(name));
-    edit->selectAll();
-    QTest::keyClick(edit, Qt::Key_Backspace);
-    QTest::keyClicks(edit, text);
+    return dialog->findChild<QLineEdit*>(QString::fromLatin1(name));
+}
+
+void click(QWidget* dialog, const char* name)
+{
+    QTest::mouseClick(dialog->findChild<QPushButton*>(QString::fromLatin1(name)), Qt::LeftButton);
 }
 
 } // namespace
@@ -44,15 +45,14 @@ private slots:
 
     void showsTheConfiguredDatabases();
     void editedEntriesAreWrittenBack();
-    void addedEntryIsNumberedAndSelected();
-    void removedEntryIsGone();
+    void addRemoveAndBrowse();
     void refusedLists_data();
     void refusedLists();
     void cancelLeavesTheConfigurationAlone();
-    void browseFillsTheFileName();
 
 private:
-    QVariant entryValue(int index, const char* key) const;
+    // A key of entry `index` as the configuration file has it, "-" if none.
+    QString entry(int index, const char* key) const;
 
     QTemporaryDir m_dir;
     std::unique_ptr<Registry> m_registry;
@@ -61,7 +61,6 @@ private:
 void TestDatabaseListDialog::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
-    QVERIFY(m_dir.isValid());
 }
 
 void TestDatabaseListDialog::init()
@@ -70,23 +69,21 @@ void TestDatabaseListDialog::init()
     m_registry = std::make_unique<Registry>();
     m_registry->loadSettings(m_dir.filePath(QStringLiteral("Veklari.ini")));
     QSettings* settings = m_registry->appSettings();
+    settings->setValue(QStringLiteral("databases/lastUsed"), 7);
+    const QList<QList<std::pair<const char*, QVariant>>> entries = {
+        { { "number", 3 }, { "name", "Toiminimi" }, { "filename", m_dir.filePath("a.sqlite") } },
+        // A key of a later version stays as it is.
+        { { "number", 7 }, { "type", "postgresql" }, { "host", "db.example.com" }, { "port", 5433 },
+            { "databaseName", "yhdistys" }, { "username", "virtanen" }, { "password", "salainen" },
+            { "sslmode", "require" } },
+    };
     settings->beginGroup(QStringLiteral("databases"));
-    settings->setValue(QStringLiteral("lastUsed"), 7);
-    settings->beginWriteArray(QStringLiteral("settings"), 2);
-    settings->setArrayIndex(0);
-    settings->setValue(QStringLiteral("number"), 3);
-    settings->setValue(QStringLiteral("name"), QStringLiteral("Toiminimi"));
-    settings->setValue(QStringLiteral("filename"), m_dir.filePath(QStringLiteral("a.sqlite")));
-    settings->setArrayIndex(1);
-    settings->setValue(QStringLiteral("number"), 7);
-    settings->setValue(QStringLiteral("type"), QStringLiteral("postgresql"));
-    settings->setValue(QStringLiteral("host"), QStringLiteral("db.example.com"));
-    settings->setValue(QStringLiteral("port"), 5433);
-    settings->setValue(QStringLiteral("databaseName"), QStringLiteral("yhdistys"));
-    settings->setValue(QStringLiteral("username"), QStringLiteral("virtanen"));
-    settings->setValue(QStringLiteral("password"), QStringLiteral("salainen"));
-    // A key of a later version stays as it is.
-    settings->setValue(QStringLiteral("sslmode"), QStringLiteral("require"));
+    settings->beginWriteArray(QStringLiteral("settings"), int(entries.size()));
+    for (int i = 0; i < entries.size(); ++i) {
+        settings->setArrayIndex(i);
+        for (const auto& [key, value] : entries.at(i))
+            settings->setValue(QLatin1String(key), value);
+    }
     settings->endArray();
     settings->endGroup();
     m_registry->setDatabaseNumber(7);
@@ -97,109 +94,89 @@ void TestDatabaseListDialog::cleanup()
     m_registry.reset();
 }
 
-QVariant TestDatabaseListDialog::entryValue(int index, const char* key) const
+QString TestDatabaseListDialog::entry(int index, const char* key) const
 {
     QSettings* settings = m_registry->appSettings();
     settings->beginGroup(QStringLiteral("databases"));
-    settings->beginReadArray(QStringLiteral("settings"));
+    const int count = settings->beginReadArray(QStringLiteral("settings"));
     settings->setArrayIndex(index);
     const QVariant value = settings->value(QLatin1String(key));
     settings->endArray();
     settings->endGroup();
-    return value;
+    return index < count && value.isValid() ? value.toString() : QStringLiteral("-");
 }
 
 void TestDatabaseListDialog::showsTheConfiguredDatabases()
 {
     Dialog dialog(m_registry.get());
     QListWidget* list = dialog.findChild<QListWidget*>(QStringLiteral("databaseList"));
-    QCOMPARE(list->count(), 2);
-    QCOMPARE(list->item(0)->text(), QStringLiteral("3  Toiminimi"));
     // Without a name the database's own name stands in.
-    QCOMPARE(list->item(1)->text(), QStringLiteral("7  yhdistys"));
-    // The open database is chosen.
-    QCOMPARE(dialog.currentRow(), 1);
+    QCOMPARE(QStringList({ list->item(0)->text(), list->item(1)->text() }),
+        QStringList({ "3  Toiminimi", "7  yhdistys" }));
+    // The open database is chosen, with the fields of a server.
     QCOMPARE(dialog.selectedNumber(), 7);
-    QCOMPARE(dialog.findChild<QLineEdit*>(QStringLiteral("hostEdit"))->text(),
-        QStringLiteral("db.example.com"));
+    QCOMPARE(edit(&dialog, "hostEdit")->text(), QStringLiteral("db.example.com"));
     QCOMPARE(dialog.findChild<QSpinBox*>(QStringLiteral("portSpin"))->value(), 5433);
-    QVERIFY(!dialog.findChild<QLineEdit*>(QStringLiteral("hostEdit"))->isHidden());
-    QVERIFY(
-        dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->parentWidget()->isHidden());
+    QVERIFY(edit(&dialog, "fileNameEdit")->parentWidget()->isHidden());
 
     dialog.setCurrentRow(0);
     QCOMPARE(dialog.findChild<QComboBox*>(QStringLiteral("typeCombo"))->currentIndex(), 0);
-    QCOMPARE(dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(),
-        m_dir.filePath(QStringLiteral("a.sqlite")));
-    QVERIFY(dialog.findChild<QLineEdit*>(QStringLiteral("hostEdit"))->isHidden());
+    QCOMPARE(edit(&dialog, "fileNameEdit")->text(), m_dir.filePath(QStringLiteral("a.sqlite")));
+    QVERIFY(edit(&dialog, "hostEdit")->isHidden());
 }
 
 void TestDatabaseListDialog::editedEntriesAreWrittenBack()
 {
     Dialog dialog(m_registry.get());
-    typeOver(&dialog, "nameEdit", QStringLiteral("Yhdistys ry"));
-    typeOver(&dialog, "usernameEdit", QStringLiteral("rahastonhoitaja"));
+    replaceText(edit(&dialog, "nameEdit"), QStringLiteral("Yhdistys ry"));
+    replaceText(edit(&dialog, "usernameEdit"), QStringLiteral("rahastonhoitaja"));
     dialog.findChild<QSpinBox*>(QStringLiteral("portSpin"))->setValue(5432);
     QCOMPARE(dialog.findChild<QListWidget*>()->item(1)->text(), QStringLiteral("7  Yhdistys ry"));
     dialog.accept();
     QVERIFY(dialog.warnings.isEmpty());
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     QCOMPARE(dialog.selectedNumber(), 7);
-
+    QStringList written;
+    for (const char* key : { "name", "username", "port", "password", "sslmode" })
+        written.append(entry(1, key));
     QCOMPARE(
-        m_registry->appSettings()->value(QStringLiteral("databases/settings/size")).toInt(), 2);
-    QCOMPARE(entryValue(1, "name").toString(), QStringLiteral("Yhdistys ry"));
-    QCOMPARE(entryValue(1, "username").toString(), QStringLiteral("rahastonhoitaja"));
-    QCOMPARE(entryValue(1, "port").toInt(), 5432);
-    QCOMPARE(entryValue(1, "password").toString(), QStringLiteral("salainen"));
-    QCOMPARE(entryValue(1, "sslmode").toString(), QStringLiteral("require"));
-    QCOMPARE(entryValue(0, "filename").toString(), m_dir.filePath(QStringLiteral("a.sqlite")));
-    QCOMPARE(m_registry->appSettings()->value(QStringLiteral("databases/lastUsed")).toInt(), 7);
+        written, QStringList({ "Yhdistys ry", "rahastonhoitaja", "5432", "salainen", "require" }));
+    QCOMPARE(entry(0, "filename"), m_dir.filePath(QStringLiteral("a.sqlite")));
+    QCOMPARE(entry(2, "number"), QStringLiteral("-"));
 }
 
-void TestDatabaseListDialog::addedEntryIsNumberedAndSelected()
+void TestDatabaseListDialog::addRemoveAndBrowse()
 {
     Dialog dialog(m_registry.get());
-    QTest::mouseClick(dialog.findChild<QPushButton*>(QStringLiteral("addButton")), Qt::LeftButton);
-    QCOMPARE(dialog.entryCount(), 3);
+    click(&dialog, "addButton");
     QCOMPARE(dialog.currentRow(), 2);
+    // The next number, and a file beside the configuration.
     QCOMPARE(dialog.selectedNumber(), 8);
-    typeOver(&dialog, "nameEdit", QStringLiteral("Kolmas"));
+    QCOMPARE(
+        edit(&dialog, "fileNameEdit")->text(), m_dir.filePath(QStringLiteral("laskutus-8.sqlite")));
+    dialog.chosenFile = m_dir.filePath(QStringLiteral("uusi.sqlite"));
+    click(&dialog, "browseButton");
+    QCOMPARE(edit(&dialog, "fileNameEdit")->text(), dialog.chosenFile);
+    dialog.setCurrentRow(0);
+    click(&dialog, "removeButton");
+    QCOMPARE(dialog.entryCount(), 2);
     dialog.accept();
     QVERIFY(dialog.warnings.isEmpty());
-    QCOMPARE(entryValue(2, "number").toInt(), 8);
-    QCOMPARE(entryValue(2, "name").toString(), QStringLiteral("Kolmas"));
-    QCOMPARE(entryValue(2, "type").toString(), QStringLiteral("sqlite"));
-    QCOMPARE(
-        entryValue(2, "filename").toString(), m_dir.filePath(QStringLiteral("laskutus-8.sqlite")));
-}
-
-void TestDatabaseListDialog::removedEntryIsGone()
-{
-    Dialog dialog(m_registry.get());
-    dialog.setCurrentRow(0);
-    QTest::mouseClick(
-        dialog.findChild<QPushButton*>(QStringLiteral("removeButton")), Qt::LeftButton);
-    QCOMPARE(dialog.entryCount(), 1);
-    QCOMPARE(dialog.selectedNumber(), 7);
-    dialog.accept();
-    QCOMPARE(
-        m_registry->appSettings()->value(QStringLiteral("databases/settings/size")).toInt(), 1);
-    QCOMPARE(entryValue(0, "number").toInt(), 7);
-    QCOMPARE(entryValue(0, "sslmode").toString(), QStringLiteral("require"));
-    QVERIFY(!entryValue(1, "number").isValid());
+    QCOMPARE(QStringList({ entry(0, "number"), entry(1, "number"), entry(2, "number") }),
+        QStringList({ "7", "8", "-" }));
+    QCOMPARE(QStringList({ entry(0, "sslmode"), entry(1, "type"), entry(1, "filename") }),
+        QStringList({ "require", "sqlite", dialog.chosenFile }));
 }
 
 void TestDatabaseListDialog::refusedLists_data()
 {
     QTest::addColumn<QString>("change");
     QTest::addColumn<QString>("warning");
-
-    QTest::addRow("number taken") << "number"
+    QTest::newRow("number taken") << "number"
                                   << "Numero 3 on jo toisen tietokannan käytössä.";
-    QTest::addRow("no database name") << "databaseName"
+    QTest::newRow("no database name") << "databaseName"
                                       << "Anna tietokannan nimi.";
-    QTest::addRow("no file") << "filename"
+    QTest::newRow("no file") << "filename"
                              << "Anna tietokantatiedoston nimi.";
 }
 
@@ -212,42 +189,25 @@ void TestDatabaseListDialog::refusedLists()
     if (change == QLatin1String("number")) {
         dialog.findChild<QSpinBox*>(QStringLiteral("numberSpin"))->setValue(3);
     } else if (change == QLatin1String("databaseName")) {
-        typeOver(&dialog, "databaseNameEdit", QString());
+        replaceText(edit(&dialog, "databaseNameEdit"), QString());
     } else {
         dialog.setCurrentRow(0);
-        typeOver(&dialog, "fileNameEdit", QString());
+        replaceText(edit(&dialog, "fileNameEdit"), QString());
     }
     dialog.accept();
     QCOMPARE(dialog.warnings, QStringList { warning });
     QCOMPARE(dialog.result(), int(QDialog::Rejected));
-    QCOMPARE(entryValue(1, "number").toInt(), 7);
-    QCOMPARE(entryValue(1, "databaseName").toString(), QStringLiteral("yhdistys"));
-    QCOMPARE(entryValue(0, "filename").toString(), m_dir.filePath(QStringLiteral("a.sqlite")));
+    QCOMPARE(QStringList({ entry(1, "number"), entry(1, "databaseName"), entry(0, "filename") }),
+        QStringList({ "7", "yhdistys", m_dir.filePath(QStringLiteral("a.sqlite")) }));
 }
 
 void TestDatabaseListDialog::cancelLeavesTheConfigurationAlone()
 {
     Dialog dialog(m_registry.get());
-    typeOver(&dialog, "nameEdit", QStringLiteral("Muutettu"));
-    QTest::mouseClick(dialog.findChild<QPushButton*>(QStringLiteral("addButton")), Qt::LeftButton);
+    replaceText(edit(&dialog, "nameEdit"), QStringLiteral("Muutettu"));
+    click(&dialog, "addButton");
     dialog.reject();
-    QCOMPARE(
-        m_registry->appSettings()->value(QStringLiteral("databases/settings/size")).toInt(), 2);
-    QVERIFY(!entryValue(1, "name").isValid());
-}
-
-void TestDatabaseListDialog::browseFillsTheFileName()
-{
-    Dialog dialog(m_registry.get());
-    dialog.setCurrentRow(0);
-    dialog.chosenFile = m_dir.filePath(QStringLiteral("uusi.sqlite"));
-    QTest::mouseClick(
-        dialog.findChild<QPushButton*>(QStringLiteral("browseButton")), Qt::LeftButton);
-    QCOMPARE(
-        dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->text(), dialog.chosenFile);
-    dialog.accept();
-    QCOMPARE(entryValue(0, "filename").toString(), dialog.chosenFile);
-    QCOMPARE(dialog.selectedNumber(), 3);
+    QCOMPARE(QStringList({ entry(1, "name"), entry(2, "number") }), QStringList({ "-", "-" }));
 }
 
 QTEST_MAIN(TestDatabaseListDialog)

@@ -9,14 +9,18 @@
 #include "storage/database.h"
 #include "storage/query.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QSettings>
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QTableView>
 #include <QtTest>
 
@@ -89,6 +93,12 @@ void WindowFixture::stop()
 Database* WindowFixture::database() const
 {
     return m_registry ? m_registry->database() : nullptr;
+}
+
+QString WindowFixture::text(const char* lineEditName) const
+{
+    QLineEdit* edit = widget<QLineEdit>(lineEditName);
+    return edit ? edit->text() : QStringLiteral("(no %1)").arg(QLatin1String(lineEditName));
 }
 
 QAction* WindowFixture::action(const char* name) const
@@ -186,6 +196,33 @@ int WindowFixture::storedInvoiceCount() const
     return storedValue(QStringLiteral("SELECT count(*) FROM invoice")).toInt();
 }
 
+void addFieldColumns()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("warning");
+}
+
+void addFieldRow(const char* name, const char* field, const char* text, const QString& warning)
+{
+    QTest::newRow(name) << QString::fromLatin1(field) << QString::fromUtf8(text) << warning;
+}
+
+QStringList tableRows(Database* database, const QString& table)
+{
+    QStringList rows;
+    QSqlQuery query(QSqlDatabase::database(database->connectionName()));
+    if (!query.exec(QStringLiteral("SELECT * FROM %1 ORDER BY id").arg(table)))
+        return { query.lastError().text() };
+    while (query.next()) {
+        QStringList columns;
+        for (int i = 0; i < query.record().count(); ++i)
+            columns.append(query.value(i).toString());
+        rows.append(columns.join(u'|'));
+    }
+    return rows;
+}
+
 QWidget* keyTarget(QWidget* widget)
 {
     if (QWidget* popup = QApplication::activePopupWidget())
@@ -213,14 +250,25 @@ void pressKey(QWidget* widget, int key, Qt::KeyboardModifiers modifiers)
     QTest::keyClick(keyTarget(widget), Qt::Key(key), modifiers);
 }
 
+void press(int key, Qt::KeyboardModifiers modifiers)
+{
+    pressKey(nullptr, key, modifiers);
+}
+
 void typeText(QWidget* widget, const QString& text)
 {
     for (const QChar c : text) {
+        QWidget* target = widget ? widget : keyTarget();
         if (c.unicode() < 128)
-            QTest::keyClick(widget, char(c.unicode()));
+            QTest::keyClick(target, char(c.unicode()));
         else
-            QTest::sendKeyEvent(QTest::Click, widget, Qt::Key_unknown, QString(c), Qt::NoModifier);
+            QTest::sendKeyEvent(QTest::Click, target, Qt::Key_unknown, QString(c), Qt::NoModifier);
     }
+}
+
+void keys(const QString& text)
+{
+    typeText(nullptr, text);
 }
 
 void replaceText(QLineEdit* edit, const QString& text)
@@ -229,6 +277,26 @@ void replaceText(QLineEdit* edit, const QString& text)
     edit->selectAll();
     QTest::keyClick(edit, Qt::Key_Backspace);
     typeText(edit, text);
+}
+
+void clickButton(QDialog* dialog, QDialogButtonBox::StandardButton which)
+{
+    QTest::mouseClick(dialog->findChild<QDialogButtonBox*>()->button(which), Qt::LeftButton);
+}
+
+bool editing(QAbstractItemView* view)
+{
+    QWidget* focus = QApplication::focusWidget();
+    return focus && focus != view && view->isAncestorOf(focus);
+}
+
+void commitEditor(QAbstractItemView* view)
+{
+    QVERIFY(editing(view));
+    if (QApplication::activePopupWidget())
+        press(Qt::Key_Return);
+    press(Qt::Key_Return);
+    QTRY_VERIFY(!editing(view));
 }
 
 void chooseCustomer(QComboBox* combo, const QString& name)

@@ -4,6 +4,7 @@
 #include "ui/mainwindow.h"
 
 #include <QDate>
+#include <QDialogButtonBox>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <QUrl>
@@ -11,10 +12,22 @@
 #include <memory>
 
 class Database;
-class QAction;
+class QAbstractItemView;
 class QComboBox;
 class QLineEdit;
 class Registry;
+
+// A dialog whose warnings are recorded instead of shown.
+template<typename Dialog>
+class Recorded : public Dialog
+{
+public:
+    using Dialog::Dialog;
+    QStringList warnings;
+
+protected:
+    void showWarning(const QString& text) override { warnings.append(text); }
+};
 
 // The main window with its message boxes, dialogs and web pages answered
 // and recorded by the test instead of shown.
@@ -47,7 +60,6 @@ public:
     WindowFixture();
     ~WindowFixture();
 
-    bool isValid() const { return m_dir.isValid(); }
     QString configFile() const;
     QString path(const QString& name) const { return m_dir.filePath(name); }
 
@@ -67,6 +79,7 @@ public:
     {
         return m_window->findChild<T*>(QString::fromLatin1(name));
     }
+    QString text(const char* lineEditName) const;
 
     // Stored directly; refresh() makes the window see them.
     int addCustomer(const QString& name, const QString& paymentTerms = QString(),
@@ -79,10 +92,9 @@ public:
         int totalAmount, int balance);
     void refresh();
 
-    // The invoices in the database by number: total and balance in cents.
     int storedInvoiceCount() const;
+    // The first column of the first row of a SELECT on the window's database.
     QVariant storedValue(const QString& sql) const;
-    // A statement of the test's own on the window's connection.
     bool exec(const QString& sql) const;
 
 private:
@@ -91,19 +103,36 @@ private:
     std::unique_ptr<TestWindow> m_window;
 };
 
+// Tables of a field (by object name), the text typed into it and the
+// warning that the user gets, empty for none.
+void addFieldColumns();
+void addFieldRow(const char* name, const char* field, const char* text, const QString& warning);
+
+// Every row of a table, ordered by id, as "column|column" lines.
+QStringList tableRows(Database* database, const QString& table);
+
 // Where a keyboard would send a key: to the open list of completions, if
 // any, which hands the key on to its field; else to the widget, or without
 // one to the widget that has the keyboard focus.
 QWidget* keyTarget(QWidget* widget = nullptr);
-// Presses a key where a keyboard would send it.
 void pressKey(QWidget* widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+// Presses a key where the keyboard is.
+void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 // QTest::keyClicks takes ASCII only; other letters go in as key events
-// carrying their text, as a keyboard would send them.
+// carrying their text, as a keyboard would send them. Without a widget the
+// keys go where the keyboard is.
 void typeText(QWidget* widget, const QString& text);
+void keys(const QString& text);
 // Selects what the field holds and types the text over it.
 void replaceText(QLineEdit* edit, const QString& text);
+void clickButton(QDialog* dialog, QDialogButtonBox::StandardButton which);
 // Chooses a customer by typing its name into the combo box and leaving it.
 void chooseCustomer(QComboBox* combo, const QString& name);
+// A cell editor of the view has the keyboard.
+bool editing(QAbstractItemView* view);
+// Return, and wait for the view to take the value. With the completions
+// open, the first Return only closes them.
+void commitEditor(QAbstractItemView* view);
 // The texts of a column of the invoice list as the window shows it.
 QStringList shownColumn(MainWindow* window, int column);
 

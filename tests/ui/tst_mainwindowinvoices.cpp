@@ -9,8 +9,6 @@
 #include "domain/payment.h"
 #include "domain/settings.h"
 #include "logcapture.h"
-#include "storage/database.h"
-#include "storage/query.h"
 #include "tst_mainwindowfixture.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
@@ -22,13 +20,10 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSettings>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTableView>
 #include <QTableWidget>
 #include <QtTest>
@@ -50,41 +45,6 @@ QString money(qint64 cents)
     return DecimalFormat(2, 2).format(cents);
 }
 
-void keys(const QString& text)
-{
-    for (const QChar c : text) {
-        QWidget* target = keyTarget();
-        if (c.unicode() < 128)
-            QTest::keyClick(target, char(c.unicode()));
-        else
-            QTest::sendKeyEvent(QTest::Click, target, Qt::Key_unknown, QString(c), Qt::NoModifier);
-    }
-}
-
-void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    pressKey(nullptr, key, modifiers);
-}
-
-// A cell editor of the view has the keyboard.
-bool editing(QAbstractItemView* view)
-{
-    QWidget* focus = QApplication::focusWidget();
-    return focus && focus != view && view->isAncestorOf(focus);
-}
-
-// Return, and wait for the view to take the value (it does so once the
-// key has been handled). With the completions open, the first Return only
-// closes them.
-void commitEditor(QAbstractItemView* view)
-{
-    QVERIFY(editing(view));
-    if (QApplication::activePopupWidget())
-        press(Qt::Key_Return);
-    press(Qt::Key_Return);
-    QTRY_VERIFY(!editing(view));
-}
-
 } // namespace
 
 class TestMainWindowInvoices : public QObject
@@ -103,7 +63,6 @@ private slots:
     void removeInvoice_data();
     void removeInvoice();
     void removeOnlyInvoiceLeavesEmptyView();
-    void removeAnsweredNo();
     void copyInvoice();
     void editMode();
     void closeRefusedWhileInvalid();
@@ -126,13 +85,16 @@ private:
     QLineEdit* edit(const char* name) const { return m_f->widget<QLineEdit>(name); }
     QComboBox* customerCombo() const { return m_f->widget<QComboBox>("customerCombo"); }
     QString label(const char* name) const { return m_f->widget<QLabel>(name)->text(); }
-    void shortcut(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    QStringList texts(std::initializer_list<const char*> names) const;
     // F8, the product number, then the quantity two cells to the right.
     void addRow(const QString& product, const QString& quantity);
-    void save();
+    // F8 and a text, but no product.
+    void addTextRow(const QString& text);
+    void save() { press(Qt::Key_S, Qt::ControlModifier); }
     QList<int> shownNumbers() const;
     // Three invoices 1..3 of Virtanen, stored directly.
     void addThreeInvoices();
+    QVariant stored(const QString& sql) const { return m_f->storedValue(sql); }
 
     std::unique_ptr<WindowFixture> m_f;
     int m_virtanen = -1;
@@ -148,7 +110,6 @@ void TestMainWindowInvoices::initTestCase()
 void TestMainWindowInvoices::init()
 {
     m_f = std::make_unique<WindowFixture>();
-    QVERIFY(m_f->isValid());
     QVERIFY(m_f->start());
     m_virtanen = m_f->addCustomer(QStringLiteral("Virtanen Oy"));
     m_makinen = m_f->addCustomer(
@@ -169,15 +130,17 @@ void TestMainWindowInvoices::cleanup()
     m_f.reset();
 }
 
-void TestMainWindowInvoices::shortcut(int key, Qt::KeyboardModifiers modifiers)
+QStringList TestMainWindowInvoices::texts(std::initializer_list<const char*> names) const
 {
-    QWidget* target = keyTarget();
-    QTest::keyClick(target ? target : window(), Qt::Key(key), modifiers);
+    QStringList result;
+    for (const char* name : names)
+        result.append(m_f->text(name));
+    return result;
 }
 
 void TestMainWindowInvoices::addRow(const QString& product, const QString& quantity)
 {
-    shortcut(Qt::Key_F8);
+    press(Qt::Key_F8);
     QVERIFY(editing(rows()));
     keys(product);
     commitEditor(rows());
@@ -188,9 +151,13 @@ void TestMainWindowInvoices::addRow(const QString& product, const QString& quant
     commitEditor(rows());
 }
 
-void TestMainWindowInvoices::save()
+void TestMainWindowInvoices::addTextRow(const QString& text)
 {
-    shortcut(Qt::Key_S, Qt::ControlModifier);
+    press(Qt::Key_F8);
+    press(Qt::Key_Escape);
+    QTest::keyClick(rows(), Qt::Key_Right);
+    keys(text);
+    commitEditor(rows());
 }
 
 QList<int> TestMainWindowInvoices::shownNumbers() const
@@ -215,16 +182,13 @@ void TestMainWindowInvoices::startsWithOneNewInvoice()
     QVERIFY(window()->hasInvoice());
     QVERIFY(window()->isEditMode());
     QCOMPARE(model()->invoice()->id, -1);
-    QCOMPARE(edit("numberEdit")->text(), QStringLiteral("1"));
-    QCOMPARE(edit("dateEdit")->text(), QStringLiteral("15.3.2024"));
-    // The new database's terms, 14 days.
-    QCOMPARE(edit("paymentTermsEdit")->text(), QStringLiteral("14 päivää netto"));
-    QCOMPARE(edit("dueDateEdit")->text(), QStringLiteral("29.3.2024"));
-    QCOMPARE(edit("interestEdit")->text(), QStringLiteral("8"));
-    QCOMPARE(edit("referenceNumberEdit")->text(), withCheckDigit(QStringLiteral("100")));
+    // The new database's terms, 14 days, and interest, 8 %.
+    QCOMPARE(texts({ "numberEdit", "dateEdit", "paymentTermsEdit", "dueDateEdit", "interestEdit",
+                 "referenceNumberEdit" }),
+        QStringList({ "1", "15.3.2024", "14 päivää netto", "29.3.2024", "8",
+            withCheckDigit(QStringLiteral("100")) }));
     QCOMPARE(customerCombo()->currentText(), QString());
     QCOMPARE(label("positionLabel"), QStringLiteral("Uusi lasku"));
-    QCOMPARE(m_f->storedInvoiceCount(), 0);
 
     // Untouched, it is not worth a refusal: the program closes and
     // nothing is stored.
@@ -235,14 +199,11 @@ void TestMainWindowInvoices::startsWithOneNewInvoice()
 
 void TestMainWindowInvoices::saveChecksInOrder()
 {
-    // A good row, a row with a text but no product, and an empty row.
+    // A good row, a row with a text but no product, an empty row, a payment
+    // without a date and a delivery date that does not exist.
     addRow(QStringLiteral("1"), QStringLiteral("2"));
-    shortcut(Qt::Key_F8);
-    press(Qt::Key_Escape);
-    QTest::keyClick(rows(), Qt::Key_Right);
-    keys(QStringLiteral("Matkakulut"));
-    commitEditor(rows());
-    shortcut(Qt::Key_F8);
+    addTextRow(QStringLiteral("Matkakulut"));
+    press(Qt::Key_F8);
     press(Qt::Key_Escape);
     m_f->widget<QPushButton>("addPaymentButton")->click();
     press(Qt::Key_Escape);
@@ -255,7 +216,7 @@ void TestMainWindowInvoices::saveChecksInOrder()
         QStringLiteral("Syötä maksusuorituksen päivämäärä ennen laskun tallentamista."),
     };
     save();
-    QCOMPARE(window()->messages, QStringList { expected.at(0) });
+    QCOMPARE(window()->messages, expected.mid(0, 1));
 
     // A part of one name is enough.
     chooseCustomer(customerCombo(), QStringLiteral("virta"));
@@ -291,12 +252,10 @@ void TestMainWindowInvoices::saveChecksInOrder()
     QCOMPARE(window()->messages, expected);
     QVERIFY2(log.contains(QStringLiteral("debug: Tallennetaan lasku id=-1")),
         qPrintable(log.lines().join('\n')));
-    QCOMPARE(m_f->storedInvoiceCount(), 1);
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT delivery_date FROM invoice")).toDate(),
-        QDate(2024, 3, 1));
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT count(*) FROM invoice_item")).toInt(), 2);
     QCOMPARE(
-        m_f->storedValue(QStringLiteral("SELECT date FROM payment")).toDate(), QDate(2024, 3, 14));
+        stored(QStringLiteral("SELECT delivery_date FROM invoice")).toDate(), QDate(2024, 3, 1));
+    QCOMPARE(stored(QStringLiteral("SELECT count(*) FROM invoice_item")).toInt(), 2);
+    QCOMPARE(stored(QStringLiteral("SELECT date FROM payment")).toDate(), QDate(2024, 3, 14));
 }
 
 void TestMainWindowInvoices::totalIsNeverRefused()
@@ -309,84 +268,87 @@ void TestMainWindowInvoices::totalIsNeverRefused()
     save();
     QVERIFY2(window()->messages.isEmpty(), qPrintable(window()->messages.join('\n')));
     // 2 x 8000 h x 80,00 x 1,255
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT total_amount FROM invoice")).toLongLong(),
+    QCOMPARE(stored(QStringLiteral("SELECT total_amount FROM invoice")).toLongLong(),
         Q_INT64_C(160640000));
 }
 
 void TestMainWindowInvoices::numberInUseIsRefused()
 {
-    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
-    addRow(QStringLiteral("2"), QStringLiteral("1"));
-    save();
-    shortcut(Qt::Key_F7);
-    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
-    addRow(QStringLiteral("2"), QStringLiteral("2"));
-    save();
+    for (const char* quantity : { "1", "2" }) {
+        press(Qt::Key_F7);
+        chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+        addRow(QStringLiteral("2"), QLatin1String(quantity));
+        save();
+    }
     QVERIFY(window()->messages.isEmpty());
     const int id = model()->invoice()->id;
-    QCOMPARE(model()->invoice()->number, 2);
+    auto column = [this, id](const char* name) {
+        return stored(
+            QStringLiteral("SELECT %1 FROM invoice WHERE id = %2").arg(QLatin1String(name)).arg(id))
+            .toString();
+    };
+    QCOMPARE(column("number"), QStringLiteral("2"));
     // A new invoice stays editable after its first save.
     QVERIFY(window()->isEditMode());
 
     replaceText(edit("numberEdit"), QStringLiteral("1"));
     save();
     QCOMPARE(window()->messages, QStringList { QStringLiteral("Laskun numero 1 on jo käytössä.") });
-    QCOMPARE(model()->invoice()->number, 2);
-    QCOMPARE(edit("numberEdit")->text(), QStringLiteral("2"));
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT number FROM invoice WHERE id = %1").arg(id))
-                 .toInt(),
-        2);
+    QCOMPARE(m_f->text("numberEdit"), QStringLiteral("2"));
+    QCOMPARE(column("number"), QStringLiteral("2"));
 
     replaceText(edit("numberEdit"), QStringLiteral("7"));
     save();
     QCOMPARE(window()->messages.size(), 1);
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT number FROM invoice WHERE id = %1").arg(id))
-                 .toInt(),
-        7);
+    QCOMPARE(column("number"), QStringLiteral("7"));
     // The reference follows the number: the template {I}00 and its check
     // digit.
-    const QString reference = withCheckDigit(QStringLiteral("700"));
-    QCOMPARE(model()->invoice()->referenceNumber, reference);
-    QCOMPARE(m_f->storedValue(
-                    QStringLiteral("SELECT reference_number FROM invoice WHERE id = %1").arg(id))
-                 .toString(),
-        reference);
+    QCOMPARE(column("reference_number"), withCheckDigit(QStringLiteral("700")));
     QCOMPARE(shownNumbers(), (QList<int> { 1, 7 }));
 }
 
 void TestMainWindowInvoices::removeInvoice_data()
 {
     QTest::addColumn<int>("row");
+    QTest::addColumn<bool>("answer");
     QTest::addColumn<int>("shownNumber");
     QTest::addColumn<QString>("position");
-
-    QTest::addRow("first goes to the new first") << 0 << 2 << "Lasku 1 / 2";
-    QTest::addRow("middle goes to the previous") << 1 << 1 << "Lasku 1 / 2";
-    QTest::addRow("last goes to the previous") << 2 << 2 << "Lasku 2 / 2";
+    QTest::newRow("first") << 0 << true << 2 << "Lasku 1 / 2";
+    QTest::newRow("middle") << 1 << true << 1 << "Lasku 1 / 2";
+    QTest::newRow("last") << 2 << true << 2 << "Lasku 2 / 2";
+    QTest::newRow("answered no") << 1 << false << 2 << "Lasku 2 / 3";
 }
 
 void TestMainWindowInvoices::removeInvoice()
 {
     QFETCH(int, row);
+    QFETCH(bool, answer);
     QFETCH(int, shownNumber);
     QFETCH(QString, position);
 
     addThreeInvoices();
-    shortcut(Qt::Key_PageUp, Qt::ControlModifier);
+    press(Qt::Key_PageUp, Qt::ControlModifier);
     for (int i = 0; i < row; ++i)
-        shortcut(Qt::Key_PageDown);
-    QCOMPARE(model()->invoice()->number, row + 1);
-
-    shortcut(Qt::Key_Delete, Qt::ControlModifier);
+        press(Qt::Key_PageDown);
+    window()->answer = answer;
+    press(Qt::Key_Delete, Qt::ControlModifier);
     QCOMPARE(window()->questions,
         QStringList { QStringLiteral("Haluatko varmasti poistaa laskun %1?").arg(row + 1) });
     QVERIFY(window()->messages.isEmpty());
-    QCOMPARE(m_f->storedInvoiceCount(), 2);
-    QVERIFY(window()->hasInvoice());
-    QCOMPARE(model()->invoice()->number, shownNumber);
-    QCOMPARE(edit("numberEdit")->text(), QString::number(shownNumber));
+    QCOMPARE(m_f->storedInvoiceCount(), answer ? 2 : 3);
+    QCOMPARE(m_f->text("numberEdit"), QString::number(shownNumber));
     QCOMPARE(label("positionLabel"), position);
-    QVERIFY(!shownNumbers().contains(row + 1));
+    QCOMPARE(shownNumbers().contains(row + 1), !answer);
+    const int last = shownNumbers().last();
+
+    // A new invoice that was never saved goes without touching the
+    // database; the view moves to the last invoice.
+    press(Qt::Key_F7);
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    window()->answer = true;
+    m_f->action("removeInvoiceAction")->trigger();
+    QCOMPARE(m_f->storedInvoiceCount(), answer ? 2 : 3);
+    QCOMPARE(model()->invoice()->number, last);
 }
 
 void TestMainWindowInvoices::removeOnlyInvoiceLeavesEmptyView()
@@ -401,59 +363,41 @@ void TestMainWindowInvoices::removeOnlyInvoiceLeavesEmptyView()
 
     m_f->action("removeInvoiceAction")->trigger();
     QCOMPARE(window()->questions.size(), 1);
-    QCOMPARE(m_f->storedInvoiceCount(), 0);
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT count(*) FROM invoice_item")).toInt(), 0);
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT count(*) FROM payment")).toInt(), 0);
+    for (const char* table : { "invoice", "invoice_item", "payment" })
+        QCOMPARE(
+            stored(QStringLiteral("SELECT count(*) FROM %1").arg(QLatin1String(table))).toInt(), 0);
     QVERIFY(!window()->hasInvoice());
-    QCOMPARE(edit("numberEdit")->text(), QString());
+    QCOMPARE(texts({ "numberEdit", "dateEdit" }), QStringList({ "", "" }));
     QCOMPARE(customerCombo()->currentText(), QString());
     QCOMPARE(model()->invoiceItemTableModel()->rowCount(), 0);
     QCOMPARE(window()->invoiceTableView()->model()->rowCount(), 0);
     QCOMPARE(label("totalLabel"), money(0));
     QVERIFY(!m_f->action("removeInvoiceAction")->isEnabled());
     QVERIFY(!m_f->action("editModeAction")->isEnabled());
-    // Nothing is shown, so nothing stops the program from closing.
+    // Nothing is shown, so nothing stops the program from closing; F7
+    // starts over.
     QVERIFY(window()->saveInvoice());
-
-    // F7 starts over.
-    shortcut(Qt::Key_F7);
+    press(Qt::Key_F7);
     QVERIFY(window()->hasInvoice());
-    QCOMPARE(edit("numberEdit")->text(), QStringLiteral("1"));
-}
-
-void TestMainWindowInvoices::removeAnsweredNo()
-{
-    addThreeInvoices();
-    window()->answer = false;
-    m_f->action("removeInvoiceAction")->trigger();
-    QCOMPARE(window()->questions.size(), 1);
-    QCOMPARE(m_f->storedInvoiceCount(), 3);
-    QVERIFY(window()->hasInvoice());
-
-    // A new invoice that was never saved goes without touching the
-    // database; the view moves to the last invoice.
-    window()->answer = true;
-    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
-    m_f->action("removeInvoiceAction")->trigger();
-    QCOMPARE(m_f->storedInvoiceCount(), 3);
-    QCOMPARE(model()->invoice()->number, 3);
+    QCOMPARE(m_f->text("numberEdit"), QStringLiteral("1"));
 }
 
 void TestMainWindowInvoices::copyInvoice()
 {
     chooseCustomer(customerCombo(), QStringLiteral("Mäkinen Tmi"));
-    QCOMPARE(customerCombo()->currentText(), QStringLiteral("Mäkinen Tmi"));
-    QCOMPARE(model()->invoice()->customerId, m_makinen);
     // The customer's own terms and reference number.
-    QCOMPARE(edit("paymentTermsEdit")->text(), QStringLiteral("7 päivää netto"));
-    QCOMPARE(edit("dueDateEdit")->text(), QStringLiteral("22.3.2024"));
-    QCOMPARE(model()->invoice()->referenceNumber, QStringLiteral("1232"));
-    replaceText(edit("deliveryEdit"), QStringLiteral("Posti"));
-    replaceText(edit("buyerRefEdit"), QStringLiteral("Tilaus 15"));
-    replaceText(edit("sellerRefEdit"), QStringLiteral("MK"));
-    replaceText(edit("interestEdit"), QStringLiteral("9.5"));
-    replaceText(edit("noticeText1Edit"), QStringLiteral("Kiitos tilauksesta"));
-    replaceText(edit("noticeText2Edit"), QStringLiteral("Toimitus viikolla 12"));
+    QCOMPARE(texts({ "paymentTermsEdit", "dueDateEdit", "referenceNumberEdit" }),
+        QStringList({ "7 päivää netto", "22.3.2024", "1232" }));
+    const struct
+    {
+        const char* field;
+        const char* text;
+    } fields[]
+        = { { "deliveryEdit", "Posti" }, { "buyerRefEdit", "Tilaus 15" }, { "sellerRefEdit", "MK" },
+              { "interestEdit", "9.5" }, { "noticeText1Edit", "Kiitos tilauksesta" },
+              { "noticeText2Edit", "Toimitus viikolla 12" } };
+    for (const auto& field : fields)
+        replaceText(edit(field.field), QString::fromUtf8(field.text));
     m_f->widget<QPushButton>("addAttributeButton")->click();
     keys(QStringLiteral("projekti"));
     press(Qt::Key_Tab);
@@ -466,44 +410,36 @@ void TestMainWindowInvoices::copyInvoice()
     const QString total = label("totalLabel");
     const int sourceId = model()->invoice()->id;
 
-    shortcut(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
     QVERIFY(window()->messages.isEmpty());
     const Invoice* copy = model()->invoice();
     QCOMPARE(copy->id, -1);
     QCOMPARE(copy->number, 2);
     QCOMPARE(copy->customerId, m_makinen);
-    QCOMPARE(copy->paymentTerms, QStringLiteral("7 päivää netto"));
     QCOMPARE(copy->dueDate, QDate(2024, 3, 22));
-    QCOMPARE(copy->delivery, QStringLiteral("Posti"));
-    QCOMPARE(copy->buyerRef, QStringLiteral("Tilaus 15"));
-    QCOMPARE(copy->sellerRef, QStringLiteral("MK"));
     QCOMPARE(copy->interestOnArrears, 950);
     QCOMPARE(copy->referenceNumber, QStringLiteral("1232"));
-    QCOMPARE(copy->property(QStringLiteral("t1")).toString(), QStringLiteral("Kiitos tilauksesta"));
-    QCOMPARE(
-        copy->property(QStringLiteral("t2")).toString(), QStringLiteral("Toimitus viikolla 12"));
     QCOMPARE(
         copy->property(QStringLiteral("attributes/projekti")).toString(), QStringLiteral("Piha"));
     QCOMPARE(customerCombo()->currentText(), QStringLiteral("Mäkinen Tmi"));
-    QCOMPARE(edit("interestEdit")->text(), DecimalFormat(2, 0).format(950));
+    for (const auto& field : fields) {
+        if (qstrcmp(field.field, "interestEdit") != 0)
+            QCOMPARE(m_f->text(field.field), QString::fromUtf8(field.text));
+    }
+    QCOMPARE(m_f->text("interestEdit"), DecimalFormat(2, 0).format(950));
     QCOMPARE(m_f->widget<QTableWidget>("attributeTable")->rowCount(), 1);
     InvoiceItemTableModel* items = model()->invoiceItemTableModel();
     QCOMPARE(items->rowCount(), 2);
-    QCOMPARE(items->index(0, InvoiceItemTableModel::ProductColumn).data(Qt::EditRole).toString(),
-        QStringLiteral("1"));
     QCOMPARE(items->index(0, InvoiceItemTableModel::QuantityColumn).data().toString(),
         QStringLiteral("3"));
-    QCOMPARE(items->index(1, InvoiceItemTableModel::ProductColumn).data(Qt::EditRole).toString(),
-        QStringLiteral("2"));
     QCOMPARE(label("totalLabel"), total);
 
     save();
-    QCOMPARE(m_f->storedInvoiceCount(), 2);
     const QString sql = QStringLiteral("SELECT total_amount FROM invoice WHERE id = %1");
-    QCOMPARE(m_f->storedValue(sql.arg(model()->invoice()->id)).toLongLong(),
-        m_f->storedValue(sql.arg(sourceId)).toLongLong());
-    QVERIFY(m_f->storedValue(QStringLiteral("SELECT properties FROM invoice WHERE id = %1")
-                                 .arg(model()->invoice()->id))
+    QCOMPARE(stored(sql.arg(model()->invoice()->id)).toLongLong(),
+        stored(sql.arg(sourceId)).toLongLong());
+    QVERIFY(stored(
+        QStringLiteral("SELECT properties FROM invoice WHERE id = %1").arg(model()->invoice()->id))
                 .toString()
                 .contains(QStringLiteral("attributes/projekti=Piha")));
 }
@@ -511,59 +447,43 @@ void TestMainWindowInvoices::copyInvoice()
 void TestMainWindowInvoices::editMode()
 {
     addThreeInvoices();
-    shortcut(Qt::Key_PageUp, Qt::ControlModifier);
+    press(Qt::Key_PageUp, Qt::ControlModifier);
     const int id = model()->invoice()->id;
     QAction* editAction = m_f->action("editModeAction");
-    QVERIFY(!window()->isEditMode());
-    QVERIFY(!editAction->isChecked());
-    QVERIFY(edit("deliveryEdit")->isReadOnly());
-    QVERIFY(edit("numberEdit")->isReadOnly());
-    QVERIFY(!customerCombo()->isEnabled());
-    QVERIFY(!m_f->action("addInvoiceItemAction")->isEnabled());
+    auto editable = [this] {
+        return !edit("deliveryEdit")->isReadOnly() && !edit("numberEdit")->isReadOnly()
+            && customerCombo()->isEnabled() && m_f->action("addInvoiceItemAction")->isEnabled();
+    };
+    QVERIFY(!window()->isEditMode() && !editAction->isChecked() && !editable());
     QCOMPARE(window()->lastInvoiceId(), -1);
 
-    shortcut(Qt::Key_F6);
-    QVERIFY(window()->isEditMode());
-    QVERIFY(editAction->isChecked());
+    press(Qt::Key_F6);
+    QVERIFY(window()->isEditMode() && editAction->isChecked() && editable());
     QCOMPARE(window()->lastInvoiceId(), id);
-    QVERIFY(!edit("deliveryEdit")->isReadOnly());
-    QVERIFY(customerCombo()->isEnabled());
-    QVERIFY(m_f->action("addInvoiceItemAction")->isEnabled());
     replaceText(edit("deliveryEdit"), QStringLiteral("Nouto"));
 
-    shortcut(Qt::Key_F6);
+    press(Qt::Key_F6);
     QVERIFY(window()->messages.isEmpty());
-    QVERIFY(!window()->isEditMode());
+    QVERIFY(!window()->isEditMode() && !editable());
     QCOMPARE(window()->lastInvoiceId(), -1);
-    QVERIFY(edit("deliveryEdit")->isReadOnly());
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT delivery FROM invoice WHERE id = %1").arg(id))
-                 .toString(),
+    QCOMPARE(
+        stored(QStringLiteral("SELECT delivery FROM invoice WHERE id = %1").arg(id)).toString(),
         QStringLiteral("Nouto"));
 
     // Switching off with an invalid invoice keeps edit mode on.
-    shortcut(Qt::Key_F6);
-    shortcut(Qt::Key_F8);
-    press(Qt::Key_Escape);
-    QTest::keyClick(rows(), Qt::Key_Right);
-    keys(QStringLiteral("Ilman tuotetta"));
-    commitEditor(rows());
+    press(Qt::Key_F6);
+    addTextRow(QStringLiteral("Ilman tuotetta"));
     QVERIFY(!window()->toggleEditMode(false));
     QCOMPARE(window()->messages,
         QStringList { QStringLiteral("Valitse tuote riville 1 ennen laskun tallentamista.") });
-    QVERIFY(window()->isEditMode());
-    QVERIFY(editAction->isChecked());
+    QVERIFY(window()->isEditMode() && editAction->isChecked());
     QCOMPARE(window()->lastInvoiceId(), id);
 }
 
 void TestMainWindowInvoices::closeRefusedWhileInvalid()
 {
     chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
-    shortcut(Qt::Key_F8);
-    press(Qt::Key_Escape);
-    QTest::keyClick(rows(), Qt::Key_Right);
-    keys(QStringLiteral("Asennus"));
-    commitEditor(rows());
-
+    addTextRow(QStringLiteral("Asennus"));
     QVERIFY(!window()->close());
     QVERIFY(window()->isVisible());
     QCOMPARE(window()->messages,
@@ -575,7 +495,6 @@ void TestMainWindowInvoices::closeRefusedWhileInvalid()
     keys(QStringLiteral("1"));
     commitEditor(rows());
     m_f->action("showVatAction")->trigger();
-    QVERIFY(rows()->isColumnHidden(InvoiceItemTableModel::VatColumn));
     QVERIFY(window()->close());
     QCOMPARE(m_f->storedInvoiceCount(), 1);
     for (const char* key :
@@ -594,29 +513,23 @@ void TestMainWindowInvoices::closeRefusedWhileInvalid()
 void TestMainWindowInvoices::quickSearches_data()
 {
     QTest::addColumn<int>("n");
-    QTest::addColumn<int>("key");
     QTest::addColumn<QList<int>>("numbers");
     QTest::addColumn<QString>("position");
     QTest::addColumn<QList<int>>("afterRestart");
 
     const QList<int> all = { 1, 2, 3, 4 };
-    QTest::addRow("latest") << 0 << int(Qt::Key_1) << all << "Lasku 4 / 4" << all;
-    QTest::addRow("due from today")
-        << 1 << int(Qt::Key_2) << QList<int> { 3, 4 } << "Lasku 2 / 2" << QList<int> { 3, 4 };
-    QTest::addRow("open") << 2 << int(Qt::Key_3) << QList<int> { 2, 3 } << "Lasku – / 2"
-                          << QList<int> { 2, 3 };
-    QTest::addRow("dated today") << 3 << int(Qt::Key_4) << QList<int> { 3 } << "Lasku – / 1"
-                                 << QList<int> { 3 };
+    QTest::newRow("latest") << 0 << all << "Lasku 4 / 4" << all;
+    QTest::newRow("due") << 1 << QList<int> { 3, 4 } << "Lasku 2 / 2" << QList<int> { 3, 4 };
+    QTest::newRow("open") << 2 << QList<int> { 2, 3 } << "Lasku – / 2" << QList<int> { 2, 3 };
+    QTest::newRow("today") << 3 << QList<int> { 3 } << "Lasku – / 1" << QList<int> { 3 };
     // At start-up no invoice is shown yet, so there is no customer to
     // look for.
-    QTest::addRow("the invoice's customer")
-        << 4 << int(Qt::Key_5) << QList<int> { 2, 4 } << "Lasku 2 / 2" << all;
+    QTest::newRow("customer") << 4 << QList<int> { 2, 4 } << "Lasku 2 / 2" << all;
 }
 
 void TestMainWindowInvoices::quickSearches()
 {
     QFETCH(int, n);
-    QFETCH(int, key);
     QFETCH(QList<int>, numbers);
     QFETCH(QString, position);
     QFETCH(QList<int>, afterRestart);
@@ -627,46 +540,45 @@ void TestMainWindowInvoices::quickSearches()
     m_f->addInvoice(3, m_virtanen, QDate(2024, 3, 15), QDate(2024, 3, 29), 7000, 7000);
     m_f->addInvoice(4, m_makinen, QDate(2024, 3, 10), QDate(2024, 3, 24), 3000, 0);
     m_f->refresh();
-    shortcut(Qt::Key_PageDown, Qt::ControlModifier);
+    press(Qt::Key_PageDown, Qt::ControlModifier);
     QCOMPARE(model()->invoice()->number, 4);
 
-    shortcut(key, Qt::ControlModifier);
+    press(Qt::Key_1 + n, Qt::ControlModifier);
     QVERIFY(window()->messages.isEmpty());
     QCOMPARE(shownNumbers(), numbers);
     QCOMPARE(label("positionLabel"), position);
-    QVERIFY(m_f->action(qPrintable(QStringLiteral("quickSearch%1Action").arg(n)))->isChecked());
+    const QByteArray action = "quickSearch" + QByteArray::number(n) + "Action";
+    QVERIFY(m_f->action(action)->isChecked());
     QCOMPARE(model()->invoice()->number, 4);
 
     // The choice is the database's and comes back with the program.
     QVERIFY(m_f->restart());
     QCOMPARE(shownNumbers(), afterRestart);
-    QVERIFY(m_f->action(qPrintable(QStringLiteral("quickSearch%1Action").arg(n)))->isChecked());
+    QVERIFY(m_f->action(action)->isChecked());
 }
 
 void TestMainWindowInvoices::navigationFollowsShownOrder()
 {
     addThreeInvoices();
-    shortcut(Qt::Key_PageUp, Qt::ControlModifier);
-    QCOMPARE(model()->invoice()->number, 1);
+    press(Qt::Key_PageUp, Qt::ControlModifier);
     QCOMPARE(label("positionLabel"), QStringLiteral("Lasku 1 / 3"));
     QVERIFY(!m_f->action("previousAction")->isEnabled());
-    shortcut(Qt::Key_PageDown);
-    shortcut(Qt::Key_PageDown);
+    press(Qt::Key_PageDown);
+    press(Qt::Key_PageDown);
     QCOMPARE(model()->invoice()->number, 3);
     QVERIFY(!m_f->action("nextAction")->isEnabled());
-    shortcut(Qt::Key_PageDown);
+    press(Qt::Key_PageDown);
     QCOMPARE(model()->invoice()->number, 3);
-    shortcut(Qt::Key_PageUp);
-    QCOMPARE(model()->invoice()->number, 2);
+    press(Qt::Key_PageUp);
     QCOMPARE(label("positionLabel"), QStringLiteral("Lasku 2 / 3"));
 
     // Sorted newest first, the first shown is the newest.
     window()->invoiceTableView()->sortByColumn(
         InvoiceTableModel::NumberColumn, Qt::DescendingOrder);
-    shortcut(Qt::Key_PageUp, Qt::ControlModifier);
+    press(Qt::Key_PageUp, Qt::ControlModifier);
     QCOMPARE(model()->invoice()->number, 3);
     QCOMPARE(label("positionLabel"), QStringLiteral("Lasku 1 / 3"));
-    shortcut(Qt::Key_PageDown);
+    press(Qt::Key_PageDown);
     QCOMPARE(model()->invoice()->number, 2);
 
     // Enter on a row of the list opens it.
@@ -692,45 +604,37 @@ void TestMainWindowInvoices::clipboardBetweenInvoices()
     addRow(QStringLiteral("2"), QStringLiteral("3"));
     save();
     QVERIFY(window()->messages.isEmpty());
-    QList<InvoiceItem> source;
-    for (int row = 0; row < 2; ++row) {
-        InvoiceItem item;
-        QVERIFY(model()->invoiceItemTableModel()->toInvoiceItem(row, &item));
-        source.append(item);
-    }
-    QCOMPARE(source.at(0).discount, 1000);
+    InvoiceItemTableModel* items = model()->invoiceItemTableModel();
+    auto rowTexts = [items] {
+        QStringList result;
+        for (int row = 0; row < items->rowCount(); ++row) {
+            QStringList cells;
+            for (int column = 0; column < items->columnCount(); ++column)
+                cells.append(items->index(row, column).data().toString());
+            result.append(cells.join(u'|'));
+        }
+        return result;
+    };
+    const QStringList source = rowTexts();
+    QVERIFY(source.at(0).contains(QStringLiteral("|10|")));
     const QString total = label("totalLabel");
 
     rows()->setFocus();
     rows()->selectAll();
     m_f->action("copyInvoiceItemsAction")->trigger();
     QCOMPARE(QGuiApplication::clipboard()->text().count(QLatin1Char('\n')), 2);
-
-    shortcut(Qt::Key_F7);
+    press(Qt::Key_F7);
     chooseCustomer(customerCombo(), QStringLiteral("Mäkinen Tmi"));
     rows()->setFocus();
     QTest::keyClick(rows(), Qt::Key_V, Qt::ControlModifier);
-    InvoiceItemTableModel* items = model()->invoiceItemTableModel();
-    QCOMPARE(items->rowCount(), 2);
-    for (int row = 0; row < 2; ++row) {
-        InvoiceItem item;
-        QVERIFY(items->toInvoiceItem(row, &item));
-        QCOMPARE(item.productNumber, source.at(row).productNumber);
-        QCOMPARE(item.productName, source.at(row).productName);
-        QCOMPARE(item.text, source.at(row).text);
-        QCOMPARE(item.quantity, source.at(row).quantity);
-        QCOMPARE(item.amountVatIncluded(), source.at(row).amountVatIncluded());
-        QCOMPARE(item.discount, source.at(row).discount);
-        QCOMPARE(item.vatRate, source.at(row).vatRate);
-    }
+    QCOMPARE(rowTexts(), source);
     QCOMPARE(label("totalLabel"), total);
 
     // Cut takes the row out and leaves it on the clipboard alone.
     rows()->setCurrentIndex(items->index(0, 0));
     rows()->selectRow(0);
     QTest::keyClick(rows(), Qt::Key_X, Qt::ControlModifier);
-    QCOMPARE(items->rowCount(), 1);
-    QCOMPARE(items->index(0, 0).data().toString(), QStringLiteral("2 Kiintolevy"));
+    QCOMPARE(rowTexts(), source.mid(1));
     const QString cut = QGuiApplication::clipboard()->text();
     QCOMPARE(cut.count(QLatin1Char('\n')), 1);
     QVERIFY(cut.contains(QStringLiteral("Suunnittelu, maaliskuu")));
@@ -741,30 +645,23 @@ void TestMainWindowInvoices::clipboardBetweenInvoices()
 void TestMainWindowInvoices::vatModeIsStored()
 {
     InvoiceItemTableModel* items = model()->invoiceItemTableModel();
-    QCOMPARE(items->headerData(InvoiceItemTableModel::PriceColumn, Qt::Horizontal).toString(),
-        QStringLiteral("à-hinta, ALV"));
+    auto priceHeader = [items] {
+        return items->headerData(InvoiceItemTableModel::PriceColumn, Qt::Horizontal).toString();
+    };
+    QCOMPARE(priceHeader(), QStringLiteral("à-hinta, ALV"));
     m_f->action("vatExcludedAction")->trigger();
     QVERIFY(window()->messages.isEmpty());
-    QCOMPARE(items->headerData(InvoiceItemTableModel::PriceColumn, Qt::Horizontal).toString(),
-        QStringLiteral("à-hinta, ei ALV"));
-    {
-        std::unique_ptr<Query> query(m_f->database()->query());
-        QVERIFY(query->fetchSettings());
-        QVERIFY(query->next());
-        Settings stored;
-        query->settings(&stored);
-        QCOMPARE(stored.property(QStringLiteral("settings/vatIncluded")).toBool(), false);
-    }
+    QCOMPARE(priceHeader(), QStringLiteral("à-hinta, ei ALV"));
+    QVERIFY(stored(QStringLiteral("SELECT properties FROM settings"))
+                .toString()
+                .contains(QStringLiteral("settings/vatIncluded=false")));
 
     QVERIFY(m_f->restart());
     QVERIFY(m_f->action("vatExcludedAction")->isChecked());
     QVERIFY(!model()->invoiceItemTableModel()->isVatIncluded());
 
     // A settings table that is gone cannot take the choice.
-    {
-        QSqlQuery drop(QSqlDatabase::database(m_f->database()->connectionName()));
-        QVERIFY(drop.exec(QStringLiteral("DROP TABLE settings")));
-    }
+    QVERIFY(m_f->exec(QStringLiteral("DROP TABLE settings")));
     m_f->action("vatIncludedAction")->trigger();
     QCOMPARE(window()->messages.size(), 1);
     QVERIFY2(window()->messages.at(0).startsWith(
@@ -780,15 +677,15 @@ void TestMainWindowInvoices::paymentOutsideEditMode()
     QVERIFY(model()->saveSettings());
     chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
     addRow(QStringLiteral("2"), QStringLiteral("2"));
-    shortcut(Qt::Key_F6);
+    press(Qt::Key_F6);
     QVERIFY(!window()->isEditMode());
     QCOMPARE(m_f->storedInvoiceCount(), 1);
 
     QPushButton* add = m_f->widget<QPushButton>("addPaymentButton");
     QVERIFY(add->isEnabled());
     QTest::mouseClick(add, Qt::LeftButton);
+    // What is still open, on the default account; the date is typed.
     const Payment* payment = model()->paymentTableModel()->paymentAt(0);
-    QVERIFY(payment);
     QCOMPARE(payment->bankAccountId, m_account);
     QCOMPARE(payment->amount, 25100);
     QVERIFY(!payment->date.isValid());
@@ -798,10 +695,9 @@ void TestMainWindowInvoices::paymentOutsideEditMode()
 
     save();
     QVERIFY(window()->messages.isEmpty());
-    QCOMPARE(
-        m_f->storedValue(QStringLiteral("SELECT bank_account_id FROM payment")).toInt(), m_account);
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT amount FROM payment")).toInt(), 25100);
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT balance FROM invoice")).toInt(), 0);
+    QCOMPARE(stored(QStringLiteral("SELECT bank_account_id FROM payment")).toInt(), m_account);
+    QCOMPARE(stored(QStringLiteral("SELECT amount FROM payment")).toInt(), 25100);
+    QCOMPARE(stored(QStringLiteral("SELECT balance FROM invoice")).toInt(), 0);
     QCOMPARE(shownColumn(window(), InvoiceTableModel::BalanceColumn), QStringList { money(0) });
 }
 
@@ -823,14 +719,13 @@ void TestMainWindowInvoices::referenceNumberCommand()
         opened = true;
         return int(QDialog::Rejected);
     };
-    shortcut(Qt::Key_L, Qt::ControlModifier);
+    press(Qt::Key_L, Qt::ControlModifier);
     QCOMPARE(window()->messages, QStringList { QStringLiteral("Valitse ensin laskun saaja.") });
     QVERIFY(!opened);
 
     chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
     window()->dialogHandler = [](QDialog* dialog) {
-        auto* references = qobject_cast<ReferenceNumberDialog*>(dialog);
-        if (!references)
+        if (!qobject_cast<ReferenceNumberDialog*>(dialog))
             return int(QDialog::Rejected);
         dialog->findChild<QLineEdit*>(QStringLiteral("baseEdit"))->setText(QStringLiteral("4242"));
         QTest::mouseClick(
@@ -839,7 +734,7 @@ void TestMainWindowInvoices::referenceNumberCommand()
         dialog->accept();
         return dialog->result();
     };
-    shortcut(Qt::Key_L, Qt::ControlModifier);
+    press(Qt::Key_L, Qt::ControlModifier);
     QCOMPARE(window()->messages.size(), 1);
 
     // 4242 with its check digit, then as RF: "RF00" after the digits,
@@ -849,21 +744,22 @@ void TestMainWindowInvoices::referenceNumberCommand()
     const QString rf
         = QStringLiteral("RF%1%2").arg(98 - remainder, 2, 10, QLatin1Char('0')).arg(national);
     QCOMPARE(model()->invoice()->referenceNumber, rf);
-    QCOMPARE(edit("referenceNumberEdit")->text().remove(QLatin1Char(' ')), rf);
-    QCOMPARE(m_f->storedValue(QStringLiteral("SELECT reference_number FROM customer WHERE id = %1")
-                                  .arg(m_virtanen))
-                 .toString(),
+    QCOMPARE(m_f->text("referenceNumberEdit").remove(QLatin1Char(' ')), rf);
+    QCOMPARE(
+        stored(
+            QStringLiteral("SELECT reference_number FROM customer WHERE id = %1").arg(m_virtanen))
+            .toString(),
         rf);
 }
 
 void TestMainWindowInvoices::helpPage()
 {
-    shortcut(Qt::Key_F1);
+    press(Qt::Key_F1);
     QCOMPARE(window()->openedUrls,
         QList<QUrl> { QUrl(QStringLiteral("https://veklari.fi/ohje?v=1.28.1")) });
     QVERIFY(window()->messages.isEmpty());
     window()->urlOpens = false;
-    shortcut(Qt::Key_F1);
+    press(Qt::Key_F1);
     QCOMPARE(window()->messages,
         QStringList { QStringLiteral(
             "Web-sivun avaaminen epäonnistui. Katso ohjeet osoitteesta https://veklari.fi/ohje") });
@@ -872,38 +768,28 @@ void TestMainWindowInvoices::helpPage()
 void TestMainWindowInvoices::editorsRefreshTheWindow()
 {
     window()->dialogHandler = [](QDialog* dialog) {
-        if (!qobject_cast<SettingsDialog*>(dialog))
-            return int(QDialog::Rejected);
-        replaceText(dialog->findChild<QLineEdit*>(QStringLiteral("paymentTermsEdit")),
-            QStringLiteral("30 päivää netto"));
+        if (qobject_cast<SettingsDialog*>(dialog)) {
+            replaceText(dialog->findChild<QLineEdit*>(QStringLiteral("paymentTermsEdit")),
+                QStringLiteral("30 päivää netto"));
+        } else if (auto* customers = qobject_cast<CustomerDialog*>(dialog)) {
+            customers->addCustomer();
+            typeText(dialog->findChild<QLineEdit*>(QStringLiteral("nameEdit")),
+                QStringLiteral("Öljy-Äijä Ky"));
+        }
         dialog->accept();
         return dialog->result();
     };
     m_f->action("settingsAction")->trigger();
     QVERIFY(window()->messages.isEmpty());
-    QCOMPARE(
-        m_f->registry()->settings()->property(QStringLiteral("settings/paymentTerms")).toString(),
-        QStringLiteral("30 päivää netto"));
-    QVERIFY(m_f->storedValue(QStringLiteral("SELECT properties FROM settings"))
+    QVERIFY(stored(QStringLiteral("SELECT properties FROM settings"))
                 .toString()
                 .contains(QStringLiteral("settings/paymentTerms=30 päivää netto")));
-    shortcut(Qt::Key_F7);
-    QCOMPARE(edit("paymentTermsEdit")->text(), QStringLiteral("30 päivää netto"));
-    QCOMPARE(edit("dueDateEdit")->text(), QStringLiteral("14.4.2024"));
+    press(Qt::Key_F7);
+    QCOMPARE(texts({ "paymentTermsEdit", "dueDateEdit" }),
+        QStringList({ "30 päivää netto", "14.4.2024" }));
 
-    window()->dialogHandler = [](QDialog* dialog) {
-        auto* customers = qobject_cast<CustomerDialog*>(dialog);
-        if (!customers)
-            return int(QDialog::Rejected);
-        customers->addCustomer();
-        typeText(dialog->findChild<QLineEdit*>(QStringLiteral("nameEdit")),
-            QStringLiteral("Öljy-Äijä Ky"));
-        dialog->accept();
-        return dialog->result();
-    };
     m_f->action("customersAction")->trigger();
     QVERIFY(window()->messages.isEmpty());
-    QVERIFY(customerCombo()->findText(QStringLiteral("Öljy-Äijä Ky")) >= 0);
     chooseCustomer(customerCombo(), QStringLiteral("Öljy"));
     QCOMPARE(customerCombo()->currentText(), QStringLiteral("Öljy-Äijä Ky"));
 }
@@ -920,15 +806,13 @@ void TestMainWindowInvoices::chooseAnotherDatabase()
         dialog->accept();
         return dialog->result();
     };
-    shortcut(Qt::Key_F10);
+    press(Qt::Key_F10);
     QVERIFY2(window()->messages.isEmpty(), qPrintable(window()->messages.join('\n')));
     QCOMPARE(window()->windowTitle(), QStringLiteral("Toinen yritys - Veklari"));
-    QCOMPARE(m_f->registry()->databaseNumber(), 2);
     QCOMPARE(
         m_f->registry()->appSettings()->value(QStringLiteral("databases/lastUsed")).toInt(), 2);
     QCOMPARE(m_f->registry()->customerCount(), 0);
-    QVERIFY(window()->hasInvoice());
-    QCOMPARE(edit("numberEdit")->text(), QStringLiteral("1"));
+    QCOMPARE(m_f->text("numberEdit"), QStringLiteral("1"));
     QVERIFY(QFileInfo::exists(m_f->path(QStringLiteral("laskutus-2.sqlite"))));
 }
 
