@@ -1,9 +1,6 @@
 #include "core/invoicetablemodel.h"
 #include "core/registry.h"
 #include "domain/invoicecriteria.h"
-#include "domain/invoiceitem.h"
-#include "storage/database.h"
-#include "storage/query.h"
 #include "tst_mainwindowfixture.h"
 #include "ui/searchdialog.h"
 
@@ -52,7 +49,6 @@ private slots:
     void refusedFields_data();
     void refusedFields();
     void cancelAndClear();
-    void windowListsWhatTheDialogFinds_data();
     void windowListsWhatTheDialogFinds();
 
 private:
@@ -215,72 +211,28 @@ void TestSearchDialog::cancelAndClear()
     QCOMPARE(criteria.text, QString());
 }
 
-void TestSearchDialog::windowListsWhatTheDialogFinds_data()
-{
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QList<int>>("numbers");
-    QTest::newRow("text") << "textEdit"
-                          << "*levy*" << QList<int> { 1, 3 };
-    QTest::newRow("customer") << "customerCombo"
-                              << "Mäkinen Tmi" << QList<int> { 2, 4 };
-    QTest::newRow("credit notes") << "types"
-                                  << "2" << QList<int> { 4 };
-}
-
 void TestSearchDialog::windowListsWhatTheDialogFinds()
 {
-    QFETCH(QString, field);
-    QFETCH(QString, text);
-    QFETCH(QList<int>, numbers);
-
-    const struct
-    {
-        int customer;
-        int type;
-        const char* text;
-    } invoices[] = { { m_virtanen, 0, "Kiintolevy 2 TB" }, { m_makinen, 0, "Suunnittelu" },
-        { m_virtanen, 0, "Levyjen vaihto" }, { m_makinen, 2, "Hyvitys" } };
-    std::unique_ptr<Query> query(m_f->database()->query());
     for (int number = 1; number <= 4; ++number) {
-        const auto& invoice = invoices[number - 1];
-        const int id = m_f->addInvoice(
-            number, invoice.customer, QDate(2024, 3, number), QDate(2024, 3, number + 14), 0, 0);
-        QVERIFY(m_f->exec(QStringLiteral("UPDATE invoice SET type = %1 WHERE id = %2")
-                              .arg(invoice.type)
-                              .arg(id)));
-        InvoiceItem item;
-        item.invoiceId = id;
-        item.productNumber = QStringLiteral("1");
-        item.text = QLatin1String(invoice.text);
-        QVERIFY2(query->saveInvoiceItem(&item), qPrintable(query->lastError()));
+        m_f->addInvoice(number, number % 2 ? m_virtanen : m_makinen, QDate(2024, 3, number),
+            QDate(2024, 3, number + 14), 0, 0);
     }
     m_f->refresh();
-
-    m_f->window()->dialogHandler = [&](QDialog* dialog) {
-        if (field == QLatin1String("customerCombo"))
-            combo(dialog, "customerCombo")->setCurrentText(text);
-        else if (field == QLatin1String("types"))
-            checkTypes(dialog, { text.toInt() });
-        else
-            typeText(dialog->findChild<QLineEdit*>(field), text);
+    m_f->window()->dialogHandler = [](QDialog* dialog) {
+        combo(dialog, "customerCombo")->setCurrentText(QStringLiteral("Mäkinen Tmi"));
         dialog->accept();
         return dialog->result();
     };
     m_f->action("searchAction")->trigger();
     QVERIFY(m_f->window()->messages.isEmpty());
     auto shown = [this] { return shownColumn(m_f->window(), InvoiceTableModel::NumberColumn); };
-    QStringList expected;
-    for (int number : numbers)
-        expected.append(QString::number(number));
-    QCOMPARE(shown(), expected);
+    QCOMPARE(shown(), QStringList({ "2", "4" }));
     QVERIFY(m_f->action("searchResultsAction")->isChecked());
-
     // A quick search and back: the results come again.
     m_f->action("quickSearch0Action")->trigger();
     QCOMPARE(shown().size(), 4);
     m_f->action("searchResultsAction")->trigger();
-    QCOMPARE(shown(), expected);
+    QCOMPARE(shown(), QStringList({ "2", "4" }));
 }
 
 QTEST_MAIN(TestSearchDialog)
