@@ -3,61 +3,38 @@
 #include <QColor>
 
 BankAccountTableModel::BankAccountTableModel(Registry* registry, QObject* parent)
-    : RecordTableModel(registry, ColumnCount,
+    : RecordTableModel(registry,
+        { tr("Pankki"), tr("Lyhenne"), tr("IBAN"), tr("BIC"), tr("Tulostetaan") },
         { &Registry::copyBankAccountsTo, &Query::saveBankAccount, &Registry::fetchBankAccounts },
         parent)
 {
 }
 
-QVariant BankAccountTableModel::data(const QModelIndex& index, int role) const
+QVariant BankAccountTableModel::recordData(const BankAccount& account, int column, int role) const
 {
-    const BankAccount* account = recordAt(index.row());
-    if (!account || index.column() < 0 || index.column() >= ColumnCount)
-        return QVariant();
-
     if (role == DeletedRole)
-        return account->deleted;
+        return account.deleted;
     if (role == IdRole)
-        return account->id;
-    if (role == Qt::ForegroundRole && account->deleted)
+        return account.id;
+    if (role == Qt::ForegroundRole && account.deleted)
         return QColor(Qt::gray);
-    if (role == Qt::CheckStateRole && index.column() == VisibleColumn)
-        return account->visible ? Qt::Checked : Qt::Unchecked;
+    if (role == Qt::CheckStateRole && column == VisibleColumn)
+        return account.visible ? Qt::Checked : Qt::Unchecked;
     if (role != Qt::DisplayRole && role != Qt::EditRole)
         return QVariant();
 
-    switch (index.column()) {
+    switch (column) {
     case NameColumn:
-        return account->name;
+        return account.name;
     case ShortNameColumn:
-        return account->shortName;
+        return account.shortName;
     case IbanColumn:
-        return role == Qt::EditRole ? account->iban : BankAccount::formatIban(account->iban);
+        return role == Qt::EditRole ? account.iban : BankAccount::formatIban(account.iban);
     case BicColumn:
-        return account->bic;
+        return account.bic;
     case VisibleColumn:
-        return role == Qt::EditRole ? QVariant(account->visible)
-                                    : QVariant(account->visible ? tr("Kyllä") : tr("Ei"));
-    default:
-        return QVariant();
-    }
-}
-
-QVariant BankAccountTableModel::headerData(int section, Qt::Orientation orientation, int role) const
-{
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
-        return QAbstractTableModel::headerData(section, orientation, role);
-    switch (section) {
-    case NameColumn:
-        return tr("Pankki");
-    case ShortNameColumn:
-        return tr("Lyhenne");
-    case IbanColumn:
-        return tr("IBAN");
-    case BicColumn:
-        return tr("BIC");
-    case VisibleColumn:
-        return tr("Tulostetaan");
+        return role == Qt::EditRole ? QVariant(account.visible)
+                                    : QVariant(account.visible ? tr("Kyllä") : tr("Ei"));
     default:
         return QVariant();
     }

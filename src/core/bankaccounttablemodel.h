@@ -28,15 +28,12 @@ public:
 
     explicit BankAccountTableModel(Registry* registry, QObject* parent = nullptr);
 
-    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(
-        int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
-
     // Swaps the account with the nearest account above (or below) it that is
     // not deleted; returns the account's new row, or -1 when it cannot move.
     int moveAccount(int row, bool up);
 
 protected:
+    QVariant recordData(const BankAccount& account, int column, int role) const override;
     bool markDeleted(BankAccount* account, bool deleted) override;
     // An edit keeps the account's place as well as its id.
     void overwrite(BankAccount* target, const BankAccount& account) const override;

@@ -32,14 +32,11 @@ public:
 
     explicit CustomerTableModel(Registry* registry, QObject* parent = nullptr);
 
-    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(
-        int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
-
     // One more than the largest number in use; deleted customers keep theirs.
     int nextFreeNumber() const;
 
 protected:
+    QVariant recordData(const Customer& customer, int column, int role) const override;
     bool markDeleted(Customer* customer, bool deleted) override;
 };
 

@@ -31,14 +31,11 @@ public:
 
     explicit ProductTableModel(Registry* registry, QObject* parent = nullptr);
 
-    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    QVariant headerData(
-        int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
-
     // The distinct non-empty categories in alphabetical order.
     QStringList categories() const;
 
 protected:
+    QVariant recordData(const Product& product, int column, int role) const override;
     bool deleteRecord(Query* query, int id) override;
 };
 

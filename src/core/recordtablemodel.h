@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <memory>
 
 // The records of one register being edited: deep copies of the registry's
@@ -46,7 +47,22 @@ public:
     }
     int columnCount(const QModelIndex& parent = QModelIndex()) const override
     {
-        return parent.isValid() ? 0 : m_columnCount;
+        return parent.isValid() ? 0 : int(m_titles.size());
+    }
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override
+    {
+        const T* record = recordAt(index.row());
+        if (!record || index.column() < 0 || index.column() >= m_titles.size())
+            return QVariant();
+        return recordData(*record, index.column(), role);
+    }
+    QVariant headerData(
+        int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override
+    {
+        if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+            return QAbstractTableModel::headerData(section, orientation, role);
+        return section >= 0 && section < m_titles.size() ? QVariant(m_titles.at(section))
+                                                         : QVariant();
     }
 
     const T* recordAt(int row) const { return m_records.value(row, nullptr); }
@@ -181,13 +197,15 @@ protected:
         bool (Registry::*fetchIntoRegistry)(Query* query);
     };
 
-    RecordTableModel(Registry* registry, int columnCount, const Access& access, QObject* parent)
-        : QAbstractTableModel(parent)
-        , m_registry(registry)
-        , m_columnCount(columnCount)
-        , m_access(access)
+    // titles: the column headers, one a column.
+    RecordTableModel(
+        Registry* registry, const QStringList& titles, const Access& access, QObject* parent)
+        : QAbstractTableModel(parent), m_registry(registry), m_titles(titles), m_access(access)
     {
     }
+
+    // The value of a cell of the record's row.
+    virtual QVariant recordData(const T& record, int column, int role) const = 0;
 
     // A type that keeps its deleted records marks one deleted or not and
     // returns true; the others are deleted from the database by id.
@@ -206,7 +224,7 @@ protected:
     void markChanged(int row)
     {
         m_changed[row] = true;
-        emit dataChanged(index(row, 0), index(row, m_columnCount - 1));
+        emit dataChanged(index(row, 0), index(row, int(m_titles.size()) - 1));
     }
 
     Registry* m_registry;
@@ -216,7 +234,7 @@ protected:
     QList<int> m_removedIds;
 
 private:
-    int m_columnCount;
+    QStringList m_titles;
     Access m_access;
     QString m_lastError;
 };

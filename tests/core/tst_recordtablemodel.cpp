@@ -212,6 +212,7 @@ void TestRecordTableModel::roundTrip(TestDatabase::Backend backend)
     QAbstractItemModelTester tester(&model);
     model.load();
     QCOMPARE(model.rowCount(), 0);
+    QCOMPARE(model.columnCount(), int(Register<T>::Model::ColumnCount));
     // A new database has its interest product already.
     const int before = int(stored<T>(db.database()).size());
 
@@ -427,6 +428,8 @@ void TestRecordTableModel::shownValues()
              ProductTableModel::VatModeColumn })
         texts.append(model.index(0, column).data().toString());
     QCOMPARE(texts.join(u'|'), shown);
+    QCOMPARE(model.headerData(ProductTableModel::VatModeColumn, Qt::Horizontal).toString(),
+        QStringLiteral("Hinnan tyyppi"));
 
     BankAccountTableModel accounts(&registry);
     accounts.addRecord(Register<BankAccount>::sample(1, QStringLiteral("Nordea")));
