@@ -1,5 +1,4 @@
 #include "core/registry.h"
-#include "domain/decimal.h"
 #include "domain/printscript.h"
 #include "logcapture.h"
 #include "storage/database.h"
@@ -14,14 +13,12 @@
 #include <memory>
 
 // An engine with a few native functions: describe() tells how the argument
-// readers see its argument, push() gives back the variant the test
-// prepared, needThree() wants three arguments and returns their count,
-// report() hands a text to the test, and "counter" is an accessor property.
+// readers see its argument, needThree() wants three arguments, report() hands a text to the test,
+// and "counter" is an accessor property.
 class TestEngine : public ECMAScriptEngine
 {
     Q_OBJECT
 public:
-    QVariant pushed;
     int counter = 0;
     QString result;
 
@@ -30,7 +27,6 @@ public:
         ECMAScriptEngine::initialize();
         duk_push_global_object(context());
         registerFunc("describe", this, "envDescribe()");
-        registerFunc("push", this, "envPush()");
         registerFunc("needThree", this, "envNeedThree()");
         registerFunc("report", this, "envReport()");
         registerProperty("counter", this, "envCounter()", "envSetCounter()");
@@ -53,18 +49,10 @@ public slots:
                        .join(QLatin1Char('|')));
         return 1;
     }
-    int envPush()
-    {
-        pushVariant(pushed);
-        return 1;
-    }
     int envNeedThree()
     {
-        const int count = checkArgCount(3);
-        if (count < 0)
-            return 0;
-        duk_push_int(context(), count);
-        return 1;
+        checkArgCount(3);
+        return 0;
     }
     int envReport()
     {
@@ -93,18 +81,14 @@ class TestECMAScriptEngine : public QObject
 
 private slots:
     void initTestCase();
-    void cleanupTestCase();
+    void cleanupTestCase() { m_registry.setDatabase(nullptr); }
     void scripts_data();
     void scripts();
     void argumentReaders_data();
     void argumentReaders();
-    void pushVariant_data();
-    void pushVariant();
     void initializeForgetsEverything();
     void errorsAreLogged();
-    void scriptLoader_data();
     void scriptLoader();
-    void evaluateScript();
 
 private:
     TestDatabase m_database { TestDatabase::SQLite };
@@ -118,14 +102,12 @@ private:
 void TestECMAScriptEngine::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
-    Decimal::registerMetaType();
     QVERIFY2(m_database.open(), qPrintable(m_database.lastError()));
     m_registry.setDatabase(m_database.database());
     std::unique_ptr<Query> query(m_database.database()->query());
     const QList<std::array<const char*, 3>> scripts {
         { "apu", "finvoice", "exports.kaksi = function (x) { return 2 * x; };" },
         { "apu", "invoice", "exports.kaksi = function () { return 'väärä'; };" },
-        { "Apu", "invoice", "exports.kaksi = function () { return 'iso alkukirjain'; };" },
         { "laskuri", "invoice", "counter = counter + 1;\nexports.runs = counter;" },
         { "ajo", "invoice", "report('ajettu ' + require('apu').kaksi(2));" },
         { "lib/a", "invoice", "var b = require('./b');\nexports.name = 'a+' + b.name;" },
@@ -146,11 +128,6 @@ void TestECMAScriptEngine::initTestCase()
     QVERIFY(m_registry.fetchPrintScripts(query.get()));
 }
 
-void TestECMAScriptEngine::cleanupTestCase()
-{
-    m_registry.setDatabase(nullptr);
-}
-
 void TestECMAScriptEngine::scripts_data()
 {
     QTest::addColumn<QString>("source");
@@ -159,16 +136,10 @@ void TestECMAScriptEngine::scripts_data()
     QTest::addColumn<QString>("outcome");
     const QList<std::array<const char*, 3>> rows {
         { "syntax error", "var a = 1;\nvar b = 2;\nvar c = ;\n", "!SyntaxError|:3" },
-        { "reference error", "var a = 1;\n\n\n\nmissing();\n",
-            "!ReferenceError: identifier 'missing' undefined|:5" },
         { "thrown error", "function f() {\n  throw new Error('rikki');\n}\nf();\n",
             "!Error: rikki|:2" },
         { "too few arguments", "var x = 1;\nneedThree(1, 2);\n",
             "!TypeError: vähintään 3 parametria|:2" },
-        { "too few caught",
-            "try { needThree(1); } catch (e) { report(e.name + ': ' + e.message); }",
-            "=TypeError: vähintään 3 parametria" },
-        { "enough arguments", "report(String(needThree(1, 2, 3, 4)));", "=4" },
         // Without a setter the property cannot be assigned (non-strict code ignores it).
         { "accessor property",
             "counter = 41; counter = counter + 1; readOnly = 7; report(String(readOnly));", "=42" },
@@ -181,28 +152,22 @@ void TestECMAScriptEngine::scripts_data()
             "function,-1" },
         // The first stored "apu" in list order is the Finvoice one.
         { "stored module", "report(String(require('apu').kaksi(21)));", "=42" },
-        { "names are case-sensitive", "report(require('Apu').kaksi());", "=iso alkukirjain" },
         { "relative ids", "report(require('lib/a').name);", "=a+b+42" },
         { "module.exports replaced", "report(require('korvaava')());", "=kokonaan uusi" },
         { "missing module", "require('puuttuva');", "!TypeError: skriptiä puuttuva ei löytynyt|" },
         // The built-in layouts are resources, not stored scripts.
         { "built-in resource only", "require('invoice');",
             "!TypeError: skriptiä invoice ei löytynyt|" },
-        { "relative id above the top", "require('../apu');",
-            "!TypeError: cannot resolve module id|" },
         { "module throws", "var m = require('rikki');", "!Error: moduuli rikki|rikki:3" },
-        // The module's body runs once.
+        // The module's body runs once; a failed one is tried again.
         { "modules are cached",
             "var first = require('laskuri'); var second = require('laskuri');"
             "report([first === second, Object.keys(Duktape.modLoaded), counter].join());",
             "=true,laskuri,1" },
         { "a failed module is retried",
-            "var tries = [];"
-            "for (var i = 0; i < 2; i++) {"
-            "  try { require('rikki'); } catch (e) { tries.push(e.message); }"
-            "}"
-            "report(tries.join('|') + '|' + ('rikki' in Duktape.modLoaded));",
-            "=moduuli rikki|moduuli rikki|false" },
+            "var tries = [];\nfor (var i = 0; i < 2; i++) try { require('rikki'); } catch (e) {"
+            " tries.push(e.message); }\nreport(tries.join() + ('rikki' in Duktape.modLoaded));",
+            "=moduuli rikki,moduuli rikkifalse" },
     };
     for (const auto& row : rows)
         QTest::newRow(row[0]) << QString::fromUtf8(row[1]) << QString::fromUtf8(row[2]);
@@ -232,18 +197,12 @@ void TestECMAScriptEngine::argumentReaders_data()
     QTest::addColumn<QString>("argument");
     QTest::addColumn<QString>("read"); // string|int|double|bool|date, "null" and "-" for none
     const QList<std::array<const char*, 3>> rows {
-        // Six significant digits, in exponent form when needed.
-        { "large number", "1234567", "1.23457e+06|1234567|1234567|false|" },
-        { "negative fraction", "-2.75", "-2.75|-2|-2.75|false|" },
-        // ToInt32 wraps modulo 2^32.
+        // Six significant digits in exponent form; ToInt32 wraps modulo 2^32.
         { "beyond 32 bits", "4294967297", "4.29497e+09|1|4294967297|false|" },
-        { "utf-8 text", "'Hämeenkatu €'", "Hämeenkatu €|-|-|false|" },
+        { "text", "'Hämeenkatu €'", "Hämeenkatu €|-|-|false|" },
         { "number as text", "'42'", "42|-|-|false|" },
         { "iso date", "'2025-03-15'", "2025-03-15|-|-|false|2025-03-15" },
-        { "finnish date", "'15.3.2025'", "15.3.2025|-|-|false|" },
         { "true", "true", "null|-|-|true|" },
-        { "missing", "", "null|-|-|false|" },
-        { "object", "{ a: 1 }", "null|-|-|false|" },
         { "date object", "new Date(2025, 2, 15)", "null|-|-|false|" },
     };
     for (const auto& row : rows)
@@ -260,111 +219,43 @@ void TestECMAScriptEngine::argumentReaders()
     QCOMPARE(engine.result, read);
 }
 
-void TestECMAScriptEngine::pushVariant_data()
-{
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<QString>("seen");
-    QTest::addRow("string") << QVariant(QStringLiteral("Jyväskylä")) << "string:Jyväskylä";
-    QTest::addRow("bool") << QVariant(true) << "boolean:true";
-    QTest::addRow("int") << QVariant(-42) << "number:-42";
-    QTest::addRow("long long") << QVariant(qlonglong(2147483647)) << "number:2147483647";
-    // Pushed through 32 bits: 3000000000 - 2^32.
-    QTest::addRow("long long beyond 32 bits")
-        << QVariant(qlonglong(3000000000LL)) << "number:-1294967296";
-    QTest::addRow("double") << QVariant(12.5) << "number:12.5";
-    QTest::addRow("date") << QVariant(QDate(2025, 3, 1)) << "string:2025-03-01";
-    QTest::addRow("date time") << QVariant(QDateTime(QDate(2025, 3, 1), QTime(8, 5, 30)))
-                               << "string:2025-03-01T08:05:30";
-    QTest::addRow("decimal") << Decimal(139804, 2).toVariant() << "number:139804";
-    // 5000000000 - 2^32.
-    QTest::addRow("decimal beyond 32 bits")
-        << Decimal(5000000000LL, 4).toVariant() << "number:705032704";
-    QTest::addRow("invalid") << QVariant() << "undefined:undefined";
-    QTest::addRow("other type") << QVariant(QStringList { "a" }) << "undefined:undefined";
-}
-
-void TestECMAScriptEngine::pushVariant()
-{
-    QFETCH(QVariant, value);
-    QFETCH(QString, seen);
-    TestEngine engine;
-    engine.pushed = value;
-    QVERIFY2(engine.evaluate("var v = push(); report(typeof v + ':' + String(v));"),
-        qPrintable(engine.lastError()));
-    QCOMPARE(engine.result, seen);
-}
-
+// A second script adds to the globals of the first; initialize() starts
+// afresh with the native functions only.
 void TestECMAScriptEngine::initializeForgetsEverything()
 {
     TestEngine engine;
     QVERIFY(engine.evaluate("var kept = 'first'; function f() { return 1; }"));
-    // A second script adds to the globals of the first.
     QVERIFY(engine.evaluate("report(kept + typeof f);"));
     QCOMPARE(engine.result, QStringLiteral("firstfunction"));
     engine.initialize();
     QVERIFY(!engine.isEvaluated());
     QVERIFY(engine.evaluate("report(typeof kept + typeof f + typeof describe);"));
     QCOMPARE(engine.result, QStringLiteral("undefinedundefinedfunction"));
-    engine.clear();
-    QVERIFY(!engine.context());
-    QVERIFY(!engine.isEvaluated());
 }
 
+// A thrown non-error value is reported as text.
 void TestECMAScriptEngine::errorsAreLogged()
 {
     LogCapture log("veklari.script");
     TestEngine engine;
     QVERIFY(!engine.evaluate("throw 'pelkkä teksti';"));
-    // A thrown non-error value is reported as text.
     QCOMPARE(engine.lastError(), QStringLiteral("pelkkä teksti"));
     QCOMPARE(log.lines(), QStringList { "warning: pelkkä teksti" });
 }
 
-void TestECMAScriptEngine::scriptLoader_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("argument");
-    QTest::addColumn<bool>("found");
-    QTest::addColumn<QString>("source"); // a part of it
-    QTest::addRow("by id") << "id"
-                           << "Ääkköset" << true << "Hämeenkatu €";
-    QTest::addRow("empty source is not missing") << "id"
-                                                 << "tyhjä" << true << "";
-    QTest::addRow("unknown id") << "id"
-                                << "9999" << false << "";
-    QTest::addRow("first in list order") << "name"
-                                         << "apu" << true << "2 * x";
-    QTest::addRow("names are case-sensitive") << "name"
-                                              << "APU" << false << "";
-    QTest::addRow("no database") << "no database"
-                                 << "apu" << false << "";
-    QTest::addRow("resource") << "resource"
-                              << "invoice" << true << "function print()";
-    QTest::addRow("path tricks stay in the resources") << "resource"
-                                                       << "../sql/sqlite" << false << "";
-}
-
+// Stored scripts by id and name, and the built-in ones from the resources.
 void TestECMAScriptEngine::scriptLoader()
 {
-    QFETCH(QString, kind);
-    QFETCH(QString, argument);
-    QFETCH(bool, found);
-    QFETCH(QString, source);
-    Registry empty;
-    const ScriptLoader loader(kind == QLatin1String("no database") ? &empty : &m_registry);
-    QByteArray loaded;
-    if (kind == QLatin1String("id"))
-        loaded = loader.loadScriptById(m_ids.value(argument, argument.toInt()));
-    else if (kind == QLatin1String("resource"))
-        loaded = loader.loadResource(argument);
-    else
-        loaded = loader.loadScriptByName(argument);
-    QCOMPARE(!loaded.isNull(), found);
-    QVERIFY(QString::fromUtf8(loaded).contains(source));
-}
+    QCOMPARE(
+        m_loader.loadScriptById(m_ids.value("Ääkköset")), QByteArray("var s = 'Hämeenkatu €';"));
+    const QByteArray empty = m_loader.loadScriptById(m_ids.value("tyhjä"));
+    QVERIFY(empty.isEmpty() && !empty.isNull());
+    QVERIFY(m_loader.loadScriptById(9999).isNull());
+    Registry noDatabase;
+    QVERIFY(ScriptLoader(&noDatabase).loadScriptById(m_ids.value("apu")).isNull());
+    QVERIFY(m_loader.loadResource(QStringLiteral("invoice")).contains("function print()"));
+    QVERIFY(m_loader.loadResource(QStringLiteral("../sql/sqlite")).isNull());
 
-void TestECMAScriptEngine::evaluateScript()
-{
     TestEngine engine;
     QVERIFY(!engine.evaluateScript(QStringLiteral("ajo")));
     engine.setScriptLoader(&m_loader);

@@ -14,17 +14,14 @@ class TestTemplateStringHelper : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
     void init();
 
     void dollarCodes_data();
     void dollarCodes();
     void braces_data();
     void braces();
-    void numbersInLocaleFormat();
-    void extraVariablesWinAndAreExpandedAgain();
-    void escaping_data();
-    void escaping();
+    void extraVariables();
     void barcodeUsesFirstPrintedAccount();
     void fileNames_data();
     void fileNames();
@@ -36,28 +33,17 @@ private:
     Customer m_customer;
 };
 
-void TestTemplateStringHelper::initTestCase()
-{
-    QStandardPaths::setTestModeEnabled(true);
-}
-
 void TestTemplateStringHelper::init()
 {
     m_invoice.clear();
-    m_invoice.id = 5;
     m_invoice.number = 42;
-    m_invoice.type = 0;
-    m_invoice.date = QDate(2024, 3, 1);
-    m_invoice.dueDate = QDate(2024, 3, 15);
-    m_invoice.paymentTerms = QStringLiteral("14 päivää netto");
     m_invoice.referenceNumber = QStringLiteral("1234561");
-    m_invoice.totalAmount = 123456;
+    m_invoice.totalAmount = 98765;
     m_invoice.balance = 100;
     m_invoice.interestOnArrears = 825;
     m_invoice.setProperty(QStringLiteral("t1"), QStringLiteral("Kiitos tilauksesta"));
 
     m_customer.clear();
-    m_customer.id = 3;
     m_customer.number = 17;
     m_customer.name = QStringLiteral("Äijä & Co");
     m_customer.streetName = QStringLiteral("Kauppakatu 5 B");
@@ -67,6 +53,8 @@ void TestTemplateStringHelper::init()
     m_customer.vatNumber = QStringLiteral("FI12345671");
     m_customer.setProperty(QStringLiteral("c1"), QStringLiteral("Oma kenttä"));
     m_registry.copyBankAccountsFrom({});
+    m_registry.settings()->setProperty(
+        QStringLiteral("settings/periodForComplaints"), QStringLiteral("8 päivää"));
 }
 
 void TestTemplateStringHelper::dollarCodes_data()
@@ -84,14 +72,10 @@ void TestTemplateStringHelper::dollarCodes_data()
         { "unknown then number", "$Q$i", 0, 0, "42" },
         { "reminder title", "$h-$i.pdf", 0, 3, "maksumuistutus-42.pdf" },
         { "credit note title", "$H", 2, 0, "Hyvityslasku" },
-        { "print type wins from 3", "$H", 2, 5, "Lähete" },
         { "type out of range", "$H", 0, 6, "Lasku" },
-        { "invoice type out of range", "$H", 9, 0, "Lasku" },
-        { "customer number", "$J-$j", 0, 0, "17-17" },
-        { "street", "$S|$s", 0, 0, "Kauppakatu 5 B|kauppakatu-5-b" },
-        { "town and post code", "$P $p $T $t", 0, 0, "00100 00100 Hämeenlinna hameenlinna" },
-        { "e-mail", "$E $e", 0, 0, "äitilasku@esimerkki.fi aitilaskuesimerkkifi" },
-        { "vat number and reference", "$V $R/$r", 0, 0, "FI12345671 1234561/1234561" },
+        { "customer fields", "$J $S|$s $p $T|$t $E|$e $V $R", 0, 0,
+            "17 Kauppakatu 5 B|kauppakatu-5-b 00100 Hämeenlinna|hameenlinna "
+            "äitilasku@esimerkki.fi|aitilaskuesimerkkifi FI12345671 1234561" },
     };
     for (const auto& [tag, text, invoiceType, printType, expected] : rows)
         QTest::newRow(tag) << QString::fromUtf8(text) << invoiceType << printType
@@ -121,27 +105,25 @@ void TestTemplateStringHelper::braces_data()
         { "one space each side", "Hei {{ customer/name }}!", "IC", "Hei Äijä & Co!" },
         { "two spaces stay", "{{ customer/name  }}", "IC", "{{ customer/name  }}" },
         { "unknown name", "a{{nothing}}b", "IC", "ab" },
-        { "customer name without customer", "{{customer/name}}", "I", "" },
         { "customer name without invoice", "{{customer/name}}", "C", "Äijä & Co" },
         { "invoice name without invoice", "{{number}}", "C", "" },
-        { "payment terms", "{{paymentTerms}}", "IC", "14 päivää netto" },
         { "grouped reference", "{{referenceNumber}}", "IC", "12 34561" },
-        { "spy reference", "{{referenceNumberSpy}}", "IC", "00000000000001234561" },
+        // "#" stands for the user's decimal point.
+        { "amounts and percentage", "{{totalAmount}} {{balance}} {{interestOnArrears}}", "I",
+            "987#65 1#00 8#25" },
+        { "from the settings", "{{periodForComplaints}}", "I", "8 päivää" },
         { "notice texts", "{{noticeText1}}/{{noticeText2}}", "IC", "Kiitos tilauksesta/" },
         { "customer fields", "{{customer/number}} {{customer/postCode}} {{customer/custom1}}", "C",
             "17 00100 Oma kenttä" },
         { "encoded e-mail", "{{customer/emailAddressEncoded}}", "C",
             "%C3%A4iti%2Blasku@esimerkki.fi" },
         { "reference template", "{I}00", "IC", "4200" },
-        { "padded left", "{I6}", "IC", "000042" },
-        { "padded left, marked", "{I6>}", "IC", "000042" },
+        { "padded left", "{I6}|{I6>}", "IC", "000042|000042" },
         { "padded right", "{I6<}", "IC", "420000" },
         { "other mark", "{I6x}", "IC", "42" },
         { "spaces inside", "{ C4 }", "IC", "0017" },
         { "no invoice", "x{I}y", "C", "xy" },
-        { "no customer", "x{C}y", "I", "xy" },
         { "unknown letter", "{X9}", "IC", "" },
-        { "lower case letter", "{i}", "IC", "" },
         { "bad width", "{Iab}", "IC", "" },
         { "too long for a short code", "{I12345}", "IC", "{I12345}" },
         { "both forms", "Lasku {{number}}, asiakas {C3}", "IC", "Lasku 42, asiakas 017" },
@@ -156,73 +138,30 @@ void TestTemplateStringHelper::braces()
     QFETCH(QString, text);
     QFETCH(QString, given);
     QFETCH(QString, expected);
+    expected.replace(QLatin1Char('#'), QLocale::system().decimalPoint());
     TemplateStringHelper helper(&m_registry);
     QCOMPARE(helper.substituteVariables(text, given.contains('I') ? &m_invoice : nullptr,
                  given.contains('C') ? &m_customer : nullptr),
         expected);
 }
 
-void TestTemplateStringHelper::numbersInLocaleFormat()
+// Extra variables win over the built-in names and are expanded again; with
+// escaping on, their values can stand between double quotes.
+void TestTemplateStringHelper::extraVariables()
 {
     TemplateStringHelper helper(&m_registry);
-    const QLocale locale;
-    // 123456 cents and 8.25 %, in the user's locale.
-    QCOMPARE(helper.valueForVariable(QStringLiteral("totalAmount"), &m_invoice, nullptr),
-        locale.toString(1234) + locale.decimalPoint() + QStringLiteral("56"));
-    QCOMPARE(helper.valueForVariable(QStringLiteral("balance"), &m_invoice, nullptr),
-        QStringLiteral("1") + locale.decimalPoint() + QStringLiteral("00"));
-    QCOMPARE(helper.valueForVariable(QStringLiteral("interestOnArrears"), &m_invoice, nullptr),
-        QStringLiteral("8") + locale.decimalPoint() + QStringLiteral("25"));
-    m_invoice.interestOnArrears = 800;
-    QCOMPARE(helper.valueForVariable(QStringLiteral("interestOnArrears"), &m_invoice, nullptr),
-        QStringLiteral("8"));
-    QCOMPARE(helper.valueForVariable(QStringLiteral("dueDate"), &m_invoice, nullptr),
-        QLocale::system().toString(QDate(2024, 3, 15), QLocale::ShortFormat));
-
-    m_registry.settings()->setProperty(
-        QStringLiteral("settings/periodForComplaints"), QStringLiteral("8 päivää"));
-    QCOMPARE(helper.valueForVariable(QStringLiteral("periodForComplaints"), &m_invoice, nullptr),
-        QStringLiteral("8 päivää"));
-}
-
-void TestTemplateStringHelper::extraVariablesWinAndAreExpandedAgain()
-{
-    TemplateStringHelper helper(&m_registry);
+    auto expand = [&](const char* text) {
+        return helper.substituteVariables(QString::fromUtf8(text), &m_invoice, &m_customer);
+    };
     helper.appendVariable(QStringLiteral("number"), QStringLiteral("N:o"));
     helper.appendVariable(QStringLiteral("subject"), QStringLiteral("Lasku {I5}"));
-    QCOMPARE(helper.substituteVariables(
-                 QStringLiteral("{{number}} {{ subject }}"), &m_invoice, &m_customer),
-        QStringLiteral("N:o Lasku 00042"));
-    helper.appendVariable(QStringLiteral("subject"), QStringLiteral("Muistutus"));
-    QCOMPARE(helper.substituteVariables(QStringLiteral("{{subject}}"), &m_invoice, &m_customer),
-        QStringLiteral("Muistutus"));
+    helper.appendVariable(QStringLiteral("path"), QStringLiteral("\"hi\" C:\\a.pdf"));
+    QCOMPARE(expand("{{number}} {{ subject }} \"{{path}}\""),
+        QStringLiteral("N:o Lasku 00042 \"\"hi\" C:\\a.pdf\""));
+    helper.setEscapeEnabled(true);
+    QCOMPARE(expand("\"{{path}}\""), QStringLiteral("\"\\\"hi\\\" C:\\\\a.pdf\""));
     helper.clearVariables();
-    QCOMPARE(helper.substituteVariables(
-                 QStringLiteral("{{number}}{{subject}}"), &m_invoice, &m_customer),
-        QStringLiteral("42"));
-}
-
-void TestTemplateStringHelper::escaping_data()
-{
-    QTest::addColumn<bool>("enabled");
-    QTest::addColumn<QString>("expected");
-    QTest::addRow("on") << true << "\\\"hi\\\" C:\\\\Temp\\\\a.pdf";
-    QTest::addRow("off") << false << "\"hi\" C:\\Temp\\a.pdf";
-}
-
-void TestTemplateStringHelper::escaping()
-{
-    QFETCH(bool, enabled);
-    QFETCH(QString, expected);
-
-    TemplateStringHelper helper(&m_registry);
-    QVERIFY(!helper.escapeEnabled());
-    helper.setEscapeEnabled(enabled);
-    helper.appendVariable(
-        QStringLiteral("attachmentPath"), QStringLiteral("\"hi\" C:\\Temp\\a.pdf"));
-    QCOMPARE(helper.substituteVariables(
-                 QStringLiteral("--attach \"{{attachmentPath}}\""), &m_invoice, &m_customer),
-        QStringLiteral("--attach \"%1\"").arg(expected));
+    QCOMPARE(expand("{{number}}{{subject}}"), QStringLiteral("42"));
 }
 
 // Version, the digits of the first account that is shown and not removed,
@@ -232,10 +171,8 @@ void TestTemplateStringHelper::barcodeUsesFirstPrintedAccount()
     BankAccount accounts[3];
     const char* const ibans[]
         = { "FI2112345600000785", "FI5810171000000122", "FI7944052020036082" };
-    for (int i = 0; i < 3; ++i) {
-        accounts[i].id = i + 1;
+    for (int i = 0; i < 3; ++i)
         accounts[i].iban = QLatin1String(ibans[i]);
-    }
     accounts[0].visible = false;
     accounts[1].deleted = true;
     m_registry.copyBankAccountsFrom({ &accounts[0], &accounts[1], &accounts[2] });
@@ -243,13 +180,8 @@ void TestTemplateStringHelper::barcodeUsesFirstPrintedAccount()
     auto value = [&](const char* name) {
         return helper.valueForVariable(QLatin1String(name), &m_invoice, nullptr);
     };
-    QCOMPARE(value("barcode").size(), 54);
-    QVERIFY(value("barcode").endsWith(QStringLiteral("240315")));
-    QCOMPARE(value("barcode4"), value("barcode"));
-    QVERIFY(value("barcode").startsWith(QStringLiteral("4794405202003608200123456")));
-    QVERIFY(value("balanceBarcode").startsWith(QStringLiteral("4794405202003608200000100")));
-    QVERIFY(value("barcode5").startsWith(QStringLiteral("5794405202003608200123456")));
-
+    QCOMPARE(value("barcode").left(25), QStringLiteral("4794405202003608200098765"));
+    QCOMPARE(value("balanceBarcode5").left(25), QStringLiteral("5794405202003608200000100"));
     accounts[2].visible = false;
     m_registry.copyBankAccountsFrom({ &accounts[0], &accounts[1], &accounts[2] });
     QVERIFY(value("barcode").isEmpty() && !value("barcode").isNull());
@@ -260,18 +192,9 @@ void TestTemplateStringHelper::fileNames_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("ascii");
     QTest::addColumn<QString>("valid");
-    QTest::addRow("company") << "Matti Meikäläinen Oy"
-                             << "matti-meikalainen-oy"
-                             << "Matti Meikäläinen Oy";
-    QTest::addRow("runs of spaces and hyphens") << "  --Åke  -  Öst--  "
+    QTest::addRow("runs of spaces and hyphens") << "  --Åke  & -  Öst--  "
                                                 << "ake-ost"
-                                                << "  --Åke  -  Öst--  ";
-    QTest::addRow("punctuation and sharp s") << "Über/Straße 3."
-                                             << "uberstrae-3"
-                                             << "ÜberStraße 3.";
-    QTest::addRow("ampersand between spaces") << "A & B"
-                                              << "a-b"
-                                              << "A & B";
+                                                << "  --Åke  & -  Öst--  ";
     QTest::addRow("other script digits") << "a\u0663b"
                                          << "a\u0663b"
                                          << "a\u0663b";
@@ -294,18 +217,15 @@ void TestTemplateStringHelper::fileNames()
 void TestTemplateStringHelper::addSuffixToFilename()
 {
     QTemporaryDir dir;
-    QVERIFY(dir.isValid());
     const QFileInfo taken(dir.filePath(QStringLiteral("a.tar.gz")));
     QCOMPARE(
         TemplateStringHelper::addSuffixToFilename(taken).fileName(), QStringLiteral("a.tar-1.gz"));
-
     for (const char* name : { "a.tar-1.gz", "a.tar-2.gz" }) {
         QFile file(dir.filePath(QLatin1String(name)));
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
-    const QFileInfo free = TemplateStringHelper::addSuffixToFilename(taken);
-    QCOMPARE(free.absoluteFilePath(), dir.filePath(QStringLiteral("a.tar-3.gz")));
-    QVERIFY(!free.exists());
+    QCOMPARE(TemplateStringHelper::addSuffixToFilename(taken).absoluteFilePath(),
+        dir.filePath(QStringLiteral("a.tar-3.gz")));
 }
 
 QTEST_GUILESS_MAIN(TestTemplateStringHelper)
