@@ -16,9 +16,6 @@
 #include "storage/query.h"
 #include "util/scriptloader.h"
 
-const QDate InvoiceFixture::invoiceDate(2025, 3, 1);
-const QDate InvoiceFixture::dueDate(2025, 3, 15);
-
 InvoiceFixture::InvoiceFixture(TestDatabase::Backend backend)
     : m_database(new TestDatabase(backend, QStringLiteral("Kuusela Design Oy")))
     , m_registry(new Registry)
@@ -101,8 +98,8 @@ bool InvoiceFixture::open()
         "invoiceForm/footer/text2", "Ennakkoperintärekisterissä" };
     for (int i = 0; i < properties.size(); i += 2)
         settings->setProperty(properties.at(i), properties.at(i + 1));
-    if (!query->updateSettings(settings))
-        return failed();
+    if (!storeSettings())
+        return false;
 
     // The third account is hidden.
     const QList<QStringList> accounts { { "Osuuspankki", "FI3457200020086597", "OKOYFIHH" },
@@ -119,24 +116,24 @@ bool InvoiceFixture::open()
             return failed();
     }
 
-    // Number, name, contact, street, post code, town, business id, language.
+    // The second customer reads Swedish.
     const QList<QStringList> customers {
-        { "1", "Rautakauppa Virtanen Oy", "Matti Virtanen", "Teollisuustie 4", "40320", "Jyväskylä",
-            "1234567-1", "" },
-        { "2", "Nordic Timber AB", "Anna Lindqvist", "Storgatan 8", "65100", "Vaasa", "", "sv" },
+        { "Rautakauppa Virtanen Oy", "Matti Virtanen", "Teollisuustie 4", "40320", "Jyväskylä" },
+        { "Nordic Timber AB", "Anna Lindqvist", "Storgatan 8", "65100", "Vaasa" },
     };
     for (const QStringList& data : customers) {
         Customer customer;
-        customer.number = data.at(0).toInt();
-        customer.name = data.at(1);
-        customer.contact = data.at(2);
-        customer.streetName = data.at(3);
-        customer.postCode = data.at(4);
-        customer.townName = data.at(5);
-        customer.vatNumber = data.at(6);
+        customer.number = m_customerIds.size() + 1;
+        customer.name = data.at(0);
+        customer.contact = data.at(1);
+        customer.streetName = data.at(2);
+        customer.postCode = data.at(3);
+        customer.townName = data.at(4);
         customer.paymentTerms = QStringLiteral("14 päivää netto");
-        if (!data.at(7).isEmpty())
-            customer.setProperty(QStringLiteral("l"), data.at(7));
+        if (customer.number == 1)
+            customer.vatNumber = QStringLiteral("1234567-1");
+        else
+            customer.setProperty(QStringLiteral("l"), QStringLiteral("sv"));
         if (!query->saveCustomer(&customer))
             return failed();
         m_customerIds.append(customer.id);
@@ -165,13 +162,12 @@ int InvoiceFixture::addInvoice(
     int type, const QList<InvoiceItem>& items, int number, int customerIndex, int paid)
 {
     std::unique_ptr<Query> query(m_database->database()->query());
-    Database* database = m_database->database();
     Invoice invoice;
     invoice.type = type;
     invoice.number = number;
-    invoice.customerId = customerId(customerIndex);
-    invoice.date = invoiceDate;
-    invoice.dueDate = dueDate;
+    invoice.customerId = m_customerIds.value(customerIndex, -1);
+    invoice.date = QDate(2025, 3, 1);
+    invoice.dueDate = QDate(2025, 3, 15);
     invoice.paymentTerms = QStringLiteral("14 päivää netto");
     invoice.delivery = QStringLiteral("Nouto");
     invoice.buyerRef = QStringLiteral("Tilaus 4471");
@@ -187,46 +183,39 @@ int InvoiceFixture::addInvoice(
     invoice.totalAmount = int(vat.totalAmountVatIncluded());
     invoice.balance = invoice.totalAmount - paid;
 
-    database->transaction();
     bool ok = query->saveInvoice(&invoice);
-    int rowNumber = 0;
-    for (const InvoiceItem& row : items) {
-        if (!ok)
-            break;
-        InvoiceItem copy = row;
+    for (int i = 0; ok && i < items.size(); ++i) {
+        InvoiceItem copy = items.at(i);
         copy.invoiceId = invoice.id;
-        copy.rowNumber = rowNumber++;
+        copy.rowNumber = i;
         ok = query->saveInvoiceItem(&copy);
     }
     if (!ok) {
         m_lastError = query->lastError();
-        database->rollback();
         return -1;
     }
-    database->commit();
     return invoice.id;
+}
+
+bool InvoiceFixture::storeSettings()
+{
+    std::unique_ptr<Query> query(m_database->database()->query());
+    if (query->updateSettings(m_registry->settings()))
+        return true;
+    m_lastError = query->lastError();
+    return false;
 }
 
 bool InvoiceFixture::setLogo(const QByteArray& image)
 {
-    std::unique_ptr<Query> query(m_database->database()->query());
     m_registry->settings()->sellerLogo = image.isNull() ? QByteArray("") : image;
-    if (!query->updateSettings(m_registry->settings())) {
-        m_lastError = query->lastError();
-        return false;
-    }
-    return true;
+    return storeSettings();
 }
 
 bool InvoiceFixture::setSetting(const QString& key, const QVariant& value)
 {
-    std::unique_ptr<Query> query(m_database->database()->query());
     m_registry->settings()->setProperty(key, value);
-    if (!query->updateSettings(m_registry->settings())) {
-        m_lastError = query->lastError();
-        return false;
-    }
-    return true;
+    return storeSettings();
 }
 
 int InvoiceFixture::addPrintScript(const QString& name, const QString& type, const QString& source)

@@ -14,12 +14,7 @@ class Registry;
 // A small real business in a fresh database (SQLite unless asked
 // otherwise), loaded into a registry the way the program does it: a seller
 // with address, contact data and business id, two visible bank accounts and
-// a hidden one, and two customers. Tests add invoices with addInvoice() and
-// call refresh() after changing stored data.
-//
-//   InvoiceFixture fixture;
-//   QVERIFY2(fixture.open(), qPrintable(fixture.lastError()));
-//   const int id = fixture.addInvoice(0, fixture.sampleItems());
+// a hidden one, and two customers. Call refresh() after changing stored data.
 class InvoiceFixture
 {
 public:
@@ -31,36 +26,30 @@ public:
     Registry* registry() const { return m_registry.get(); }
     TestDatabase* testDatabase() const { return m_database.get(); }
 
-    // Stores an invoice of the given type for the first customer with these
-    // rows; totals and balance follow the rows. Returns its id, -1 on failure.
+    // Stores an invoice of 1.3.2025, due 15.3.2025, with these rows; totals
+    // and balance follow the rows. Returns its id, -1 on failure.
     int addInvoice(int type, const QList<InvoiceItem>& items, int number = 1001,
         int customerIndex = 0, int paid = 0);
-    // The rows of a typical invoice: two VAT rates, a discount and a
-    // description-only row.
+    // Two VAT rates, a discount and a description-only row.
     static QList<InvoiceItem> sampleItems();
     // count rows with texts long enough to wrap now and then.
     static QList<InvoiceItem> manyItems(int count);
 
-    // Stores the seller's logo (image file bytes; empty removes it).
+    // The seller's logo (image file bytes; empty removes it).
     bool setLogo(const QByteArray& image);
-    // Sets a company setting and stores it.
     bool setSetting(const QString& key, const QVariant& value);
     // Stores a print script; returns its id.
     int addPrintScript(const QString& name, const QString& type, const QString& source);
-    // Reloads the registry's cached lists from the database.
     bool refresh();
-    // Prints the stored invoice as the program does, with the layout that
-    // the company setting chooses, into a PDF file; printType 0 prints it as
-    // its own type.
+    // Prints the stored invoice as the program does into a PDF file;
+    // printType 0 prints it as its own type.
     bool printInvoice(int id, const QString& fileName, int printType = 0);
 
-    int customerId(int index) const { return m_customerIds.value(index, -1); }
     QString referenceNumber(int number) const;
 
-    static const QDate invoiceDate;
-    static const QDate dueDate;
-
 private:
+    bool storeSettings();
+
     std::unique_ptr<TestDatabase> m_database;
     std::unique_ptr<Registry> m_registry;
     QList<int> m_customerIds;

@@ -3,7 +3,6 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QXmlStreamReader>
 #include <QtDebug>
 
 namespace PdfTools {
@@ -45,36 +44,6 @@ QString text(const QString& fileName, int page)
     text.replace(QChar(0x00A0), QLatin1Char(' '));
     text.replace(QChar(0x202F), QLatin1Char(' '));
     return text;
-}
-
-QList<Word> words(const QString& fileName)
-{
-    const QByteArray html = run(QStringLiteral("pdftotext"),
-        { QStringLiteral("-bbox"), QStringLiteral("-enc"), QStringLiteral("UTF-8"), fileName,
-            QStringLiteral("-") });
-    QList<Word> result;
-    QXmlStreamReader xml(html);
-    int page = 0;
-    const double pointToMm = 25.4 / 72.0;
-    while (!xml.atEnd()) {
-        if (xml.readNext() != QXmlStreamReader::StartElement)
-            continue;
-        if (xml.name() == QLatin1String("page")) {
-            ++page;
-        } else if (xml.name() == QLatin1String("word")) {
-            const auto attributes = xml.attributes();
-            Word word;
-            word.page = page;
-            const double xMin = attributes.value(QLatin1String("xMin")).toDouble();
-            const double yMin = attributes.value(QLatin1String("yMin")).toDouble();
-            const double xMax = attributes.value(QLatin1String("xMax")).toDouble();
-            const double yMax = attributes.value(QLatin1String("yMax")).toDouble();
-            word.box = QRectF(QPointF(xMin, yMin) * pointToMm, QPointF(xMax, yMax) * pointToMm);
-            word.text = xml.readElementText();
-            result.append(word);
-        }
-    }
-    return result;
 }
 
 QImage renderPage(const QString& fileName, int page, int dpi, bool gray)

@@ -2,19 +2,10 @@
 #define PDFTOOLS_H
 
 #include <QImage>
-#include <QList>
-#include <QRectF>
-#include <QString>
+#include <QStringList>
 
 // Reads PDF files back with poppler's command-line tools.
 namespace PdfTools {
-
-struct Word
-{
-    QString text;
-    QRectF box; // millimetres from the top-left corner of the page
-    int page = 0; // from 1
-};
 
 // Page count from pdfinfo, -1 when it fails.
 int pageCount(const QString& fileName);
@@ -23,8 +14,6 @@ QString info(const QString& fileName);
 // pdftotext -layout of one page (from 1) or of all pages (0), with no-break
 // spaces as plain ones.
 QString text(const QString& fileName, int page = 0);
-// Every word with its box, from pdftotext -bbox.
-QList<Word> words(const QString& fileName);
 // One page rendered by pdftoppm at dpi, in grey scale or in colour.
 QImage renderPage(const QString& fileName, int page, int dpi, bool gray = true);
 // The run of a tool; empty output and a warning when it fails.
