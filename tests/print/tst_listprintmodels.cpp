@@ -23,7 +23,6 @@
 #include <memory>
 
 using Expected::euros;
-using Expected::plainEuros;
 
 enum Report
 {
@@ -48,48 +47,22 @@ private slots:
     void invoiceListBalanceAtDate();
     void criteriaTexts_data();
     void criteriaTexts();
-    void paths_data();
-    void paths();
     void sort_data();
     void sort();
     void csv_data();
     void csv();
     void reportPdf_data();
     void reportPdf();
-    void manyInvoicesBreakPages();
-    void customerListLandscape();
 
 private:
-    std::unique_ptr<ListPrintModel> newModel(int report, Registry* registry = nullptr);
-    bool render(ListPrintModel* model, int report, const QString& fileName,
-        QPageLayout::Orientation orientation = QPageLayout::Portrait);
-    bool exec(const QString& sql);
+    std::unique_ptr<ListPrintModel> newModel(int report);
+    bool exec(const QString& sql) { return m_fixture.testDatabase()->exec({ sql }); }
 
     InvoiceFixture m_fixture { VEKLARI_TEST_BACKEND };
     QTemporaryDir m_dir;
-    QString m_error;
     QMap<int, QList<InvoiceItem>> m_items; // by invoice number
     QMap<int, long long> m_totals; // by invoice number, in cents
 };
-
-static InvoiceItem oneRow(long long price, int vatRate)
-{
-    InvoiceItem item;
-    item.productName = QStringLiteral("Vuokra");
-    item.quantity = 10000;
-    item.amount = price;
-    item.vatExcluded = true;
-    item.vatRate = vatRate;
-    return item;
-}
-
-bool TestListPrintModels::exec(const QString& sql)
-{
-    if (m_fixture.testDatabase()->exec({ sql }))
-        return true;
-    m_error = m_fixture.testDatabase()->lastError();
-    return false;
-}
 
 // 1001 and 1002 are invoices, 1003 a delivery note, 1004 belongs to a
 // customer whose texts a spreadsheet would run as formulas. 1002 is paid in
@@ -126,8 +99,12 @@ void TestListPrintModels::initTestCase()
     }
     QVERIFY(m_fixture.registry()->fetchProducts(query.get()));
 
+    QList<InvoiceItem> rent = InvoiceFixture::manyItems(1);
+    rent[0].amount = 1000000;
+    rent[0].quantity = 10000;
+    rent[0].vatRate = 2400;
     m_items = { { 1001, InvoiceFixture::sampleItems() }, { 1002, InvoiceFixture::manyItems(6) },
-        { 1003, InvoiceFixture::sampleItems() }, { 1004, { oneRow(1000000, 2400) } } };
+        { 1003, InvoiceFixture::sampleItems() }, { 1004, rent } };
     const QStringList dates { "2025-03-01", "2025-03-15", "2025-02-10", "2025-02-24", "2025-03-20",
         "2025-04-03", "2025-01-05", "2025-01-19" };
     for (int number = 1001; number <= 1004; ++number) {
@@ -135,34 +112,26 @@ void TestListPrintModels::initTestCase()
             number == 1003 ? 5 : 0, m_items.value(number), number, number == 1001 ? 0 : 1);
         QVERIFY2(id >= 0, qPrintable(m_fixture.lastError()));
         const int i = 2 * (number - 1001);
-        QVERIFY2(
-            exec(QStringLiteral("UPDATE invoice SET date = '%1', due_date = '%2' WHERE id = %3")
-                     .arg(dates.at(i), dates.at(i + 1))
-                     .arg(id)),
-            qPrintable(m_error));
+        QVERIFY(exec(QStringLiteral("UPDATE invoice SET date = '%1', due_date = '%2' WHERE id = %3")
+                         .arg(dates.at(i), dates.at(i + 1))
+                         .arg(id)));
         m_totals.insert(number, Expected::total(m_items.value(number)));
     }
     QVERIFY(exec(QStringLiteral("UPDATE invoice SET customer_id = %1 WHERE number = 1004")
                      .arg(customer.id)));
-    const struct
-    {
-        int number;
-        QDate date;
-        long long amount;
-        int account;
-    } payments[] = { { 1002, QDate(2025, 3, 10), 50000, 0 },
+    const QList<std::tuple<int, QDate, long long, int>> payments { { 1002, QDate(2025, 3, 10),
+                                                                       50000, 0 },
         { 1002, QDate(2025, 4, 2), m_totals.value(1002) - 50000, 1 },
         { 1004, QDate(2025, 2, 1), 2000, 1 } };
-    for (const auto& data : payments) {
+    for (const auto& [number, date, amount, account] : payments) {
         Payment payment;
         payment.invoiceId
             = m_fixture.testDatabase()
-                  ->value(
-                      QStringLiteral("SELECT id FROM invoice WHERE number = %1").arg(data.number))
+                  ->value(QStringLiteral("SELECT id FROM invoice WHERE number = %1").arg(number))
                   .toInt();
-        payment.date = data.date;
-        payment.amount = int(data.amount);
-        payment.bankAccountId = m_fixture.registry()->bankAccountAt(data.account)->id;
+        payment.date = date;
+        payment.amount = int(amount);
+        payment.bankAccountId = m_fixture.registry()->bankAccountAt(account)->id;
         QVERIFY2(query->savePayment(&payment), qPrintable(query->lastError()));
     }
     QVERIFY(exec(QStringLiteral("UPDATE invoice SET balance = 0 WHERE number = 1002")));
@@ -171,10 +140,9 @@ void TestListPrintModels::initTestCase()
     QVERIFY(m_fixture.refresh());
 }
 
-std::unique_ptr<ListPrintModel> TestListPrintModels::newModel(int report, Registry* registry)
+std::unique_ptr<ListPrintModel> TestListPrintModels::newModel(int report)
 {
-    if (!registry)
-        registry = m_fixture.registry();
+    Registry* registry = m_fixture.registry();
     switch (report) {
     case InvoiceList:
         return std::make_unique<InvoiceListPrintModel>(registry);
@@ -187,41 +155,20 @@ std::unique_ptr<ListPrintModel> TestListPrintModels::newModel(int report, Regist
     }
 }
 
-// The report's own script through ScriptHelper, into a PDF file.
-bool TestListPrintModels::render(ListPrintModel* model, int report, const QString& fileName,
-    QPageLayout::Orientation orientation)
-{
-    PrintScriptEngine engine;
-    engine.setModel(model);
-    ScriptHelper helper(m_fixture.registry());
-    const bool loaded = report == InvoiceList ? helper.loadInvoiceListScript(&engine)
-        : report == PaymentList               ? helper.loadPaymentListScript(&engine)
-        : report == CustomerList              ? helper.loadCustomerListScript(&engine)
-                                              : helper.loadProductListScript(&engine);
-    ScriptPdfWriter writer;
-    writer.setTitle(model->title());
-    writer.setOrientation(orientation);
-    if (!loaded || engine.supportedOrientations() != 3 || !writer.write(&engine, fileName)) {
-        m_error = engine.lastError() + writer.lastError();
-        return false;
-    }
-    return true;
-}
-
 void TestListPrintModels::invoiceListTotals_data()
 {
     QTest::addColumn<int>("paymentStatus");
     QTest::addColumn<int>("types");
     QTest::addColumn<int>("roundingMode");
     QTest::addColumn<QList<int>>("numbers");
-    QTest::addRow("all") << -1 << -1 << 1 << QList<int> { 1001, 1002, 1003, 1004 };
     QTest::addRow("open") << 1 << -1 << 1 << QList<int> { 1001, 1003, 1004 };
-    QTest::addRow("paid") << 0 << -1 << 1 << QList<int> { 1002 };
     QTest::addRow("delivery notes") << -1 << (1 << 5) << 1 << QList<int> { 1003 };
     QTest::addRow("rows' own VAT") << -1 << -1 << 2 << QList<int> { 1001, 1002, 1003, 1004 };
 }
 
-// The list's totals and VAT breakdown against sums made here from the rows.
+// The list's totals and VAT breakdown against sums made here from the rows:
+// VAT-included sums per rate with the VAT-excluded part taken out of each
+// sum, or in mode 2 summed from the rows.
 void TestListPrintModels::invoiceListTotals()
 {
     QFETCH(int, paymentStatus);
@@ -238,33 +185,24 @@ void TestListPrintModels::invoiceListTotals()
     QVERIFY2(ran, qPrintable(model.lastError()));
     QCOMPARE(model.invoiceCount(), numbers.size());
 
-    auto cents
-        = [&](const QString& path) { return model.value(path).value<Decimal>().toLongLong(); };
     long long total = 0;
     long long balance = 0;
     QMap<int, long long> included;
     QMap<int, long long> excludedByRows;
-    for (int i = 0; i < numbers.size(); ++i) {
-        const QString prefix = QStringLiteral("invoices/%1/").arg(i);
-        QCOMPARE(model.value(prefix + "number").toInt(), numbers.at(i));
-        const long long invoiceTotal = m_totals.value(numbers.at(i));
-        QCOMPARE(cents(prefix + "totalAmount"), invoiceTotal);
-        QCOMPARE(cents(prefix + "totalAmountVatExcluded") + cents(prefix + "totalVatAmount"),
-            invoiceTotal);
-        total += invoiceTotal;
-        balance += cents(prefix + "balance");
-        for (const InvoiceItem& item : m_items.value(numbers.at(i))) {
+    for (int number : numbers) {
+        total += m_totals.value(number);
+        balance += number == 1002 ? 0 : m_totals.value(number) - (number == 1004 ? 2000 : 0);
+        for (const InvoiceItem& item : m_items.value(number)) {
             if (item.quantity != 0) {
                 included[item.vatRate] += Expected::rowTotal(item, true);
                 excludedByRows[item.vatRate] += Expected::rowTotal(item, false);
             }
         }
     }
+    auto cents
+        = [&](const QString& path) { return model.value(path).value<Decimal>().toLongLong(); };
     QCOMPARE(cents("totalAmount"), total);
     QCOMPARE(cents("totalBalance"), balance);
-
-    // The breakdown over the whole list: VAT-included sums per rate, the
-    // VAT-excluded part taken out of each sum, or in mode 2 summed from the rows.
     QCOMPARE(model.value(QStringLiteral("vat/length")).toInt(), included.size());
     long long excludedSum = 0;
     int index = 0;
@@ -276,7 +214,6 @@ void TestListPrintModels::invoiceListTotals()
         QCOMPARE(cents(prefix + "percent"), it.key());
         QCOMPARE(cents(prefix + "amount"), it.value());
         QCOMPARE(cents(prefix + "amountVatExcluded"), excluded);
-        QCOMPARE(cents(prefix + "vatAmount"), it.value() - excluded);
         excludedSum += excluded;
     }
     QCOMPARE(cents("totalAmountVatExcluded"), excludedSum);
@@ -289,10 +226,6 @@ void TestListPrintModels::invoiceListBalanceAtDate_data()
     QTest::addColumn<int>("paymentStatus");
     QTest::addColumn<QList<int>>("numbers");
     QTest::addColumn<QList<long long>>("paidBefore"); // per listed invoice, -1 for all
-
-    QTest::addRow("open before any payment")
-        << QDate(2025, 1, 31) << 1 << QList<int> { 1001, 1002, 1003, 1004 }
-        << QList<long long> { 0, 0, 0, 0 };
     QTest::addRow("open between the payments")
         << QDate(2025, 3, 31) << 1 << QList<int> { 1001, 1002, 1003, 1004 }
         << QList<long long> { 0, 50000, 0, 2000 };
@@ -330,26 +263,17 @@ void TestListPrintModels::criteriaTexts_data()
     QTest::addColumn<int>("types");
     QTest::addColumn<QDate>("balanceDate");
     QTest::addColumn<QDate>("from");
-    QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("lines");
     const QDate none;
     const QDate first(2025, 1, 1);
-    QTest::addRow("everything") << -1 << -1 << none << none << ""
-                                << "Laskut";
-    QTest::addRow("open") << 1 << -1 << none << none << ""
-                          << "Avoimet laskut";
-    QTest::addRow("open at a date") << 1 << -1 << QDate(2025, 6, 30) << none << ""
-                                    << "Avoimet laskut 30.6.2025";
-    QTest::addRow("paid before a date") << 0 << -1 << first << none << ""
-                                        << "Ennen 1.1.2025 maksetut laskut";
-    QTest::addRow("paid in a range") << 0 << -1 << none << first << ""
-                                     << "Maksetut laskut väliltä 1.1.2025 - 31.3.2025";
-    QTest::addRow("all in a range") << -1 << -1 << none << first << ""
-                                    << "Laskut 1.1.2025 - 31.3.2025";
-    QTest::addRow("delivery notes in a range") << -1 << (1 << 5) << none << first << ""
-                                               << "Lähetteet ajalta 1.1.2025 - 31.3.2025";
-    QTest::addRow("search phrase") << -1 << -1 << none << none << "*logo*"
-                                   << "Laskut|Hakusanalla *logo*";
+    QTest::addRow("open at a date")
+        << 1 << -1 << QDate(2025, 6, 30) << none << "Avoimet laskut 30.6.2025";
+    QTest::addRow("paid before a date")
+        << 0 << -1 << first << none << "Ennen 1.1.2025 maksetut laskut";
+    QTest::addRow("paid in a range")
+        << 0 << -1 << none << first << "Maksetut laskut väliltä 1.1.2025 - 31.3.2025";
+    QTest::addRow("delivery notes in a range")
+        << -1 << (1 << 5) << none << first << "Lähetteet ajalta 1.1.2025 - 31.3.2025";
 }
 
 void TestListPrintModels::criteriaTexts()
@@ -358,89 +282,14 @@ void TestListPrintModels::criteriaTexts()
     QFETCH(int, types);
     QFETCH(QDate, balanceDate);
     QFETCH(QDate, from);
-    QFETCH(QString, text);
     QFETCH(QString, lines);
-    InvoiceListPrintModel model(m_fixture.registry());
-    InvoiceCriteria& criteria = model.criteria();
+    InvoiceCriteria criteria;
     criteria.paymentStatus = paymentStatus;
     criteria.types = types;
     criteria.balanceDate = balanceDate;
     criteria.dateFrom = from;
     criteria.dateTo = from.isValid() ? QDate(2025, 3, 31) : QDate();
-    criteria.text = text;
-    QVERIFY2(model.run(), qPrintable(model.lastError()));
-    QStringList read;
-    for (int i = 0; i < model.value(QStringLiteral("criteria/length")).toInt(); ++i)
-        read.append(model.value(QStringLiteral("criteria/%1").arg(i)).toString());
-    QCOMPARE(read.join(QLatin1Char('|')), lines);
-}
-
-void TestListPrintModels::paths_data()
-{
-    QTest::addColumn<int>("report");
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QVariant>("expected");
-    const QString formula = QStringLiteral("=HYPERLINK(\"http://x\";\"Avaa\")");
-    // Tuntityö: 85,00 + 25,5 % = 106,675 stays in cents; 24,90 with 14 % included.
-    const long long hourly = Expected::roundHalfAway(8500 * 1.255L);
-    const long long book = Expected::roundHalfAway(2490 / 1.14L);
-    const QList<std::tuple<const char*, int, const char*, QVariant>> rows {
-        { "seller", InvoiceList, "name", "Kuusela Design Oy" },
-        { "shown column", InvoiceList, "columns/balance", true },
-        { "hidden column", InvoiceList, "columns/date", false },
-        { "unknown column", InvoiceList, "columns/nothing", QVariant() },
-        { "customer", InvoiceList, "invoices/3/customer/number", 3 },
-        { "raw reference", InvoiceList, "invoices/0/referenceNumberRaw",
-            m_fixture.referenceNumber(1001) },
-        { "delivery note", InvoiceList, "invoices/2/type", 5 },
-        { "row out of range", InvoiceList, "invoices/4/number", QVariant() },
-        { "unknown root", InvoiceList, "nothing", QVariant() },
-        { "criteria", InvoiceList, "criteria/0", "Laskut" },
-        { "criteria out of range", InvoiceList, "criteria/1", QVariant() },
-        { "payments", PaymentList, "payments/length", 3 },
-        { "first by date", PaymentList, "payments/0/date", QDate(2025, 2, 1) },
-        { "invoice", PaymentList, "payments/1/invoice/number", 1002 },
-        { "invoice total", PaymentList, "payments/1/invoice/totalAmount",
-            Decimal(m_totals.value(1002), 2).toVariant() },
-        { "bank", PaymentList, "payments/1/bankAccount/bic", "OKOYFIHH" },
-        { "iban", PaymentList, "payments/0/bankAccount/iban", "FI52 1144 3500 0617 25" },
-        { "payer", PaymentList, "payments/0/customer/name", formula },
-        { "payments' total", PaymentList, "totalPaymentAmount",
-            Decimal(m_totals.value(1002) + 2000, 2).toVariant() },
-        // Each invoice's total once.
-        { "invoices' total", PaymentList, "totalAmount",
-            Decimal(m_totals.value(1002) + m_totals.value(1004), 2).toVariant() },
-        { "journal criteria", PaymentList, "criteria/0", "Maksusuoritukset" },
-        { "customers", CustomerList, "customers/length", 3 },
-        { "phone", CustomerList, "customers/2/phoneNumber", "+358 40 765 4321" },
-        { "id as stored", CustomerList, "customers/0/vatNumber", "1234567-1" },
-        { "no criteria", CustomerList, "criteria/length", QVariant() },
-        // The interest product of a new database is one of them.
-        { "products", ProductList, "products/length", 5 },
-        { "price with vat", ProductList, "products/2/amount", Decimal(hourly, 2).toVariant() },
-        { "price", ProductList, "products/2/amountVatExcluded", Decimal(8500, 2).toVariant() },
-        { "price without vat", ProductList, "products/4/amountVatExcluded",
-            Decimal(book, 2).toVariant() },
-        { "zero rate", ProductList, "products/1/amount", Decimal(57, 2).toVariant() },
-    };
-    for (const auto& [tag, report, path, expected] : rows)
-        QTest::newRow(tag) << report << QString::fromUtf8(path) << expected;
-}
-
-void TestListPrintModels::paths()
-{
-    QFETCH(int, report);
-    QFETCH(QString, path);
-    QFETCH(QVariant, expected);
-    const std::unique_ptr<ListPrintModel> model = newModel(report);
-    model->setColumnFlags(model->allColumns() & ~(1 << InvoiceListPrintModel::DateColumn));
-    QVERIFY2(model->run(), qPrintable(model->lastError()));
-    const QVariant value = model->value(path);
-    QCOMPARE(value.isValid(), expected.isValid());
-    if (expected.typeId() == QMetaType::QString)
-        QCOMPARE(value.toString(), expected.toString());
-    else
-        QCOMPARE(value, expected);
+    QCOMPARE(InvoiceListPrintModel::buildCriteriaTexts(criteria).join(QLatin1Char('|')), lines);
 }
 
 void TestListPrintModels::sort_data()
@@ -451,24 +300,6 @@ void TestListPrintModels::sort_data()
     QTest::addColumn<QStringList>("values");
     QTest::addRow("invoices by date") << int(InvoiceList) << int(InvoiceListPrintModel::DateColumn)
                                       << "number" << QStringList { "1004", "1002", "1001", "1003" };
-    // The same customer: the invoice number decides.
-    QTest::addRow("invoices by customer number")
-        << int(InvoiceList) << int(InvoiceListPrintModel::CustomerNumberColumn) << "number"
-        << QStringList { "1001", "1002", "1003", "1004" };
-    // "=HYPERLINK" before letters, then Nordic before Rautakauppa.
-    QTest::addRow("invoices by customer name")
-        << int(InvoiceList) << int(InvoiceListPrintModel::CustomerNameColumn) << "number"
-        << QStringList { "1004", "1002", "1003", "1001" };
-    // 0,00 and 104,00 open, then twice 1 398,04.
-    QTest::addRow("invoices by balance")
-        << int(InvoiceList) << int(InvoiceListPrintModel::BalanceColumn) << "number"
-        << QStringList { "1002", "1004", "1001", "1003" };
-    QTest::addRow("payments by date") << int(PaymentList) << -1 << "date"
-                                      << QStringList { "2025-02-01", "2025-03-10", "2025-04-02" };
-    // The payments of one invoice by their date.
-    QTest::addRow("payments by invoice")
-        << int(PaymentList) << int(PaymentPrintModel::NumberColumn) << "date"
-        << QStringList { "2025-03-10", "2025-04-02", "2025-02-01" };
     // An empty town first.
     QTest::addRow("customers by town")
         << int(CustomerList) << int(CustomerListPrintModel::TownNameColumn) << "number"
@@ -476,10 +307,6 @@ void TestListPrintModels::sort_data()
     // Product numbers are texts compared as numbers where they are numbers.
     QTest::addRow("products by number")
         << int(ProductList) << -1 << "number" << QStringList { "-5", "9", "10", "999", "A-1" };
-    QTest::addRow("products by name")
-        << int(ProductList) << int(ProductListPrintModel::NameColumn) << "name"
-        << QStringList { "=SUM(A1)", "Kilometrikorvaus", "Tuntityö", "Viivästyskorko",
-               "äänikirja" };
 }
 
 void TestListPrintModels::sort()
@@ -493,8 +320,9 @@ void TestListPrintModels::sort()
     if (column >= 0)
         model->sort(column);
     const QString rows = QStringList { "invoices", "payments", "customers", "products" }.at(report);
+    QCOMPARE(model->value(rows + QStringLiteral("/length")).toInt(), values.size());
     QStringList read;
-    for (int i = 0; i < model->value(rows + QStringLiteral("/length")).toInt(); ++i)
+    for (int i = 0; i < values.size(); ++i)
         read.append(
             model->value(QStringLiteral("%1/%2/%3").arg(rows).arg(i).arg(field)).toString());
     QCOMPARE(read, values);
@@ -524,20 +352,17 @@ void TestListPrintModels::csv_data()
         << QStringLiteral("1004|5.1.2025|19.1.2025||3|%1|100,00|24,00|124,00|104,00|%2|Suomi|"
                           "'+358 40 765 4321||||100,00|24,00|124,00|||")
                .arg(formula, reference);
-    const int shown = (1 << InvoiceListPrintModel::NumberColumn)
-        | (1 << InvoiceListPrintModel::TotalAmountVatIncludedColumn)
-        | (1 << InvoiceListPrintModel::BalanceColumn);
-    const QString total = plainEuros(m_totals.value(1001));
-    QTest::addRow("invoices, chosen columns")
-        << int(InvoiceList) << shown << "" << false << QChar(';') << "Numero|Verollinen|Avoin saldo"
-        << 1 << "1001|" + total + "|" + total;
-    // Blanks around the commas are ignored, unknown words too.
+    // Chosen columns; blanks around the commas and unknown words are ignored.
     QTest::addRow("invoices, configured extra fields")
-        << int(InvoiceList) << 1
+        << int(InvoiceList)
+        << ((1 << InvoiceListPrintModel::NumberColumn)
+               | (1 << InvoiceListPrintModel::TotalAmountVatIncludedColumn))
         << "maa , puhelinnumero,,  Postinumero , lähiosoite,yhteyshenkilö,sähköpostiosoite,x"
         << true << QChar(';')
-        << "Numero|Maa|Puhelinnumero|Postinumero|Lähiosoite|Yhteyshenkilö|Sähköpostiosoite" << 4
-        << "1004|Suomi|'+358 40 765 4321||Kauppakatu 1|Virtanen, Liisa|liisa@example.fi";
+        << "Numero|Verollinen|Maa|Puhelinnumero|Postinumero|Lähiosoite|Yhteyshenkilö|"
+           "Sähköpostiosoite"
+        << 4
+        << "1004|124,00|Suomi|'+358 40 765 4321||Kauppakatu 1|Virtanen, Liisa|liisa@example.fi";
     // The delivery date is not part of the journal's CSV.
     QTest::addRow("payments, configured bank fields")
         << int(PaymentList) << -1 << "iban,pankki , bic,tilinumero" << true << QChar(',')
@@ -595,13 +420,14 @@ void TestListPrintModels::csv()
 void TestListPrintModels::reportPdf_data()
 {
     QTest::addColumn<int>("report");
+    QTest::addColumn<bool>("landscape");
     QTest::addColumn<QStringList>("present");
     QTest::addColumn<QStringList>("absent");
 
     const QString date = QDate::currentDate().toString(QStringLiteral("d.M.yyyy"));
     // The open invoices without the delivery date, customer number and
     // reference columns.
-    QTest::addRow("invoice list") << int(InvoiceList)
+    QTest::addRow("invoice list") << int(InvoiceList) << false
                                   << QStringList { "Laskuluettelo", "Avoimet laskut", "Eräpäivä",
                                          "Rautakauppa Virtanen Oy", euros(m_totals.value(1001)),
                                          "ALV-erittely", "Loppusumma",
@@ -610,25 +436,33 @@ void TestListPrintModels::reportPdf_data()
                                          "Kuusela Design Oy", date }
                                   << QStringList { "Viitenumero", "Asiakasnro", "Toimituspäivä" };
     // All the journal's columns fit across a landscape page.
-    QTest::addRow("payment list") << int(PaymentList)
+    QTest::addRow("payment list") << int(PaymentList) << true
                                   << QStringList { "Suorituspäiväkirja",
                                          "Maksusuoritukset ajalta 1.1.2025 - 31.3.2025", "500,00",
                                          "20,00", "520,00", "Osuuspankki", "Nordea", "10.3.2025",
                                          date }
                                   << QStringList { "2.4.2025" };
-    QTest::addRow("customer list") << int(CustomerList)
-                                   << QStringList { "Asiakasluettelo", "Nordic Timber AB",
-                                          "Teollisuustie 4", "Jyväskylä", "Kuusela Design Oy" }
-                                   << QStringList();
-    QTest::addRow("product list") << int(ProductList)
+    // The footer's date is given as a Date object, which formatDate() does
+    // not read: the customer list prints no date. The e-mail column needs
+    // the width of a landscape page.
+    QTest::addRow("customer list")
+        << int(CustomerList) << false
+        << QStringList { "Asiakasluettelo", "Nordic Timber AB", "Teollisuustie 4", "Jyväskylä",
+               "Yhteyshenkilö", "Kuusela Design Oy" }
+        << QStringList { "Sähköposti", date };
+    QTest::addRow("customer list, landscape")
+        << int(CustomerList) << true << QStringList { "liisa@example.fi" } << QStringList();
+    QTest::addRow("product list") << int(ProductList) << false
                                   << QStringList { "Tuoteluettelo", "Viivästyskorko", "Tuntityö",
                                          "85,00", "106,68", "25,5", date }
                                   << QStringList();
 }
 
+// The report's own script through ScriptHelper, into a PDF file.
 void TestListPrintModels::reportPdf()
 {
     QFETCH(int, report);
+    QFETCH(bool, landscape);
     QFETCH(QStringList, present);
     QFETCH(QStringList, absent);
     const std::unique_ptr<ListPrintModel> model = newModel(report);
@@ -643,71 +477,27 @@ void TestListPrintModels::reportPdf()
         payments->criteria().dateTo = QDate(2025, 3, 31);
     }
     QVERIFY2(model->run(), qPrintable(model->lastError()));
+    PrintScriptEngine engine;
+    engine.setModel(model.get());
+    ScriptHelper helper(m_fixture.registry());
+    QVERIFY(report == InvoiceList    ? helper.loadInvoiceListScript(&engine)
+            : report == PaymentList  ? helper.loadPaymentListScript(&engine)
+            : report == CustomerList ? helper.loadCustomerListScript(&engine)
+                                     : helper.loadProductListScript(&engine));
+    QCOMPARE(engine.supportedOrientations(), 3);
+    ScriptPdfWriter writer;
+    writer.setTitle(model->title());
+    writer.setOrientation(landscape ? QPageLayout::Landscape : QPageLayout::Portrait);
     const QString fileName = m_dir.filePath(QStringLiteral("report%1.pdf").arg(report));
-    QVERIFY2(render(model.get(), report, fileName,
-                 report == PaymentList ? QPageLayout::Landscape : QPageLayout::Portrait),
-        qPrintable(m_error));
+    QVERIFY2(writer.write(&engine, fileName), qPrintable(writer.lastError()));
     QCOMPARE(PdfTools::pageCount(fileName), 1);
+    QVERIFY(PdfTools::info(fileName).contains(
+        landscape ? QStringLiteral("842 x 595 pts") : QStringLiteral("595 x 842 pts")));
     const QString text = PdfTools::text(fileName);
     for (const QString& expected : present)
         QVERIFY2(text.contains(expected), qPrintable(expected + " missing from:\n" + text));
     for (const QString& unexpected : absent)
         QVERIFY2(!text.contains(unexpected), qPrintable(unexpected));
-}
-
-void TestListPrintModels::manyInvoicesBreakPages()
-{
-    InvoiceFixture fixture { VEKLARI_TEST_BACKEND };
-    QVERIFY2(fixture.open(), qPrintable(fixture.lastError()));
-    const int count = 130;
-    long long total = 0;
-    for (int i = 0; i < count; ++i) {
-        const QList<InvoiceItem> items { oneRow(10000 + 100 * i, 2400) };
-        QVERIFY(fixture.addInvoice(0, items, 2000 + i, i % 2) >= 0);
-        total += Expected::total(items);
-    }
-    const std::unique_ptr<ListPrintModel> model = newModel(InvoiceList, fixture.registry());
-    QVERIFY(model->run());
-    const QString fileName = m_dir.filePath(QStringLiteral("many.pdf"));
-    QVERIFY2(render(model.get(), InvoiceList, fileName), qPrintable(m_error));
-    const int pages = PdfTools::pageCount(fileName);
-    QVERIFY2(pages >= 3, qPrintable(QString::number(pages)));
-    QStringList seen;
-    const QRegularExpression number(
-        QStringLiteral("^\\s*(2\\d\\d\\d)\\s"), QRegularExpression::MultilineOption);
-    for (int page = 1; page <= pages; ++page) {
-        const QString text = PdfTools::text(fileName, page);
-        // Every page repeats the header and carries its page number.
-        QVERIFY(text.contains(QStringLiteral("Viitenumero")));
-        QVERIFY(text.contains(QStringLiteral("Sivu %1").arg(page)));
-        for (auto it = number.globalMatch(text); it.hasNext();)
-            seen.append(it.next().captured(1));
-    }
-    // Every invoice once.
-    QCOMPARE(seen.size(), count);
-    seen.removeDuplicates();
-    QCOMPARE(seen.size(), count);
-    QVERIFY(PdfTools::text(fileName, pages).contains(euros(total)));
-}
-
-void TestListPrintModels::customerListLandscape()
-{
-    CustomerListPrintModel model(m_fixture.registry());
-    QVERIFY(model.run());
-    const QString portrait = m_dir.filePath(QStringLiteral("asiakkaat-pysty.pdf"));
-    const QString landscape = m_dir.filePath(QStringLiteral("asiakkaat-vaaka.pdf"));
-    QVERIFY2(render(&model, CustomerList, portrait), qPrintable(m_error));
-    QVERIFY2(render(&model, CustomerList, landscape, QPageLayout::Landscape), qPrintable(m_error));
-    const QString wide = PdfTools::text(landscape);
-    const QString narrow = PdfTools::text(portrait);
-    QVERIFY(wide.contains(QStringLiteral("liisa@example.fi")));
-    QVERIFY(!narrow.contains(QStringLiteral("Sähköposti")));
-    QVERIFY(narrow.contains(QStringLiteral("Yhteyshenkilö")));
-    QVERIFY(PdfTools::info(landscape).contains(
-        QRegularExpression(QStringLiteral("Page size:\\s+842 x 595 pts"))));
-    // The footer's date is given as a Date object, which formatDate() does
-    // not read: the customer list prints no date.
-    QVERIFY(!narrow.contains(QDate::currentDate().toString(QStringLiteral("d.M.yyyy"))));
 }
 
 QTEST_MAIN(TestListPrintModels)
