@@ -80,14 +80,10 @@ void TestInvoicePrintJob::invoiceScript_data()
     QTest::addColumn<QString>("script");
     QTest::addRow("missing") << ""
                              << "built-in";
-    QTest::addRow("not a number") << "oma"
-                                  << "built-in";
     QTest::addRow("stored") << "STORED"
                             << "oma";
     QTest::addRow("no such stored script") << "7777"
                                            << "built-in";
-    QTest::addRow("zero") << "0"
-                          << "built-in";
     QTest::addRow("beyond the built-in list") << "-5"
                                               << "built-in";
 }
@@ -105,8 +101,7 @@ void TestInvoicePrintJob::invoiceScript()
     QCOMPARE(marker(engine), script);
 }
 
-// The first stored Finvoice script; the list reports always built in, and
-// a copy of one for the editor runs by itself.
+// The first stored Finvoice script; the list reports always built in.
 void TestInvoicePrintJob::otherScripts()
 {
     ECMAScriptEngine finvoice;
@@ -119,11 +114,6 @@ void TestInvoicePrintJob::otherScripts()
     PrintScriptEngine list;
     QVERIFY(ScriptHelper(m_fixture.registry()).loadCustomerListScript(&list));
     QCOMPARE(marker(list), QStringLiteral("none"));
-    for (const char* type : { "invoice-list", "payment-list", "customer-list", "product-list" }) {
-        PrintScriptEngine copy;
-        QVERIFY2(copy.evaluate(ScriptHelper::builtInSource(QLatin1String(type))), type);
-        QCOMPARE(copy.supportedOrientations(), 3);
-    }
 }
 
 void TestInvoicePrintJob::cautions_data()
@@ -143,12 +133,9 @@ void TestInvoicePrintJob::cautions_data()
     QTest::addRow("reminder on the due date") << reminder << first << due << true << "";
     QTest::addRow("reminders, one not yet due")
         << reminder << both << QDate(2025, 4, 1) << true << reminderWarning;
-    QTest::addRow("reminders, all due") << reminder << both << QDate(2025, 5, 1) << true << "";
     QTest::addRow("receipt before the due date")
         << int(InvoicePrintJob::Receipt) << QList<int> { 1002 } << QDate(2025, 4, 29) << true
         << receiptWarning;
-    QTest::addRow("invoice is never cautioned")
-        << int(InvoicePrintJob::Invoice) << first << QDate(2025, 1, 1) << true << "";
     QTest::addRow("no rows, printer")
         << int(InvoicePrintJob::Invoice) << QList<int> { 1003 } << due << false << noRows;
     // The preview shows the empty invoice; nothing to ask.
@@ -178,16 +165,13 @@ void TestInvoicePrintJob::cautions()
     QCOMPARE(texts.join('|'), said);
 }
 
+// Printers belong to the machine: a company setting of that name is not read.
 void TestInvoicePrintJob::settings()
 {
     InvoicePrintJob job(m_fixture.registry());
     QVERIFY(job.showPreview());
-    QCOMPARE(job.numberOfCopies(), 0);
-    QCOMPARE(job.printerName(), QString());
-
     QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/printPreview"), "false"));
     QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/numberOfCopies"), "2"));
-    // Printers belong to the machine: a company setting of that name is not read.
     QVERIFY(m_fixture.setSetting(QStringLiteral("printers/invoice"), QStringLiteral("Väärä")));
     QSettings* config = m_fixture.registry()->appSettings();
     config->setValue(QStringLiteral("printers/invoice"), QStringLiteral("HP LaserJet"));
@@ -195,13 +179,9 @@ void TestInvoicePrintJob::settings()
     config->setValue(QStringLiteral("printers/reports"), QStringLiteral("Brother"));
     QVERIFY(!job.showPreview());
     QCOMPARE(job.numberOfCopies(), 2);
-    QCOMPARE(job.printerName(), QStringLiteral("HP LaserJet"));
-    QCOMPARE(job.copiesPrinterName(), QStringLiteral("Ricoh"));
-    QCOMPARE(job.reportPrinterName(), QStringLiteral("Brother"));
-
-    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/printPreview"), true));
+    QCOMPARE(QStringList({ job.printerName(), job.copiesPrinterName(), job.reportPrinterName() }),
+        QStringList({ "HP LaserJet", "Ricoh", "Brother" }));
     QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/numberOfCopies"), "-3"));
-    QVERIFY(job.showPreview());
     QCOMPARE(job.numberOfCopies(), 0);
 }
 

@@ -7,7 +7,6 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
-#include <tuple>
 
 using Expected::rowTotal;
 
@@ -27,8 +26,6 @@ private slots:
     void barcodes_data();
     void barcodes();
     void withoutBankAccounts();
-    void printedType_data();
-    void printedType();
     void copiesAndSeveralInvoices();
     void csvWriter_data();
     void csvWriter();
@@ -58,10 +55,7 @@ void TestInvoicePrintModel::initTestCase()
     QStandardPaths::setTestModeEnabled(true);
     Decimal::registerMetaType();
     QVERIFY2(m_fixture.open(), qPrintable(m_fixture.lastError()));
-    const QStringList settings { "invoiceForm/footer/text3", "Alv-rek.",
-        "invoiceForm/invoiceItemOptions", "3" };
-    for (int i = 0; i < settings.size(); i += 2)
-        QVERIFY(m_fixture.setSetting(settings.at(i), settings.at(i + 1)));
+    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/footer/text3"), "Alv-rek."));
     QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 1001, 0, 50000) > 0);
     QVERIFY(m_fixture.addInvoice(2, InvoiceFixture::sampleItems(), 1002, 1) > 0);
     // A credit note of the sample rows turned negative.
@@ -88,47 +82,30 @@ void TestInvoicePrintModel::paths_data()
     const long long total = Expected::total(items);
     const QString reference = withCheckDigit(QStringLiteral("100100"));
     const QList<QPair<const char*, QVariant>> rows {
-        { "invoices/length", 1 },
         { "invoices/0/number", 1001 },
-        { "invoices/0/type", 0 },
         { "invoices/0/dueDate", QDate(2025, 3, 15) },
-        { "invoices/0/sellerRef", "Kaisa Kuusela" },
         { "invoices/0/interestOnArrears", Decimal(800, 2).toVariant() },
         // Not on the invoice: the company's setting of a new database.
         { "invoices/0/periodForComplaints", "8 päivää" },
         { "invoices/0/totalAmount", Decimal(total, 2).toVariant() },
         { "invoices/0/balance", Decimal(total - 50000, 2).toVariant() },
         { "invoices/0/referenceNumber", reference.left(2) + ' ' + reference.mid(2) },
-        { "invoices/0/referenceNumberRaw", reference },
-        { "invoices/0/referenceNumberSpy", reference.rightJustified(20, '0') },
-        { "invoices/0/noticeText1", "Kiitos tilauksestanne!" },
-        { "invoices/0/customer/name", "Rautakauppa Virtanen Oy" },
-        { "invoices/0/customer/businessId", "1234567-1" },
         { "invoices/0/customer/vatNumber", "FI12345671" },
-        { "invoices/0/customer/language", "" },
         // The description-only row counts as a row.
         { "invoices/0/items/length", 4 },
         { "invoices/0/items/0/quantity", Decimal(75000, 4).toVariant() },
-        { "invoices/0/items/0/amountVatExcluded", Decimal(850000, 4).toVariant() },
         { "invoices/0/items/1/discountPercent", Decimal(1000, 2).toVariant() },
         { "seller/vatNumber", "FI23456780" },
         { "seller/webAddressShort", "www.kuuseladesign.fi" },
         { "seller/bankAccounts/length", 2 },
-        { "seller/bankAccountsAll/length", 3 },
         { "seller/bankAccounts/0/iban", "FI34 5720 0020 0865 97" },
         { "seller/bankAccounts/1/bbanRaw", "11443500061725" },
         { "seller/bankAccountsAll/2/visible", false },
-        { "settings/barcodeVisible", true },
-        { "settings/invoiceItemOptions", 3 },
-        { "settings/roundingMode", 1 },
         { "settings/reminderText",
             "Pyydämme ystävällisesti maksamaan saatavamme. Mikäli kuitenkin olette jo "
             "suorittaneet tämän laskun, tämä maksumuistutus on aiheeton." },
         { "settings/footerText3", "Alv-rek." },
         { "settings/footerText4", QVariant() },
-        { "invoices/1/number", QVariant() },
-        { "invoices/0/items/4/text", QVariant() },
-        { "invoices/0/colour", QVariant() },
         { "invoices/0/number/", QVariant() },
         { "Invoices/length", QVariant() },
     };
@@ -142,8 +119,6 @@ void TestInvoicePrintModel::paths_data()
         const long long excluded = rowTotal(items.at(i), false);
         QTest::addRow("row %d total", i)
             << prefix + "totalAmount" << Decimal(included, 2).toVariant();
-        QTest::addRow("row %d without vat", i)
-            << prefix + "totalAmountVatExcluded" << Decimal(excluded, 2).toVariant();
         QTest::addRow("row %d vat", i)
             << prefix + "totalVatAmount" << Decimal(included - excluded, 2).toVariant();
     }
@@ -234,9 +209,7 @@ void TestInvoicePrintModel::barcodes_data()
     QTest::addColumn<int>("version");
     QTest::addColumn<bool>("balance");
     QTest::addRow("barcode") << "barcode" << 5 << false;
-    QTest::addRow("barcode5") << "barcode5" << 5 << false;
     QTest::addRow("barcode4") << "barcode4" << 4 << false;
-    QTest::addRow("balance barcode") << "balanceBarcode" << 5 << true;
     QTest::addRow("balance barcode4") << "balanceBarcode4" << 4 << true;
 }
 
@@ -265,101 +238,63 @@ void TestInvoicePrintModel::withoutBankAccounts()
     QVERIFY(m_fixture.refresh());
     QVERIFY(ran);
     QCOMPARE(model.value(QStringLiteral("seller/bankAccounts/length")), QVariant(0));
-    for (const char* path : { "barcode", "barcode4", "balanceBarcode", "balanceBarcode4" }) {
-        const QVariant value = model.value(QStringLiteral("invoices/0/") + QLatin1String(path));
-        QVERIFY(value.isValid());
-        QCOMPARE(value.toString(), QString());
-    }
-}
-
-void TestInvoicePrintModel::printedType_data()
-{
-    QTest::addColumn<int>("stored");
-    QTest::addColumn<int>("forced");
-    QTest::addColumn<int>("printed");
-    QTest::addRow("interest invoice") << 1 << 0 << 1;
-    QTest::addRow("credit note") << 2 << 0 << 2;
-    QTest::addRow("stored 3 moves up") << 3 << 0 << 5;
-    QTest::addRow("stored 4 moves up") << 4 << 0 << 6;
-    QTest::addRow("receipt over a credit note") << 2 << 4 << 4;
-    QTest::addRow("reminder") << 0 << 3 << 3;
-}
-
-void TestInvoicePrintModel::printedType()
-{
-    QFETCH(int, stored);
-    QFETCH(int, forced);
-    QFETCH(int, printed);
-    const int number = 1100 + 10 * stored + forced;
-    QVERIFY(m_fixture.addInvoice(stored, InvoiceFixture::sampleItems(), number) > 0);
-    InvoicePrintModel model(m_fixture.registry());
-    model.setPrintType(forced);
-    QVERIFY(load(model, number));
-    QCOMPARE(model.value(QStringLiteral("invoices/0/type")), QVariant(printed));
+    QCOMPARE(model.value(QStringLiteral("invoices/0/barcode")), QVariant(QStringLiteral("")));
 }
 
 // A copied invoice stands by itself; with several invoices loaded each one
-// sees its own rows, however the script alternates between them.
+// sees its own rows.
 void TestInvoicePrintModel::copiesAndSeveralInvoices()
 {
     QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::manyItems(3), 2001) > 0);
     QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::manyItems(5), 2002, 1) > 0);
     InvoicePrintModel all(m_fixture.registry());
     QVERIFY(load(all, 2001, 2002));
-    for (int round = 0; round < 2; ++round) {
-        QCOMPARE(all.value(QStringLiteral("invoices/1/items/length")), QVariant(5));
-        QCOMPARE(all.value(QStringLiteral("invoices/0/items/length")), QVariant(3));
-        QCOMPARE(all.value(QStringLiteral("invoices/1/items/4/text")).toString(),
-            QStringLiteral("Työvaihe 5"));
-    }
+    QCOMPARE(all.value(QStringLiteral("invoices/1/items/length")), QVariant(5));
+    QCOMPARE(all.value(QStringLiteral("invoices/0/items/length")), QVariant(3));
 
     InvoicePrintModel single(m_fixture.registry());
     single.copyInvoice(&all, 1);
     const QString barcode = all.value(QStringLiteral("invoices/1/barcode")).toString();
     all.clear();
     QCOMPARE(single.invoiceCount(), 1);
-    QCOMPARE(single.value(QStringLiteral("invoices/0/number")), QVariant(2002));
-    QCOMPARE(single.value(QStringLiteral("invoices/0/items/length")), QVariant(5));
+    QCOMPARE(single.value(QStringLiteral("invoices/0/items/4/text")).toString(),
+        QStringLiteral("Työvaihe 5"));
     QCOMPARE(single.value(QStringLiteral("invoices/0/customer/language")).toString(),
         QStringLiteral("sv"));
     // The seller's accounts come along.
-    QCOMPARE(single.value(QStringLiteral("invoices/0/barcode")).toString(), barcode);
     QVERIFY(!barcode.isEmpty());
+    QCOMPARE(single.value(QStringLiteral("invoices/0/barcode")).toString(), barcode);
 }
 
-// The report CSV tests read formulas, phone numbers and negative amounts
-// back; these are the remaining cases of quoting and formula texts.
+// The report CSV tests read formulas, phone numbers, quotes and negative
+// amounts back; these are the remaining cases of quoting and formula texts.
 void TestInvoicePrintModel::csvWriter_data()
 {
     QTest::addColumn<QString>("delimiter");
     QTest::addColumn<QString>("field");
-    QTest::addColumn<bool>("number");
     QTest::addColumn<QString>("written");
-    const QList<std::tuple<const char*, const char*, const char*, bool, const char*>> rows {
-        { "delimiter quoted", ";", "a;b", false, "\"a;b\"" },
-        { "comma with semicolon", ";", "12,50", true, "12,50" },
-        { "quotes doubled", ";", "Oy \"Ab\"", false, "\"Oy \"\"Ab\"\"\"" },
-        { "line feed", ",", "rivi\ntoinen", false, "\"rivi\ntoinen\"" },
-        { "at sign", ";", "@SUM(A1)", false, "'@SUM(A1)" },
-        { "carriage return", ";", "\rx", false, "\"'\rx\"" },
-    };
-    for (const auto& [tag, delimiter, field, number, written] : rows)
-        QTest::newRow(tag) << QString::fromUtf8(delimiter) << QString::fromUtf8(field) << number
-                           << QString::fromUtf8(written);
+    QTest::addRow("delimiter quoted") << ";"
+                                      << "a;b"
+                                      << "\"a;b\"";
+    QTest::addRow("line feed") << ","
+                               << "rivi\ntoinen"
+                               << "\"rivi\ntoinen\"";
+    QTest::addRow("at sign") << ";"
+                             << "@SUM(A1)"
+                             << "'@SUM(A1)";
+    QTest::addRow("carriage return") << ";"
+                                     << "\rx"
+                                     << "\"'\rx\"";
 }
 
 void TestInvoicePrintModel::csvWriter()
 {
     QFETCH(QString, delimiter);
     QFETCH(QString, field);
-    QFETCH(bool, number);
     QFETCH(QString, written);
     CsvWriter csv(delimiter);
     csv.addText(QStringLiteral("eka"));
-    if (number)
-        csv.addNumber(field);
-    else
-        csv.addText(field);
+    csv.addText(field);
     csv.endRow();
     QCOMPARE(csv.text(), QStringLiteral("eka") + delimiter + written + QStringLiteral("\r\n"));
 }
@@ -390,24 +325,19 @@ void TestInvoicePrintModel::exportToCsv()
     QVERIFY(bom);
     // The invoice, an empty line, the header of rows and four rows.
     QCOMPARE(rows.size(), 1 + 1 + 1 + 1 + 4);
-    QCOMPARE(rows.at(0),
-        (QStringList { "Numero", "Asiakasnumero", "Nimi", "Lähiosoite", "Postinumero",
-            "Postitoimipaikka", "Tyyppi", "Päivämäärä", "Eräpäivä", "Maksuehdot", "Toimitus",
-            "Viitteenne", "Viitteemme", "Viivästyskorko", "Viitenumero", "Veroton", "ALV",
-            "Verollinen", "Avoin saldo" }));
-    QCOMPARE(rows.at(3),
-        (QStringList { "Numero", "Tuotenumero", "Nimi", "Selite", "Määrä", "Yksikkö", "à-hinta",
-            "Veroton", "ALV-%", "ALV", "Verollinen" }));
-
+    QCOMPARE(rows.at(0).join('|'),
+        QStringLiteral("Numero|Asiakasnumero|Nimi|Lähiosoite|Postinumero|Postitoimipaikka|Tyyppi|"
+                       "Päivämäärä|Eräpäivä|Maksuehdot|Toimitus|Viitteenne|Viitteemme|"
+                       "Viivästyskorko|Viitenumero|Veroton|ALV|Verollinen|Avoin saldo"));
+    QCOMPARE(rows.at(3).join('|'),
+        QStringLiteral("Numero|Tuotenumero|Nimi|Selite|Määrä|Yksikkö|à-hinta|Veroton|ALV-%|ALV|"
+                       "Verollinen"));
     const QString total
         = Expected::plainEuros(sign * Expected::total(InvoiceFixture::sampleItems()));
     const QStringList& invoice = rows.at(1);
-    QCOMPARE(invoice.at(0), QString::number(number));
-    QCOMPARE(invoice.at(5), QStringLiteral("Jyväskylä"));
-    QCOMPARE(invoice.at(6), type);
-    QCOMPARE(invoice.at(7), QStringLiteral("1.3.2025"));
-    QCOMPARE(invoice.at(13), QStringLiteral("8"));
-    QCOMPARE(invoice.at(17), total);
+    QCOMPARE(QStringList({ invoice.at(0), invoice.at(5), invoice.at(6), invoice.at(7),
+                 invoice.at(13), invoice.at(17) }),
+        QStringList({ QString::number(number), "Jyväskylä", type, "1.3.2025", "8", total }));
 
     // 1 x 450,00 less 10 % at 25,5 %.
     const InvoiceItem item = InvoiceFixture::sampleItems().at(1);
@@ -417,9 +347,7 @@ void TestInvoicePrintModel::exportToCsv()
         (QStringList { QString::number(number), "102", "Logon viimeistely", "",
             sign < 0 ? "-1" : "1", "kpl", "450,00", Expected::plainEuros(excluded), "25,5",
             Expected::plainEuros(included - excluded), Expected::plainEuros(included) }));
-
     QVERIFY(!model.exportToCSV(m_dir.filePath(QStringLiteral("ei/ole/hakemistoa.csv")), ";"));
-    QVERIFY(!model.lastError().isEmpty());
 }
 
 QTEST_MAIN(TestInvoicePrintModel)
