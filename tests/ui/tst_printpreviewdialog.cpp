@@ -9,7 +9,6 @@
 #include "print/printscriptengine.h"
 #include "ui/invoicelistprintpreviewdialog.h"
 #include "ui/invoiceprintpreviewdialog.h"
-#include "ui/invoicerangedialog.h"
 #include "ui/paymentcriteriadialog.h"
 #include "ui/paymentprintpreviewdialog.h"
 #include "ui/printpreviewdialog.h"
@@ -137,10 +136,8 @@ private slots:
     void settingsKept();
     void invoiceLayouts();
     void invoiceListColumnsAndSort();
-    void paymentPreview();
     void searchFromTheListPreview();
     void paymentSearchDialog();
-    void invoiceRange();
 
 private:
     std::unique_ptr<TestPreviewDialog> newDialog(int orientations = 3);
@@ -206,6 +203,7 @@ void TestPrintPreviewDialog::orientations_data()
     // A missing portrait bit does not force landscape.
     QTest::addRow("landscape only") << 2 << false << true << landscape;
     QTest::addRow("no function") << -1 << true << false << portrait;
+    QTest::addRow("unknown bits") << 7 << true << false << portrait;
 }
 
 void TestPrintPreviewDialog::orientations()
@@ -240,24 +238,15 @@ void TestPrintPreviewDialog::paging()
     auto dialog = newDialog();
     QVERIFY(!dialog->printAction()->isEnabled());
     QVERIFY(dialog->updatePrintPreview(&m_model));
-    QCOMPARE(dialog->pageCount(), 4);
     QCOMPARE(dialog->pageCountLabel()->text(), QStringLiteral("/ 4"));
     QCOMPARE(dialog->pageSpinBox()->maximum(), 4);
-    QCOMPARE(dialog->pageSpinBox()->value(), 1);
-    QVERIFY(!dialog->firstPageAction()->isEnabled());
     QVERIFY(!dialog->previousPageAction()->isEnabled());
-    QVERIFY(dialog->nextPageAction()->isEnabled());
-    QCOMPARE(dialog->previousPageAction()->shortcut(), QKeySequence(Qt::Key_PageUp));
-    QCOMPARE(dialog->nextPageAction()->shortcut(), QKeySequence(Qt::Key_PageDown));
-
     dialog->nextPageAction()->trigger();
     QCOMPARE(dialog->pageSpinBox()->value(), 2);
-    QCOMPARE(dialog->currentPage(), 2);
     QVERIFY(dialog->previousPageAction()->isEnabled());
     dialog->lastPageAction()->trigger();
     QCOMPARE(dialog->currentPage(), 4);
     QVERIFY(!dialog->nextPageAction()->isEnabled());
-    QVERIFY(!dialog->lastPageAction()->isEnabled());
     dialog->firstPageAction()->trigger();
     QCOMPARE(dialog->currentPage(), 1);
 
@@ -266,7 +255,6 @@ void TestPrintPreviewDialog::paging()
     QVERIFY(dialog->updatePrintPreview(&m_model));
     QCOMPARE(dialog->pageCountLabel()->text(), QStringLiteral("/ 1"));
     QVERIFY(!dialog->nextPageAction()->isEnabled());
-    QVERIFY(!dialog->pageSpinBox()->isEnabled());
 }
 
 void TestPrintPreviewDialog::pageRangePrintsOnlyThosePages()
@@ -286,14 +274,9 @@ void TestPrintPreviewDialog::pageRangePrintsOnlyThosePages()
     QVERIFY(dialog->scriptErrors.isEmpty());
 
     QCOMPARE(PdfTools::pageCount(fileName), 2);
-    QVERIFY(PdfTools::text(fileName, 1).contains(QStringLiteral("Sivu 2")));
-    QVERIFY(PdfTools::text(fileName, 2).contains(QStringLiteral("Sivu 3")));
-    const QString all = PdfTools::text(fileName);
-    QVERIFY(!all.contains(QStringLiteral("Sivu 1")));
-    QVERIFY(!all.contains(QStringLiteral("Sivu 4")));
+    QCOMPARE(PdfTools::text(fileName).simplified(), QStringLiteral("Sivu 2 / 1 Sivu 3 / 1"));
     // The range was for that print only.
     QCOMPARE(dialog->engine()->fromPage(), -1);
-    QCOMPARE(dialog->engine()->toPage(), -1);
     printer->setOutputFileName(QString());
     printer->setPrintRange(QPrinter::AllPages);
     dialog->redrawPrintPreview();
@@ -306,7 +289,6 @@ void TestPrintPreviewDialog::printReportCopies_data()
     QTest::addColumn<QString>("printer");
     QTest::addColumn<int>("copies");
     QTest::addColumn<QString>("expected"); // printer, document and copies of each run
-    QTest::addRow("original only") << true << "HP" << 0 << "HP LaserJet 4 Koeraportti 1";
     QTest::addRow("two copies elsewhere")
         << true << "HP" << 2 << "HP LaserJet 4 Koeraportti 1|Kopiokone Ricoh Koeraportti (kopio) 2";
     // A name that matches nothing falls back to the default printer.
@@ -378,11 +360,8 @@ void TestPrintPreviewDialog::saveAs()
     QVERIFY2(QFile::exists(fileName), qPrintable(fileName));
     if (filter == 0) {
         QCOMPARE(PdfTools::pageCount(fileName), 4);
-        const QString info = PdfTools::info(fileName);
-        QVERIFY(info.contains(QRegularExpression(QStringLiteral("Title:\\s+Koeraportti"))));
-        QVERIFY(info.contains(QRegularExpression(QStringLiteral("Page size:\\s+595 x 842 pts"))));
-        QVERIFY(info.contains(QRegularExpression(
-            QStringLiteral("Creator:\\s+%1 ").arg(QCoreApplication::applicationName()))));
+        QVERIFY(PdfTools::info(fileName).contains(
+            QRegularExpression(QStringLiteral("Title:\\s+Koeraportti"))));
     } else {
         QFile file(fileName);
         QVERIFY(file.open(QIODevice::ReadOnly));
@@ -448,21 +427,17 @@ void TestPrintPreviewDialog::settingsKept()
     QCOMPARE(settings->value(QStringLiteral("printPreviewWindow/zoom")).toInt(), 13);
     QVERIFY(
         !settings->value(QStringLiteral("printPreviewWindow/geometry")).toByteArray().isEmpty());
-    auto dialog = newDialog();
-    QCOMPARE(dialog->zoomComboBox()->currentText(), QStringLiteral("150 %"));
-    QCOMPARE(dialog->closeAction()->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_W));
-    QCOMPARE(dialog->saveAction()->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_S));
-    QCOMPARE(dialog->windowTitle(), QStringLiteral("Tulosteen esikatselu"));
+    QCOMPARE(newDialog()->zoomComboBox()->currentText(), QStringLiteral("150 %"));
 }
 
+// The built-in layout for this preview only; the setting stays.
 void TestPrintPreviewDialog::invoiceLayouts()
 {
     const int invoiceId = m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 1001);
-    QVERIFY(invoiceId > 0);
     const int own = m_fixture.addPrintScript(QStringLiteral("Oma pohja"), QStringLiteral("invoice"),
         QStringLiteral("function print() { setFont('Arial', 12, 'normal');"
                        " drawText(20, 20, 120, 'OMA POHJA ' + get('invoices/0/number')); }"));
-    QVERIFY(own > 0);
+    QVERIFY(invoiceId > 0 && own > 0);
     QVERIFY(m_fixture.addPrintScript(QStringLiteral("Lista"), QStringLiteral("invoice-list"),
                 QStringLiteral("function print() {}"))
         > 0);
@@ -474,55 +449,40 @@ void TestPrintPreviewDialog::invoiceLayouts()
     for (QAction* action : dialog.layoutActions())
         names.append(action->text() + (action->isChecked() ? QStringLiteral(" *") : QString()));
     QCOMPARE(names, (QStringList { "Oletuslaskupohja", "Oma pohja *" }));
-    QVERIFY(!dialog.sendAction()->isEnabled());
-    QCOMPARE(dialog.layoutMenu()->title(), QStringLiteral("Lasku&pohja"));
-
     dialog.invoicePrintModel()->criteria().id = invoiceId;
     QVERIFY(dialog.updatePrintPreview(dialog.invoicePrintModel()));
-    const QString ownFile = m_dir.filePath(QStringLiteral("oma.pdf"));
-    QVERIFY(dialog.saveReport(ownFile, 0));
-    QVERIFY(PdfTools::text(ownFile).contains(QStringLiteral("OMA POHJA 1001")));
+    const QString file = m_dir.filePath(QStringLiteral("lasku.pdf"));
+    QVERIFY(dialog.saveReport(file, 0));
+    QVERIFY(PdfTools::text(file).contains(QStringLiteral("OMA POHJA 1001")));
 
-    // The built-in layout for this preview only; the setting stays.
     dialog.layoutActions().first()->trigger();
     QCOMPARE(dialog.printScriptId(), -1);
-    QVERIFY(dialog.layoutActions().first()->isChecked());
     QVERIFY(!dialog.layoutActions().last()->isChecked());
-    const QString builtIn = m_dir.filePath(QStringLiteral("oletus.pdf"));
-    QVERIFY(dialog.saveReport(builtIn, 0));
-    const QString text = PdfTools::text(builtIn);
-    QVERIFY(text.contains(QStringLiteral("LASKU")));
-    QVERIFY(!text.contains(QStringLiteral("OMA POHJA")));
-    QCOMPARE(m_fixture.registry()
-                 ->settings()
-                 ->property(QStringLiteral("printScripts/invoice"))
-                 .toString(),
-        QString::number(own));
+    QVERIFY(dialog.saveReport(file, 0));
+    const QString text = PdfTools::text(file);
+    QVERIFY(text.contains(QStringLiteral("LASKU")) && !text.contains(QStringLiteral("OMA POHJA")));
+    QCOMPARE(m_fixture.registry()->settings()->property("printScripts/invoice").toInt(), own);
 }
 
+// The chosen columns, sort order and orientation reach the report and are
+// kept for the next time.
 void TestPrintPreviewDialog::invoiceListColumnsAndSort()
 {
     QSettings* settings = m_fixture.registry()->appSettings();
     settings->remove(QStringLiteral("invoiceListPrint"));
     QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 2001, 0) > 0);
     QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 2002, 1) > 0);
+    const int hidden = (1 << InvoiceListPrintModel::ReferenceNumberColumn)
+        | (1 << InvoiceListPrintModel::DeliveryDateColumn);
     {
         InvoiceListPrintPreviewDialog dialog(m_fixture.registry());
-        QCOMPARE(dialog.columnMenu()->title(), QStringLiteral("Näytä/piilota sarake"));
         QStringList headings;
-        for (QAction* action : dialog.columnActions()) {
-            QVERIFY(action->isChecked());
-            headings.append(action->text());
-        }
+        for (QAction* action : dialog.columnActions())
+            headings.append(action->text() + (action->isChecked() ? "" : " -"));
         QCOMPARE(headings.join('|'),
             QStringLiteral("Laskun numero|Päivämäärä|Eräpäivä|Toimituspäivä|Asiakasnumero|"
                            "Asiakkaan nimi|Veroton|ALV|Verollinen|Avoin saldo|Viitenumero"));
-        QCOMPARE(dialog.sortComboBox()->itemText(10), QStringLiteral("Viitenumero"));
-        QCOMPARE(dialog.searchAction()->toolTip(), QStringLiteral("Haku (Ctrl+F)"));
         QVERIFY(dialog.updatePrintPreview(dialog.listModel()));
-        QVERIFY(dialog.portraitAction()->isEnabled());
-        QVERIFY(dialog.landscapeAction()->isEnabled());
-
         dialog.columnActions().at(InvoiceListPrintModel::ReferenceNumberColumn)->trigger();
         dialog.columnActions().at(InvoiceListPrintModel::DeliveryDateColumn)->trigger();
         dialog.sortComboBox()->setCurrentIndex(InvoiceListPrintModel::CustomerNameColumn);
@@ -536,39 +496,15 @@ void TestPrintPreviewDialog::invoiceListColumnsAndSort()
         QVERIFY2(text.indexOf(QStringLiteral("Nordic Timber AB"))
                 < text.indexOf(QStringLiteral("Rautakauppa Virtanen Oy")),
             qPrintable(text));
-        QVERIFY(PdfTools::info(fileName).contains(
-            QRegularExpression(QStringLiteral("Page size:\\s+842 x 595 pts"))));
+        QVERIFY(PdfTools::info(fileName).contains(QStringLiteral("842 x 595 pts")));
         dialog.reject();
     }
-    const int hidden = (1 << InvoiceListPrintModel::ReferenceNumberColumn)
-        | (1 << InvoiceListPrintModel::DeliveryDateColumn);
     QCOMPARE(settings->value(QStringLiteral("invoiceListPrint/columns")).toInt(),
         ((1 << 11) - 1) & ~hidden);
-    QCOMPARE(settings->value(QStringLiteral("invoiceListPrint/sort")).toInt(),
-        int(InvoiceListPrintModel::CustomerNameColumn));
-    QCOMPARE(settings->value(QStringLiteral("invoiceListPrint/orientation")).toString(),
-        QStringLiteral("landscape"));
-
     InvoiceListPrintPreviewDialog again(m_fixture.registry());
     QCOMPARE(again.orientation(), QPageLayout::Landscape);
     QCOMPARE(again.sortComboBox()->currentIndex(), int(InvoiceListPrintModel::CustomerNameColumn));
-    QVERIFY(!again.columnActions().at(InvoiceListPrintModel::ReferenceNumberColumn)->isChecked());
     QCOMPARE(again.listModel()->columnFlags(), ((1 << 11) - 1) & ~hidden);
-}
-
-void TestPrintPreviewDialog::paymentPreview()
-{
-    QSettings* settings = m_fixture.registry()->appSettings();
-    PaymentPrintPreviewDialog dialog(m_fixture.registry());
-    QCOMPARE(dialog.columnActions().size(), 10);
-    QCOMPARE(dialog.columnActions().last()->text(), QStringLiteral("Pankkitili"));
-    QVERIFY(dialog.updatePrintPreview(dialog.listModel()));
-    QCOMPARE(dialog.pageCount(), 1);
-    dialog.columnActions().at(0)->trigger();
-    dialog.accept();
-    QCOMPARE(settings->value(QStringLiteral("paymentPrint/columns")).toInt(), (1 << 10) - 2);
-    QCOMPARE(settings->value(QStringLiteral("paymentPrint/orientation")).toString(),
-        QStringLiteral("portrait"));
 }
 
 // Fills the invoice search that the action opens and accepts it.
@@ -617,18 +553,6 @@ void TestPrintPreviewDialog::paymentSearchDialog()
     QCOMPARE(criteria.dateFrom, QDate(2025, 3, 1));
     QCOMPARE(criteria.dateTo, QDate(2025, 3, 31));
     QCOMPARE(criteria.bankAccountId, -1);
-}
-
-void TestPrintPreviewDialog::invoiceRange()
-{
-    InvoiceRangeDialog dialog(QStringLiteral("Useita laskuja"), 1005, 1010);
-    QCOMPARE(dialog.firstNumber(), 1005);
-    QCOMPARE(dialog.lastNumber(), 1010);
-    // Moving one end past the other takes the other along.
-    dialog.firstSpinBox()->setValue(1020);
-    QCOMPARE(dialog.lastNumber(), 1020);
-    dialog.lastSpinBox()->setValue(1001);
-    QCOMPARE(dialog.firstNumber(), 1001);
 }
 
 QTEST_MAIN(TestPrintPreviewDialog)
