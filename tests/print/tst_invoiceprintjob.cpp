@@ -22,7 +22,6 @@ private slots:
     void initTestCase();
     void invoiceScript_data();
     void invoiceScript();
-    void otherScripts();
     void cautions_data();
     void cautions();
     void settings();
@@ -60,11 +59,6 @@ void TestInvoicePrintJob::initTestCase()
     m_fixture.registry()->loadSettings(m_dir.filePath(QStringLiteral("Veklari.ini")));
     m_storedId = m_fixture.addPrintScript(QStringLiteral("Oma lasku"), QStringLiteral("invoice"),
         QStringLiteral("function marker() { return 'oma'; }\nfunction print() {}"));
-    // Listed by type and name: "Alku" comes before "Loppu".
-    for (const char* name : { "Loppu", "Alku" })
-        QVERIFY(m_fixture.addPrintScript(QLatin1String(name), QStringLiteral("finvoice"),
-                    QStringLiteral("function marker() { return '%1'; }").arg(name))
-            > 0);
     QVERIFY(m_storedId > 0 && m_fixture.refresh());
     // All fall due on 15.3.2025 but 1002 on 30.4.; 1003 has no rows.
     QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 1001) > 0);
@@ -99,21 +93,6 @@ void TestInvoicePrintJob::invoiceScript()
     QVERIFY2(ScriptHelper(m_fixture.registry()).loadInvoiceScript(&engine),
         qPrintable(engine.lastError()));
     QCOMPARE(marker(engine), script);
-}
-
-// The first stored Finvoice script; the list reports always built in.
-void TestInvoicePrintJob::otherScripts()
-{
-    ECMAScriptEngine finvoice;
-    QVERIFY(ScriptHelper(m_fixture.registry()).loadFinvoiceScript(&finvoice));
-    QCOMPARE(marker(finvoice), QStringLiteral("Alku"));
-    QVERIFY(m_fixture.addPrintScript(QStringLiteral("customer-list"),
-                QStringLiteral("customer-list"), QStringLiteral("function marker() {}"))
-        > 0);
-    QVERIFY(m_fixture.refresh());
-    PrintScriptEngine list;
-    QVERIFY(ScriptHelper(m_fixture.registry()).loadCustomerListScript(&list));
-    QCOMPARE(marker(list), QStringLiteral("none"));
 }
 
 void TestInvoicePrintJob::cautions_data()

@@ -23,10 +23,6 @@ private slots:
     void paths();
     void vatBreakdown_data();
     void vatBreakdown();
-    void barcodes_data();
-    void barcodes();
-    void withoutBankAccounts();
-    void copiesAndSeveralInvoices();
     void csvWriter_data();
     void csvWriter();
     void exportToCsv_data();
@@ -182,88 +178,6 @@ void TestInvoicePrintModel::vatBreakdown()
     }
     QCOMPARE(model.value(QStringLiteral("invoices/0/totalAmountVatExcluded")),
         Decimal(totalExcluded, 2).toVariant());
-}
-
-// The virtual barcode built here from its parts: version, the IBAN's
-// digits, euros and cents, reference, due date.
-static QString expectedBarcode(int version, long long cents, const QString& reference)
-{
-    QString text = QString::number(version) + QStringLiteral("3457200020086597");
-    text += QString::number(cents).rightJustified(8, QLatin1Char('0'));
-    if (version == 4) {
-        text += QStringLiteral("000") + reference.rightJustified(20, QLatin1Char('0'));
-    } else {
-        // RF check digits: the reference followed by "RF00" as digits, mod 97.
-        int remainder = 0;
-        for (const QChar c : reference + QStringLiteral("271500"))
-            remainder = (remainder * 10 + c.digitValue()) % 97;
-        const QString check = QStringLiteral("%1").arg(98 - remainder, 2, 10, QLatin1Char('0'));
-        text += (check + reference).rightJustified(23, QLatin1Char('0'));
-    }
-    return text + QStringLiteral("250315");
-}
-
-void TestInvoicePrintModel::barcodes_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<int>("version");
-    QTest::addColumn<bool>("balance");
-    QTest::addRow("barcode") << "barcode" << 5 << false;
-    QTest::addRow("barcode4") << "barcode4" << 4 << false;
-    QTest::addRow("balance barcode4") << "balanceBarcode4" << 4 << true;
-}
-
-void TestInvoicePrintModel::barcodes()
-{
-    QFETCH(QString, path);
-    QFETCH(int, version);
-    QFETCH(bool, balance);
-    InvoicePrintModel model(m_fixture.registry());
-    QVERIFY(load(model, 1001));
-    const long long total = Expected::total(InvoiceFixture::sampleItems());
-    const QString barcode = model.value(QStringLiteral("invoices/0/") + path).toString();
-    QCOMPARE(barcode,
-        expectedBarcode(version, balance ? total - 50000 : total, withCheckDigit("100100")));
-}
-
-void TestInvoicePrintModel::withoutBankAccounts()
-{
-    TestDatabase* database = m_fixture.testDatabase();
-    QVERIFY(database->exec({ QStringLiteral("UPDATE bank_account SET visible = FALSE") }));
-    QVERIFY(m_fixture.refresh());
-    InvoicePrintModel model(m_fixture.registry());
-    const bool ran = load(model, 1001);
-    QVERIFY(database->exec({ QStringLiteral(
-        "UPDATE bank_account SET visible = TRUE WHERE iban <> 'FI1540060010033455'") }));
-    QVERIFY(m_fixture.refresh());
-    QVERIFY(ran);
-    QCOMPARE(model.value(QStringLiteral("seller/bankAccounts/length")), QVariant(0));
-    QCOMPARE(model.value(QStringLiteral("invoices/0/barcode")), QVariant(QStringLiteral("")));
-}
-
-// A copied invoice stands by itself; with several invoices loaded each one
-// sees its own rows.
-void TestInvoicePrintModel::copiesAndSeveralInvoices()
-{
-    QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::manyItems(3), 2001) > 0);
-    QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::manyItems(5), 2002, 1) > 0);
-    InvoicePrintModel all(m_fixture.registry());
-    QVERIFY(load(all, 2001, 2002));
-    QCOMPARE(all.value(QStringLiteral("invoices/1/items/length")), QVariant(5));
-    QCOMPARE(all.value(QStringLiteral("invoices/0/items/length")), QVariant(3));
-
-    InvoicePrintModel single(m_fixture.registry());
-    single.copyInvoice(&all, 1);
-    const QString barcode = all.value(QStringLiteral("invoices/1/barcode")).toString();
-    all.clear();
-    QCOMPARE(single.invoiceCount(), 1);
-    QCOMPARE(single.value(QStringLiteral("invoices/0/items/4/text")).toString(),
-        QStringLiteral("Työvaihe 5"));
-    QCOMPARE(single.value(QStringLiteral("invoices/0/customer/language")).toString(),
-        QStringLiteral("sv"));
-    // The seller's accounts come along.
-    QVERIFY(!barcode.isEmpty());
-    QCOMPARE(single.value(QStringLiteral("invoices/0/barcode")).toString(), barcode);
 }
 
 // The report CSV tests read formulas, phone numbers, quotes and negative

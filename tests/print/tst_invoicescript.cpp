@@ -2,7 +2,6 @@
 #include "invoicefixture.h"
 #include "pdftools.h"
 
-#include <QBuffer>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -22,7 +21,6 @@ private slots:
     void manyRowsBreakPages();
     void language_data();
     void language();
-    void logo();
 
 private:
     // Prints a new invoice of these rows; the file name, empty on failure.
@@ -215,31 +213,6 @@ void TestInvoiceScript::language()
     const QString text = PdfTools::text(file);
     QVERIFY2(text.contains(title), qPrintable(text));
     QVERIFY2(text.contains(label), qPrintable(text));
-}
-
-// The logo takes the place of the seller's name in the address block (the
-// form and the footer still name the seller): 85 x 20 mm at (25, 12)
-// keeping the 3:1 shape, 60 mm wide.
-void TestInvoiceScript::logo()
-{
-    QImage logo(600, 200, QImage::Format_RGB32);
-    logo.fill(QColor(20, 40, 120));
-    QByteArray png;
-    QBuffer buffer(&png);
-    QVERIFY(buffer.open(QIODevice::WriteOnly) && logo.save(&buffer, "PNG"));
-    QVERIFY(m_fixture.setLogo(png));
-    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/logoHeight"), QStringLiteral("20")));
-    const QString file = print(InvoiceFixture::sampleItems(), 1601);
-    QVERIFY(m_fixture.setLogo(QByteArray()));
-    QCOMPARE(PdfTools::text(file).count(QStringLiteral("Kuusela Design Oy")), 2);
-    const int dpi = 100;
-    const QImage page = PdfTools::renderPage(file, 1, dpi);
-    auto gray = [&](double x, double y) {
-        return qGray(page.pixel(int(x / 25.4 * dpi), int(y / 25.4 * dpi)));
-    };
-    QVERIFY(gray(30, 14) < 100 && gray(80, 30) < 100);
-    QCOMPARE(gray(90, 22), 255);
-    QCOMPARE(gray(50, 34), 255);
 }
 
 QTEST_MAIN(TestInvoiceScript)

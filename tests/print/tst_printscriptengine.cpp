@@ -5,13 +5,8 @@
 #include "print/printscriptengine.h"
 #include "print/scriptpdfwriter.h"
 
-#include <QDir>
-#include <QLocale>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <array>
-#include <cmath>
 
 // A model of fixed values for the engine's data functions.
 class TableModel : public PrintModel
@@ -46,9 +41,6 @@ private slots:
     void pageRanges();
     void textDrawing_data();
     void textDrawing();
-    void pageGeometry_data();
-    void pageGeometry();
-    void boundingRectMatchesDrawing();
     void drawImageKeepsAspectRatio();
     void failuresLeaveNoPdf();
 
@@ -235,56 +227,6 @@ void TestPrintScriptEngine::textDrawing()
         QVERIFY2(text.contains(word), qPrintable(text));
     for (const QString& word : absent.split('|', Qt::SkipEmptyParts))
         QVERIFY2(!text.contains(word), qPrintable(text));
-}
-
-void TestPrintScriptEngine::pageGeometry_data()
-{
-    QTest::addColumn<int>("orientation");
-    QTest::addColumn<QString>("geometry");
-    QTest::addRow("portrait") << int(QPageLayout::Portrait) << "0,0,210,297;0,0,210,297;1";
-    QTest::addRow("landscape") << int(QPageLayout::Landscape) << "0,0,297,210;0,0,297,210;2";
-}
-
-void TestPrintScriptEngine::pageGeometry()
-{
-    QFETCH(int, orientation);
-    QFETCH(QString, geometry);
-    PrintScriptEngine engine;
-    const QString file = render(engine,
-        "function r(x) { return [x.x, x.y, x.width, x.height].map(Math.round).join(); }\n"
-        "var outside = typeof pageRect() + typeof orientation();\n"
-        "var inside;\n"
-        "function print() { inside = r(pageRect()) + ';' + r(paperRect()) + ';' + orientation(); "
-        "}\n",
-        QPageLayout::Orientation(orientation));
-    QVERIFY2(!file.isEmpty(), qPrintable(m_error));
-    QCOMPARE(global(engine, "inside"), geometry);
-    // Outside a run the page queries give nothing.
-    QCOMPARE(global(engine, "outside"), QStringLiteral("undefinedundefined"));
-}
-
-void TestPrintScriptEngine::boundingRectMatchesDrawing()
-{
-    PrintScriptEngine engine;
-    const QString file = render(engine,
-        "var checks, noText;\n"
-        "function h(r) { return r.height; }\n"
-        "function print() {\n"
-        "  setFont('Arial', 10, 'normal');\n"
-        "  var line = boundingRect('Kuusela Design Oy');\n"
-        "  var wide = boundingRect('Kuusela Design Oy Kuusela Design Oy');\n"
-        "  var one = boundingRect(10, 10, 100, 50, 'lyhyt');\n"
-        "  var two = boundingRect(10, 10, 100, 50, 'lyhyt\\ntoinen');\n"
-        "  var capped = boundingRect(10, 10, 100, 6, 'a\\nb\\nc\\nd');\n"
-        "  try { boundingRect(); } catch (e) { noText = e.message; }\n"
-        "  checks = [line.width > 20 && line.width < 40, wide.width > 1.9 * line.width,\n"
-        "    Math.abs(h(one) - line.height) < 0.3, Math.abs(h(two) - 2 * h(one)) < 0.3,\n"
-        "    Math.abs(h(capped) - 2 * h(one)) < 0.3,\n"
-        "    Math.abs(one.x - 10) < 0.05 && Math.abs(one.y - 10) < 0.05].join();\n"
-        "}\n");
-    QVERIFY2(!file.isEmpty(), qPrintable(m_error));
-    QCOMPARE(global(engine, "checks"), QStringLiteral("true,true,true,true,true,true"));
-    QCOMPARE(global(engine, "noText"), QStringLiteral("vähintään 1 parametri"));
 }
 
 void TestPrintScriptEngine::drawImageKeepsAspectRatio()

@@ -9,7 +9,6 @@
 #include "ui/scripterrordialog.h"
 
 #include <QCheckBox>
-#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -52,10 +51,7 @@ private slots:
     void testRun();
     void saveChecksTheName_data();
     void saveChecksTheName();
-    void unsavedChangesNeedConfirmation();
     void deletingTheDefaultRestoresBuiltIn();
-    void errorLocation_data();
-    void errorLocation();
     void errorDialogShowsLocation();
 
 private:
@@ -205,32 +201,6 @@ void TestScriptEditorDialog::saveChecksTheName()
     QCOMPARE(editor.currentId(), -1);
 }
 
-void TestScriptEditorDialog::unsavedChangesNeedConfirmation()
-{
-    const int lists = m_fixture.addPrintScript(QStringLiteral("Asiakkaat"),
-        QStringLiteral("customer-list"), QStringLiteral("function print() {}"));
-    QVERIFY(lists > 0 && m_fixture.refresh());
-    Editor editor(m_fixture.registry());
-    auto* list = child<QListWidget>(&editor, "scripts");
-    editor.selectScript(m_fixture.registry()->settings()->property("printScripts/invoice").toInt());
-    const int first = editor.currentId();
-    child<QPlainTextEdit>(&editor, "source")->appendPlainText(QStringLiteral("// muutos"));
-    editor.answer = false;
-    list->setCurrentRow(1 - list->currentRow());
-    QCOMPARE(editor.questions, 1);
-    QCOMPARE(editor.currentId(), first);
-    editor.answer = true;
-    list->setCurrentRow(1 - list->currentRow());
-    QCOMPARE(editor.questions, 2);
-    QCOMPARE(editor.currentId(), lists);
-    // A list layout is never the invoice layout.
-    QCOMPARE(child<QLineEdit>(&editor, "name")->text(), QStringLiteral("Asiakkaat"));
-    QCOMPARE(child<QComboBox>(&editor, "type")->currentData().toString(),
-        QStringLiteral("customer-list"));
-    QVERIFY(!child<QCheckBox>(&editor, "defaultInvoice")->isEnabled());
-    QVERIFY(!editor.isModified());
-}
-
 void TestScriptEditorDialog::deletingTheDefaultRestoresBuiltIn()
 {
     Editor editor(m_fixture.registry());
@@ -245,40 +215,6 @@ void TestScriptEditorDialog::deletingTheDefaultRestoresBuiltIn()
     const QString fonts = printedFonts(QStringLiteral("deleted.pdf"));
     QVERIFY2(fonts.contains(QStringLiteral("LiberationSans")), qPrintable(fonts));
     QVERIFY(!fonts.contains(QStringLiteral("LiberationSerif")));
-}
-
-void TestScriptEditorDialog::errorLocation_data()
-{
-    QTest::addColumn<QString>("error");
-    QTest::addColumn<bool>("found");
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<int>("line");
-    QTest::addRow("native function")
-        << "TypeError: vähintään 3 parametria\n"
-           "    at [anon] (/src/util/ecmascriptengine.cpp:166) internal\n"
-           "    at [anon] () native strict preventsyield\n"
-           "    at print (eval:12) preventsyield"
-        << true << "eval" << 12;
-    QTest::addRow("module") << "Error: moduuli rikki\n"
-                               "    at [anon] (rikki:3)\n"
-                               "    at require () native strict preventsyield\n"
-                               "    at eval (eval:1) preventsyield"
-                            << true << "rikki" << 3;
-    QTest::addRow("compiler line only") << "SyntaxError: parse error (line 7)" << true << "" << 7;
-    QTest::addRow("plain text") << "pelkkä teksti" << false << "" << 0;
-}
-
-void TestScriptEditorDialog::errorLocation()
-{
-    QFETCH(QString, error);
-    QFETCH(bool, found);
-    QFETCH(QString, file);
-    QFETCH(int, line);
-    QString parsedFile = QStringLiteral("x");
-    int parsedLine = -1;
-    QCOMPARE(ScriptErrorDialog::parseLocation(error, &parsedFile, &parsedLine), found);
-    QCOMPARE(parsedFile, file);
-    QCOMPARE(parsedLine, line);
 }
 
 void TestScriptEditorDialog::errorDialogShowsLocation()

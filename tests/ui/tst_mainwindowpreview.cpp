@@ -115,16 +115,17 @@ void TestMainWindowPreview::invoiceCommands_data()
     QTest::addColumn<QString>("action");
     QTest::addColumn<int>("first"); // the current invoice, or the range asked for
     QTest::addColumn<int>("last");
-    QTest::addColumn<QString>("boxes");
-    QTest::addColumn<int>("printType");
+    QTest::addColumn<QString>("shown"); // the message boxes and the preview
     // The preview is on by default: nothing to ask.
-    QTest::addRow("invoice") << "printAction" << 1 << 1 << "" << 0;
+    QTest::addRow("invoice") << "printAction" << 1 << 1 << "1 as type 0 on 1 pages";
     // Invoice 2 falls due in a month.
     QTest::addRow("reminder not yet due")
         << "printReminderAction" << 2 << 2
-        << "Huomaathan, että yksi tai usempi laskuista ei ole vielä erääntynyt." << 3;
-    QTest::addRow("several receipts") << "printReceiptsAction" << 1 << 3
-                                      << "Huomaathan, että lasku ei ole vielä erääntynyt." << 4;
+        << "Huomaathan, että yksi tai usempi laskuista ei ole vielä erääntynyt.|2 as type 3 on 1 "
+           "pages";
+    QTest::addRow("several receipts")
+        << "printReceiptsAction" << 1 << 3
+        << "Huomaathan, että lasku ei ole vielä erääntynyt.|1 2 3 as type 4 on 3 pages";
 }
 
 // The print commands open the invoice preview with the right invoices
@@ -134,8 +135,7 @@ void TestMainWindowPreview::invoiceCommands()
     QFETCH(QString, action);
     QFETCH(int, first);
     QFETCH(int, last);
-    QFETCH(QString, boxes);
-    QFETCH(int, printType);
+    QFETCH(QString, shown);
     QVERIFY(m_window->goToInvoice(0));
     for (int i = 1; i < 3 && m_window->model()->invoice()->number != first; ++i)
         QVERIFY(m_window->goToInvoice(i));
@@ -148,26 +148,19 @@ void TestMainWindowPreview::invoiceCommands()
         range->lastSpinBox()->setValue(last);
         return int(QDialog::Accepted);
     };
-    QList<int> numbers;
-    int type = -1;
-    int pages = 0;
-    const QStringList shown = trigger(qPrintable(action), [&](QDialog* dialog) {
-        auto* preview = qobject_cast<InvoicePrintPreviewDialog*>(dialog);
-        if (!preview)
-            return;
-        InvoicePrintModel* model = preview->invoicePrintModel();
-        for (int i = 0; i < model->invoiceCount(); ++i)
-            numbers.append(model->invoice(i)->number);
-        type = model->printType();
-        pages = preview->pageCount();
+    QStringList preview;
+    QStringList boxes = trigger(qPrintable(action), [&](QDialog* dialog) {
+        if (auto* invoices = qobject_cast<InvoicePrintPreviewDialog*>(dialog)) {
+            InvoicePrintModel* model = invoices->invoicePrintModel();
+            for (int i = 0; i < model->invoiceCount(); ++i)
+                preview.append(QString::number(model->invoice(i)->number));
+            preview.append(QStringLiteral("as type %1 on %2 pages")
+                               .arg(model->printType())
+                               .arg(invoices->pageCount()));
+        }
     });
-    QCOMPARE(shown.join('|'), boxes);
-    QList<int> expected;
-    for (int number = first; number <= last; ++number)
-        expected.append(number);
-    QCOMPARE(numbers, expected);
-    QCOMPARE(type, printType);
-    QCOMPARE(pages, expected.size());
+    boxes.append(preview.join(' '));
+    QCOMPARE(boxes.join('|'), shown);
 }
 
 void TestMainWindowPreview::reports_data()

@@ -1,5 +1,4 @@
 #include "core/registry.h"
-#include "domain/paymentcriteria.h"
 #include "domain/settings.h"
 #include "invoicefixture.h"
 #include "pdftools.h"
@@ -9,24 +8,16 @@
 #include "print/printscriptengine.h"
 #include "ui/invoicelistprintpreviewdialog.h"
 #include "ui/invoiceprintpreviewdialog.h"
-#include "ui/paymentcriteriadialog.h"
 #include "ui/paymentprintpreviewdialog.h"
 #include "ui/printpreviewdialog.h"
-#include "ui/searchdialog.h"
 
 #include <QAction>
 #include <QComboBox>
-#include <QFile>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMenu>
 #include <QPrintPreviewWidget>
 #include <QPrinter>
-#include <QSettings>
 #include <QSpinBox>
-#include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QTimer>
 #include <QtTest>
 
 namespace {
@@ -79,13 +70,6 @@ QByteArray pagesScript(int orientations)
     return script;
 }
 
-struct PrintRun
-{
-    QString printer;
-    QString documentName;
-    int copies;
-};
-
 // Answers its messages itself and prints nowhere unless asked to.
 class TestPreviewDialog : public PrintPreviewDialog
 {
@@ -95,7 +79,7 @@ public:
     QStringList messages;
     QStringList scriptErrors;
     QStringList printers;
-    QList<PrintRun> runs;
+    QStringList runs; // printer, document and copies of each run
     bool reallyPrint = false;
 
     void showScriptError(const QString& error) override { scriptErrors.append(error); }
@@ -106,7 +90,9 @@ protected:
     QString defaultPrinterName() const override { return printers.value(0); }
     bool runPrintScript(QPrinter* printer) override
     {
-        runs.append({ selectedPrinterName(), printer->docName(), printer->copyCount() });
+        runs.append(QStringLiteral("%1 %2 %3")
+                        .arg(selectedPrinterName(), printer->docName())
+                        .arg(printer->copyCount()));
         return reallyPrint ? PrintPreviewDialog::runPrintScript(printer) : true;
     }
 };
@@ -130,14 +116,10 @@ private slots:
     void printReportCopies();
     void saveAs_data();
     void saveAs();
-    void saveFailure();
-    void modelFailure();
+    void failures();
     void scriptErrorShownAfterPainting();
-    void settingsKept();
     void invoiceLayouts();
     void invoiceListColumnsAndSort();
-    void searchFromTheListPreview();
-    void paymentSearchDialog();
 
 private:
     std::unique_ptr<TestPreviewDialog> newDialog(int orientations = 3);
@@ -233,28 +215,22 @@ void TestPrintPreviewDialog::orientations()
     QVERIFY2(text.contains(QStringLiteral("Sivu 1 / %1").arg(landscape ? 2 : 1)), qPrintable(text));
 }
 
+// A shorter report after a redraw starts again from its first page.
 void TestPrintPreviewDialog::paging()
 {
     auto dialog = newDialog();
     QVERIFY(!dialog->printAction()->isEnabled());
     QVERIFY(dialog->updatePrintPreview(&m_model));
     QCOMPARE(dialog->pageCountLabel()->text(), QStringLiteral("/ 4"));
-    QCOMPARE(dialog->pageSpinBox()->maximum(), 4);
-    QVERIFY(!dialog->previousPageAction()->isEnabled());
     dialog->nextPageAction()->trigger();
     QCOMPARE(dialog->pageSpinBox()->value(), 2);
-    QVERIFY(dialog->previousPageAction()->isEnabled());
     dialog->lastPageAction()->trigger();
     QCOMPARE(dialog->currentPage(), 4);
     QVERIFY(!dialog->nextPageAction()->isEnabled());
-    dialog->firstPageAction()->trigger();
-    QCOMPARE(dialog->currentPage(), 1);
-
-    // A shorter report after a redraw starts again from its first page.
     m_model.pages = 1;
     QVERIFY(dialog->updatePrintPreview(&m_model));
+    QCOMPARE(dialog->currentPage(), 1);
     QCOMPARE(dialog->pageCountLabel()->text(), QStringLiteral("/ 1"));
-    QVERIFY(!dialog->nextPageAction()->isEnabled());
 }
 
 void TestPrintPreviewDialog::pageRangePrintsOnlyThosePages()
@@ -270,7 +246,7 @@ void TestPrintPreviewDialog::pageRangePrintsOnlyThosePages()
     printer->setFromTo(2, 3);
     dialog->printDialogAccepted();
     QCOMPARE(dialog->runs.size(), 1);
-    QCOMPARE(dialog->runs.first().documentName, QStringLiteral("Koeraportti"));
+    QVERIFY(dialog->runs.first().contains(QStringLiteral(" Koeraportti ")));
     QVERIFY(dialog->scriptErrors.isEmpty());
 
     QCOMPARE(PdfTools::pageCount(fileName), 2);
@@ -313,10 +289,7 @@ void TestPrintPreviewDialog::printReportCopies()
     dialog->setNumberOfCopies(copies);
     QVERIFY(dialog->updatePrintPreview(&m_model));
     QCOMPARE(dialog->printReport(), installed);
-    QStringList runs = dialog->messages;
-    for (const PrintRun& run : std::as_const(dialog->runs))
-        runs.append(QStringLiteral("%1 %2 %3").arg(run.printer, run.documentName).arg(run.copies));
-    QCOMPARE(runs.join('|'), expected);
+    QCOMPARE((dialog->messages + dialog->runs).join('|'), expected);
     if (installed)
         QCOMPARE(dialog->printer()->docName(), QStringLiteral("Koeraportti"));
 }
@@ -370,7 +343,7 @@ void TestPrintPreviewDialog::saveAs()
     QFile::remove(fileName);
 }
 
-void TestPrintPreviewDialog::saveFailure()
+void TestPrintPreviewDialog::failures()
 {
     auto dialog = newDialog();
     QVERIFY(dialog->updatePrintPreview(&m_model));
@@ -384,18 +357,13 @@ void TestPrintPreviewDialog::saveFailure()
     QVERIFY2(dialog->messages.first().startsWith(
                  QStringLiteral("Tulosteen tallentaminen epäonnistui. ")),
         qPrintable(dialog->messages.first()));
-    QVERIFY(!QFile::exists(target + QStringLiteral(".pdf")));
-}
 
-void TestPrintPreviewDialog::modelFailure()
-{
-    auto dialog = newDialog();
+    dialog = newDialog();
     m_model.fail = true;
     QVERIFY(!dialog->updatePrintPreview(&m_model));
-    QCOMPARE(dialog->messages, QStringList { "Tulosteen muodostaminen epäonnistui. levy täynnä" });
-    QVERIFY(!dialog->model());
-    QVERIFY(!dialog->saveAction()->isEnabled());
     m_model.fail = false;
+    QCOMPARE(dialog->messages, QStringList { "Tulosteen muodostaminen epäonnistui. levy täynnä" });
+    QVERIFY(!dialog->saveAction()->isEnabled());
 }
 
 void TestPrintPreviewDialog::scriptErrorShownAfterPainting()
@@ -412,22 +380,6 @@ void TestPrintPreviewDialog::scriptErrorShownAfterPainting()
     QVERIFY(dialog->scriptErrors.first().contains(QStringLiteral("missingFunction")));
     // What was drawn before the error is shown.
     QCOMPARE(dialog->pageCount(), 1);
-}
-
-void TestPrintPreviewDialog::settingsKept()
-{
-    QSettings* settings = m_fixture.registry()->appSettings();
-    {
-        auto dialog = newDialog();
-        QVERIFY(dialog->updatePrintPreview(&m_model));
-        dialog->zoomComboBox()->setCurrentIndex(13); // 150 %
-        dialog->closeAction()->trigger();
-        QVERIFY(!dialog->isVisible());
-    }
-    QCOMPARE(settings->value(QStringLiteral("printPreviewWindow/zoom")).toInt(), 13);
-    QVERIFY(
-        !settings->value(QStringLiteral("printPreviewWindow/geometry")).toByteArray().isEmpty());
-    QCOMPARE(newDialog()->zoomComboBox()->currentText(), QStringLiteral("150 %"));
 }
 
 // The built-in layout for this preview only; the setting stays.
@@ -505,54 +457,6 @@ void TestPrintPreviewDialog::invoiceListColumnsAndSort()
     QCOMPARE(again.orientation(), QPageLayout::Landscape);
     QCOMPARE(again.sortComboBox()->currentIndex(), int(InvoiceListPrintModel::CustomerNameColumn));
     QCOMPARE(again.listModel()->columnFlags(), ((1 << 11) - 1) & ~hidden);
-}
-
-// Fills the invoice search that the action opens and accepts it.
-void TestPrintPreviewDialog::searchFromTheListPreview()
-{
-    InvoiceListPrintPreviewDialog dialog(m_fixture.registry());
-    QVERIFY(dialog.updatePrintPreview(dialog.listModel()));
-    bool filled = false;
-    QTimer::singleShot(0, this, [&]() {
-        if (auto* search = qobject_cast<SearchDialog*>(QApplication::activeModalWidget())) {
-            search->findChild<QLineEdit*>(QStringLiteral("textEdit"))->setText("*kirja*");
-            filled = true;
-            search->accept();
-        }
-    });
-    dialog.searchAction()->trigger();
-    QVERIFY(filled);
-    // The report ran again with the new criteria.
-    const QString fileName = m_dir.filePath(QStringLiteral("haku.pdf"));
-    QVERIFY(dialog.saveReport(fileName, 0));
-    QVERIFY(PdfTools::text(fileName).contains(QStringLiteral("Hakusanalla *kirja*")));
-
-    // Cancelling changes nothing.
-    QTimer::singleShot(0, this, [&]() {
-        if (auto* search = qobject_cast<SearchDialog*>(QApplication::activeModalWidget())) {
-            search->clearFields();
-            search->reject();
-        }
-    });
-    dialog.searchAction()->trigger();
-    QCOMPARE(dialog.listModel()->criteria().text, QStringLiteral("*kirja*"));
-}
-
-void TestPrintPreviewDialog::paymentSearchDialog()
-{
-    PaymentCriteria criteria;
-    criteria.dateFrom = QDate(2025, 2, 1);
-    criteria.bankAccountId = m_fixture.registry()->bankAccountAt(1)->id;
-    PaymentCriteriaDialog dialog(m_fixture.registry(), &criteria);
-    QCOMPARE(dialog.dateFromEdit()->text(), QStringLiteral("1.2.2025"));
-    QCOMPARE(dialog.bankAccountCombo()->currentText(), QStringLiteral("Nordea"));
-    dialog.dateFromEdit()->setText(QStringLiteral("1.3.2025"));
-    dialog.dateToEdit()->setText(QStringLiteral("31.3.2025"));
-    dialog.bankAccountCombo()->setCurrentIndex(0); // every account
-    dialog.accept();
-    QCOMPARE(criteria.dateFrom, QDate(2025, 3, 1));
-    QCOMPARE(criteria.dateTo, QDate(2025, 3, 31));
-    QCOMPARE(criteria.bankAccountId, -1);
 }
 
 QTEST_MAIN(TestPrintPreviewDialog)

@@ -7,14 +7,12 @@
 #include "util/ecmascriptengine.h"
 #include "util/scriptloader.h"
 
-#include <QStandardPaths>
 #include <QtTest>
 #include <array>
 #include <memory>
 
-// An engine with a few native functions: describe() tells how the argument
-// readers see its argument, needThree() wants three arguments, report() hands a text to the test,
-// and "counter" is an accessor property.
+// An engine with a few native functions: needThree() wants three arguments, report() hands a text
+// to the test, and "counter" is an accessor property.
 class TestEngine : public ECMAScriptEngine
 {
     Q_OBJECT
@@ -26,7 +24,6 @@ public:
     {
         ECMAScriptEngine::initialize();
         duk_push_global_object(context());
-        registerFunc("describe", this, "envDescribe()");
         registerFunc("needThree", this, "envNeedThree()");
         registerFunc("report", this, "envReport()");
         registerProperty("counter", this, "envCounter()", "envSetCounter()");
@@ -35,20 +32,6 @@ public:
     }
 
 public slots:
-    // string|int|double|bool|date, "null" and "-" for nothing read.
-    int envDescribe()
-    {
-        bool intOk = false;
-        bool doubleOk = false;
-        const int number = intArg(0, intOk);
-        const double real = doubleArg(0, doubleOk);
-        const QString text = stringArg(0);
-        pushString(QStringList { text.isNull() ? "null" : text,
-            intOk ? QString::number(number) : "-", doubleOk ? QString::number(real, 'g', 12) : "-",
-            boolArg(0) ? "true" : "false", dateArg(0).toString(Qt::ISODate) }
-                       .join(QLatin1Char('|')));
-        return 1;
-    }
     int envNeedThree()
     {
         checkArgCount(3);
@@ -84,9 +67,6 @@ private slots:
     void cleanupTestCase() { m_registry.setDatabase(nullptr); }
     void scripts_data();
     void scripts();
-    void argumentReaders_data();
-    void argumentReaders();
-    void initializeForgetsEverything();
     void errorsAreLogged();
     void scriptLoader();
 
@@ -190,47 +170,6 @@ void TestECMAScriptEngine::scripts()
     const QStringList parts = outcome.mid(1).split(QLatin1Char('|'));
     QVERIFY2(engine.lastError().startsWith(parts.at(0)), qPrintable(engine.lastError()));
     QVERIFY2(engine.lastError().contains(parts.at(1)), qPrintable(engine.lastError()));
-}
-
-void TestECMAScriptEngine::argumentReaders_data()
-{
-    QTest::addColumn<QString>("argument");
-    QTest::addColumn<QString>("read"); // string|int|double|bool|date, "null" and "-" for none
-    const QList<std::array<const char*, 3>> rows {
-        // Six significant digits in exponent form; ToInt32 wraps modulo 2^32.
-        { "beyond 32 bits", "4294967297", "4.29497e+09|1|4294967297|false|" },
-        { "text", "'Hämeenkatu €'", "Hämeenkatu €|-|-|false|" },
-        { "number as text", "'42'", "42|-|-|false|" },
-        { "iso date", "'2025-03-15'", "2025-03-15|-|-|false|2025-03-15" },
-        { "true", "true", "null|-|-|true|" },
-        { "date object", "new Date(2025, 2, 15)", "null|-|-|false|" },
-    };
-    for (const auto& row : rows)
-        QTest::newRow(row[0]) << QString::fromUtf8(row[1]) << QString::fromUtf8(row[2]);
-}
-
-void TestECMAScriptEngine::argumentReaders()
-{
-    QFETCH(QString, argument);
-    QFETCH(QString, read);
-    TestEngine engine;
-    QVERIFY2(engine.evaluate(QStringLiteral("report(describe(%1));").arg(argument).toUtf8()),
-        qPrintable(engine.lastError()));
-    QCOMPARE(engine.result, read);
-}
-
-// A second script adds to the globals of the first; initialize() starts
-// afresh with the native functions only.
-void TestECMAScriptEngine::initializeForgetsEverything()
-{
-    TestEngine engine;
-    QVERIFY(engine.evaluate("var kept = 'first'; function f() { return 1; }"));
-    QVERIFY(engine.evaluate("report(kept + typeof f);"));
-    QCOMPARE(engine.result, QStringLiteral("firstfunction"));
-    engine.initialize();
-    QVERIFY(!engine.isEvaluated());
-    QVERIFY(engine.evaluate("report(typeof kept + typeof f + typeof describe);"));
-    QCOMPARE(engine.result, QStringLiteral("undefinedundefinedfunction"));
 }
 
 // A thrown non-error value is reported as text.

@@ -1,5 +1,4 @@
 #include "core/registry.h"
-#include "domain/bankaccount.h"
 #include "domain/customer.h"
 #include "domain/invoice.h"
 #include "domain/settings.h"
@@ -22,7 +21,6 @@ private slots:
     void braces_data();
     void braces();
     void extraVariables();
-    void barcodeUsesFirstPrintedAccount();
     void fileNames_data();
     void fileNames();
     void addSuffixToFilename();
@@ -52,7 +50,6 @@ void TestTemplateStringHelper::init()
     m_customer.emailAddress = QStringLiteral("äiti+lasku@esimerkki.fi");
     m_customer.vatNumber = QStringLiteral("FI12345671");
     m_customer.setProperty(QStringLiteral("c1"), QStringLiteral("Oma kenttä"));
-    m_registry.copyBankAccountsFrom({});
     m_registry.settings()->setProperty(
         QStringLiteral("settings/periodForComplaints"), QStringLiteral("8 päivää"));
 }
@@ -162,29 +159,6 @@ void TestTemplateStringHelper::extraVariables()
     QCOMPARE(expand("\"{{path}}\""), QStringLiteral("\"\\\"hi\\\" C:\\\\a.pdf\""));
     helper.clearVariables();
     QCOMPARE(expand("{{number}}{{subject}}"), QStringLiteral("42"));
-}
-
-// Version, the digits of the first account that is shown and not removed,
-// then euros and cents of the total or the balance.
-void TestTemplateStringHelper::barcodeUsesFirstPrintedAccount()
-{
-    BankAccount accounts[3];
-    const char* const ibans[]
-        = { "FI2112345600000785", "FI5810171000000122", "FI7944052020036082" };
-    for (int i = 0; i < 3; ++i)
-        accounts[i].iban = QLatin1String(ibans[i]);
-    accounts[0].visible = false;
-    accounts[1].deleted = true;
-    m_registry.copyBankAccountsFrom({ &accounts[0], &accounts[1], &accounts[2] });
-    TemplateStringHelper helper(&m_registry);
-    auto value = [&](const char* name) {
-        return helper.valueForVariable(QLatin1String(name), &m_invoice, nullptr);
-    };
-    QCOMPARE(value("barcode").left(25), QStringLiteral("4794405202003608200098765"));
-    QCOMPARE(value("balanceBarcode5").left(25), QStringLiteral("5794405202003608200000100"));
-    accounts[2].visible = false;
-    m_registry.copyBankAccountsFrom({ &accounts[0], &accounts[1], &accounts[2] });
-    QVERIFY(value("barcode").isEmpty() && !value("barcode").isNull());
 }
 
 void TestTemplateStringHelper::fileNames_data()
