@@ -24,43 +24,11 @@
 #include <QTableView>
 #include <QtTest>
 
-bool TestWindow::askQuestion(const QString& question)
-{
-    questions.append(question);
-    return answer;
-}
-
-void TestWindow::showCriticalMessage(const QString& message)
-{
-    messages.append(message);
-}
-
-void TestWindow::showWarningMessage(const QString& message)
-{
-    messages.append(message);
-}
-
-int TestWindow::execDialog(QDialog* dialog)
-{
-    return dialogHandler ? dialogHandler(dialog) : int(QDialog::Rejected);
-}
-
-bool TestWindow::openUrl(const QUrl& url)
-{
-    openedUrls.append(url);
-    return urlOpens;
-}
-
 WindowFixture::WindowFixture() = default;
 
 WindowFixture::~WindowFixture()
 {
     stop();
-}
-
-QString WindowFixture::configFile() const
-{
-    return m_dir.filePath(QStringLiteral("Veklari.ini"));
 }
 
 bool WindowFixture::start(const QDate& today)
@@ -109,28 +77,34 @@ QAction* WindowFixture::action(const char* name) const
     return action;
 }
 
+namespace {
+
+template<typename T>
+int saved(Database* database, T& record, bool (Query::*save)(T*))
+{
+    std::unique_ptr<Query> query(database->query());
+    if (!(query.get()->*save)(&record))
+        qWarning("%s", qPrintable(query->lastError()));
+    return record.id;
+}
+
+} // namespace
+
 int WindowFixture::addCustomer(
     const QString& name, const QString& paymentTerms, const QString& referenceNumber)
 {
-    std::unique_ptr<Query> query(database()->query());
+    static int number = 100;
     Customer customer;
-    customer.number = m_registry->customerCount() + 100;
-    for (int i = 0; i < m_registry->customerCount(); ++i)
-        customer.number = qMax(customer.number, m_registry->customerAt(i)->number + 1);
-    static int extra = 0;
-    customer.number += extra++;
+    customer.number = ++number;
     customer.name = name;
     customer.paymentTerms = paymentTerms;
     customer.referenceNumber = referenceNumber;
-    if (!query->saveCustomer(&customer))
-        qWarning("%s", qPrintable(query->lastError()));
-    return customer.id;
+    return saved(database(), customer, &Query::saveCustomer);
 }
 
 int WindowFixture::addProduct(const QString& number, const QString& name, const QString& unit,
     long long amount, int vatRate, bool vatExcluded)
 {
-    std::unique_ptr<Query> query(database()->query());
     Product product;
     product.number = number;
     product.name = name;
@@ -138,26 +112,20 @@ int WindowFixture::addProduct(const QString& number, const QString& name, const 
     product.amount = amount;
     product.vatRate = vatRate;
     product.vatExcluded = vatExcluded;
-    if (!query->saveProduct(&product))
-        qWarning("%s", qPrintable(query->lastError()));
-    return product.id;
+    return saved(database(), product, &Query::saveProduct);
 }
 
 int WindowFixture::addBankAccount(const QString& name, const QString& iban)
 {
-    std::unique_ptr<Query> query(database()->query());
     BankAccount account;
     account.name = name;
     account.iban = iban;
-    if (!query->saveBankAccount(&account))
-        qWarning("%s", qPrintable(query->lastError()));
-    return account.id;
+    return saved(database(), account, &Query::saveBankAccount);
 }
 
 int WindowFixture::addInvoice(int number, int customerId, const QDate& date, const QDate& dueDate,
     int totalAmount, int balance)
 {
-    std::unique_ptr<Query> query(database()->query());
     Invoice invoice;
     invoice.number = number;
     invoice.customerId = customerId;
@@ -165,16 +133,8 @@ int WindowFixture::addInvoice(int number, int customerId, const QDate& date, con
     invoice.dueDate = dueDate;
     invoice.totalAmount = totalAmount;
     invoice.balance = balance;
-    invoice.referenceNumber = Invoice::appendCheckDigitToReferenceNumber(
-        QString::number(number) + QStringLiteral("00"));
-    if (!query->saveInvoice(&invoice))
-        qWarning("%s", qPrintable(query->lastError()));
-    return invoice.id;
-}
-
-void WindowFixture::refresh()
-{
-    m_window->refresh();
+    invoice.referenceNumber = withCheckDigit(QString::number(number) + QStringLiteral("00"));
+    return saved(database(), invoice, &Query::saveInvoice);
 }
 
 QVariant WindowFixture::storedValue(const QString& sql) const
@@ -206,6 +166,15 @@ void addFieldColumns()
 void addFieldRow(const char* name, const char* field, const char* text, const QString& warning)
 {
     QTest::newRow(name) << QString::fromLatin1(field) << QString::fromUtf8(text) << warning;
+}
+
+QString withCheckDigit(const QString& base)
+{
+    static const int weights[] = { 7, 3, 1 };
+    int sum = 0;
+    for (int i = 0; i < base.size(); ++i)
+        sum += base.at(base.size() - 1 - i).digitValue() * weights[i % 3];
+    return base + QString::number((10 - sum % 10) % 10);
 }
 
 QStringList tableRows(Database* database, const QString& table)
@@ -245,14 +214,9 @@ QWidget* keyTarget(QWidget* widget)
     return widget ? widget : QApplication::focusWidget();
 }
 
-void pressKey(QWidget* widget, int key, Qt::KeyboardModifiers modifiers)
-{
-    QTest::keyClick(keyTarget(widget), Qt::Key(key), modifiers);
-}
-
 void press(int key, Qt::KeyboardModifiers modifiers)
 {
-    pressKey(nullptr, key, modifiers);
+    QTest::keyClick(keyTarget(), Qt::Key(key), modifiers);
 }
 
 void typeText(QWidget* widget, const QString& text)
@@ -306,7 +270,7 @@ void chooseCustomer(QComboBox* combo, const QString& name)
     QTest::keyClick(combo->lineEdit(), Qt::Key_Backspace);
     typeText(combo->lineEdit(), name);
     // Leaving the field confirms the name.
-    pressKey(combo->lineEdit(), Qt::Key_Tab);
+    QTest::keyClick(keyTarget(combo->lineEdit()), Qt::Key_Tab);
 }
 
 QStringList shownColumn(MainWindow* window, int column)

@@ -4,6 +4,7 @@
 #include "ui/mainwindow.h"
 
 #include <QDate>
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -45,11 +46,22 @@ public:
     bool urlOpens = true;
 
 protected:
-    bool askQuestion(const QString& question) override;
-    void showCriticalMessage(const QString& message) override;
-    void showWarningMessage(const QString& message) override;
-    int execDialog(QDialog* dialog) override;
-    bool openUrl(const QUrl& url) override;
+    bool askQuestion(const QString& question) override
+    {
+        questions.append(question);
+        return answer;
+    }
+    void showCriticalMessage(const QString& message) override { messages.append(message); }
+    void showWarningMessage(const QString& message) override { messages.append(message); }
+    int execDialog(QDialog* dialog) override
+    {
+        return dialogHandler ? dialogHandler(dialog) : int(QDialog::Rejected);
+    }
+    bool openUrl(const QUrl& url) override
+    {
+        openedUrls.append(url);
+        return urlOpens;
+    }
 };
 
 // A window on a new SQLite database of its own configuration file, with
@@ -60,8 +72,7 @@ public:
     WindowFixture();
     ~WindowFixture();
 
-    QString configFile() const;
-    QString path(const QString& name) const { return m_dir.filePath(name); }
+    QString configFile() const { return m_dir.filePath(QStringLiteral("Veklari.ini")); }
 
     // A new registry and window on the configuration, shown and active,
     // with the last used database opened (a new one the first time).
@@ -90,7 +101,7 @@ public:
     // Saves an invoice with a customer and dates; returns its id.
     int addInvoice(int number, int customerId, const QDate& date, const QDate& dueDate,
         int totalAmount, int balance);
-    void refresh();
+    void refresh() { m_window->refresh(); }
 
     int storedInvoiceCount() const;
     // The first column of the first row of a SELECT on the window's database.
@@ -108,6 +119,9 @@ private:
 void addFieldColumns();
 void addFieldRow(const char* name, const char* field, const char* text, const QString& warning);
 
+// The 7-3-1 check digit appended, computed without the program's helpers.
+QString withCheckDigit(const QString& base);
+
 // Every row of a table, ordered by id, as "column|column" lines.
 QStringList tableRows(Database* database, const QString& table);
 
@@ -115,7 +129,6 @@ QStringList tableRows(Database* database, const QString& table);
 // any, which hands the key on to its field; else to the widget, or without
 // one to the widget that has the keyboard focus.
 QWidget* keyTarget(QWidget* widget = nullptr);
-void pressKey(QWidget* widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 // Presses a key where the keyboard is.
 void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 // QTest::keyClicks takes ASCII only; other letters go in as key events
