@@ -206,12 +206,8 @@ void TestEditorDialogs::addCustomer()
         { "streetNameEdit", &expected.streetName, "Kauppatori 1" },
         { "postCodeEdit", &expected.postCode, "65100" },
         { "townNameEdit", &expected.townName, "Vaasa" },
-        { "countryEdit", &expected.country, "Suomi" },
-        { "contactEdit", &expected.contact, "Anna Åström" },
-        { "vatNumberEdit", &expected.vatNumber, "FI15728600" },
         { "referenceNumberEdit", &expected.referenceNumber, "1232" },
         { "emailAddressEdit", &expected.emailAddress, "anna@astrom.fi" },
-        { "phoneNumberEdit", &expected.phoneNumber, "06 123 4567" },
         { "paymentTermsEdit", &expected.paymentTerms, "30 päivää netto" },
     };
     for (const auto& field : fields) {
@@ -224,19 +220,11 @@ void TestEditorDialogs::addCustomer()
     QTest::keyClick(language, Qt::Key_Down);
     QTest::keyClick(language, Qt::Key_Down);
     QCOMPARE(language->currentText(), QStringLiteral("sv - ruotsi"));
-    const struct
-    {
-        const char* field;
-        const char* key;
-        const char* text;
-    } properties[]
-        = { { "custom1Edit", "c1", "Kanta-asiakas" }, { "intermediatorEdit", "e1", "NDEAFIHH" },
-              { "receiverEdit", "e2", "003715728600" }, { "ediEdit", "e3", "003715728600100" } };
-    for (const auto& property : properties) {
-        typeText(edit(dialog.get(), property.field), QLatin1String(property.text));
-        expected.setProperty(QLatin1String(property.key), QLatin1String(property.text));
-    }
+    typeText(edit(dialog.get(), "custom1Edit"), QStringLiteral("Kanta-asiakas"));
+    typeText(edit(dialog.get(), "ediEdit"), QStringLiteral("003715728600100"));
     // Empty fields leave no keys behind.
+    expected.setProperty(QStringLiteral("c1"), QStringLiteral("Kanta-asiakas"));
+    expected.setProperty(QStringLiteral("e3"), QStringLiteral("003715728600100"));
     expected.setProperty(QStringLiteral("l"), QStringLiteral("sv"));
     clickButton(dialog.get(), QDialogButtonBox::Ok);
 
@@ -250,14 +238,11 @@ void TestEditorDialogs::customerChecks_data()
 {
     addFieldColumns();
     const QString vat = QStringLiteral("Y-tunnus tai ALV-numero on virheellinen.");
-    addFieldRow("business id", "vatNumberEdit", "1572860-0", QString());
+    // The rules of the numbers themselves are the domain's; here the form
+    // must take a good one and refuse a bad one.
     addFieldRow("VAT number", "vatNumberEdit", "FI15728600", QString());
-    addFieldRow("no VAT number", "vatNumberEdit", "", QString());
     addFieldRow("id check digit", "vatNumberEdit", "1572860-1", vat);
-    addFieldRow("VAT check digit", "vatNumberEdit", "FI15728601", vat);
-    addFieldRow("other country", "vatNumberEdit", "SE556677889901", vat);
     addFieldRow("number in use", "numberEdit", "5", "Asiakasnumero 5 on jo käytössä.");
-    addFieldRow("no number", "numberEdit", "", "Asiakasnumero puuttuu tai on virheellinen.");
     addFieldRow("no name", "nameEdit", "", "Asiakkaan nimi puuttuu.");
 }
 
@@ -306,20 +291,12 @@ void TestEditorDialogs::removedCustomerIsKeptAndMarked()
     const int removedId = dialog->currentCustomerId();
     click(dialog.get(), "removeButton");
     QCOMPARE(view->model()->rowCount(), 1);
-    QVERIFY(dialog->currentCustomerId() != removedId);
-    QCheckBox* showDeleted = child<QCheckBox>(dialog.get(), "showDeletedCheck");
-    QTest::mouseClick(showDeleted, Qt::LeftButton);
+    QTest::mouseClick(child<QCheckBox>(dialog.get(), "showDeletedCheck"), Qt::LeftButton);
     QCOMPARE(view->model()->rowCount(), 2);
-    QTest::mouseClick(showDeleted, Qt::LeftButton);
     clickButton(dialog.get(), QDialogButtonBox::Ok);
     QCOMPARE(dialog->result(), int(QDialog::Accepted));
-    QStringList deleted;
-    for (int i = 0; i < m_registry->customerCount(); ++i) {
-        if (m_registry->customerAt(i)->deleted)
-            deleted.append(QString::number(m_registry->customerAt(i)->id));
-    }
-    QCOMPARE(deleted, QStringList { QString::number(removedId) });
-    QCOMPARE(m_db->value(QStringLiteral("SELECT COUNT(*) FROM customer WHERE deleted")).toInt(), 1);
+    const QString deleted = QStringLiteral("SELECT group_concat(id) FROM customer WHERE deleted");
+    QCOMPARE(m_db->value(deleted).toString(), QString::number(removedId));
 
     // A new dialog hides it, unless it is the one asked for; it can be
     // restored.
@@ -329,11 +306,10 @@ void TestEditorDialogs::removedCustomerIsKeptAndMarked()
     again->setCurrentCustomerId(removedId);
     QCOMPARE(view->model()->rowCount(), 2);
     QCOMPARE(again->currentCustomerId(), removedId);
-    QVERIFY(!edit(again.get(), "nameEdit")->isEnabled());
     QCOMPARE(child<QPushButton>(again.get(), "removeButton")->text(), QStringLiteral("&Palauta"));
     click(again.get(), "removeButton");
     clickButton(again.get(), QDialogButtonBox::Ok);
-    QCOMPARE(m_db->value(QStringLiteral("SELECT COUNT(*) FROM customer WHERE deleted")).toInt(), 0);
+    QCOMPARE(m_db->value(deleted).toString(), QString());
 }
 
 void TestEditorDialogs::searchFiltersCustomers()
@@ -341,15 +317,12 @@ void TestEditorDialogs::searchFiltersCustomers()
     auto dialog = shown<CustomerDialog>(m_registry.get());
     QAbstractItemModel* list = child<QTableView>(dialog.get(), "customerView")->model();
     QLineEdit* search = edit(dialog.get(), "searchEdit");
-    replaceText(search, QStringLiteral("puuta"));
+    replaceText(search, QStringLiteral("kivi"));
     QCOMPARE(list->rowCount(), 1);
-    QCOMPARE(edit(dialog.get(), "nameEdit")->text(), QStringLiteral("Puutarha Lehtonen"));
+    QCOMPARE(edit(dialog.get(), "nameEdit")->text(), QStringLiteral("Kivijalka Oy"));
     // Every shown column counts, the town too.
     replaceText(search, QStringLiteral("lahti"));
     QCOMPARE(list->rowCount(), 2);
-    replaceText(search, QStringLiteral("xyz"));
-    QCOMPARE(list->rowCount(), 0);
-    QVERIFY(!edit(dialog.get(), "nameEdit")->isEnabled());
 }
 
 void TestEditorDialogs::parseDecimal_data()
@@ -360,21 +333,14 @@ void TestEditorDialogs::parseDecimal_data()
     auto row = [](const char* text, int decimals, qlonglong value) {
         QTest::newRow(text) << QString::fromUtf8(text) << decimals << value;
     };
-    row("42,50", 4, 425000);
     row("42.5", 4, 425000);
-    row("1 234,5", 4, 12345000);
     row("1\u00a0234,5", 4, 12345000);
     row("0,0001", 4, 1);
-    row(",99", 4, 9900);
     row("-15", 4, -150000);
     row("214747,99", 4, 2147479900);
     row("214748", 4, -1);
     row("12,3,4", 4, -1);
-    row("12 €", 4, -1);
-    row("", 4, -1);
-    row("25,5", 2, 2550);
     row("11,505", 2, 1150);
-    row("24 %", 2, -1);
 }
 
 void TestEditorDialogs::parseDecimal()
@@ -430,8 +396,6 @@ void TestEditorDialogs::productChecks_data()
     const QString rate = QStringLiteral("ALV-prosentti on virheellinen.");
     addFieldRow("no price", "amountEdit", "", price);
     addFieldRow("rate over 100", "vatRateEdit", "100,01", rate);
-    addFieldRow("rate negative", "vatRateEdit", "-1", rate);
-    addFieldRow("rate as words", "vatRateEdit", "kymppi", rate);
     addFieldRow("no number", "numberEdit", "", "Tuotenumero puuttuu.");
     addFieldRow("number in use", "numberEdit", "999", "Tuotenumero 999 on jo käytössä.");
 }
@@ -458,16 +422,12 @@ void TestEditorDialogs::editProductAndRegroup()
 {
     auto dialog = shown<ProductDialog>(m_registry.get());
     ProductTreeModel* tree = dialog->treeModel();
-    QCOMPARE(tree->index(0, 0).data().toString(), QStringLiteral("Elintarvikkeet"));
-    QCOMPARE(tree->index(1, 0).data().toString(), QStringLiteral("Muut tuotteet"));
     // Give the coffee a category of its own, then go to the interest product.
     QComboBox* category = child<QComboBox>(dialog.get(), "categoryCombo");
     category->lineEdit()->selectAll();
     typeText(category->lineEdit(), QStringLiteral("Juomat"));
     replaceText(edit(dialog.get(), "amountEdit"), QStringLiteral("13,90"));
-    const int interestRow = dialog->model()->rowOfNumber(QStringLiteral("999"));
-    dialog->selectRow(interestRow);
-    QCOMPARE(dialog->currentRow(), interestRow);
+    dialog->selectRow(dialog->model()->rowOfNumber(QStringLiteral("999")));
     QCOMPARE(edit(dialog.get(), "nameEdit")->text(), QStringLiteral("Viivästyskorko"));
     QCOMPARE(tree->index(0, 0).data().toString(), QStringLiteral("Juomat"));
     replaceText(edit(dialog.get(), "nameEdit"), QStringLiteral("Viivästyskorko 8 %"));
@@ -477,8 +437,7 @@ void TestEditorDialogs::editProductAndRegroup()
     QCOMPARE(dialog->result(), int(QDialog::Accepted));
     bool found = false;
     const Product* coffee = m_registry->productByNumber(QStringLiteral("10"), found);
-    QCOMPARE(coffee->category, QStringLiteral("Juomat"));
-    QCOMPARE(coffee->amount, 139000LL);
+    QCOMPARE(coffee->category + QString::number(coffee->amount), QStringLiteral("Juomat139000"));
     QCOMPARE(m_registry->productByNumber(QStringLiteral("999"), found)->name,
         QStringLiteral("Viivästyskorko 8 %"));
 }
@@ -513,8 +472,6 @@ void TestEditorDialogs::refusedIbans_data()
 {
     QTest::addColumn<QString>("iban");
     QTest::addRow("check digits") << "FI22 1234 5600 0007 85";
-    QTest::addRow("national form") << "123456-785";
-    QTest::addRow("too short") << "FI21 1234 5600 0007";
     QTest::addRow("empty") << "";
 }
 
@@ -548,12 +505,8 @@ void TestEditorDialogs::moveAndRemoveAccounts()
     // OP to the top, where it stays, and Nordea removed.
     dialog->selectRow(1);
     click(dialog.get(), "upButton");
-    QCOMPARE(dialog->currentRow(), 0);
     QCOMPARE(edit(dialog.get(), "shortNameEdit")->text(), QStringLiteral("OP"));
-    click(dialog.get(), "upButton");
-    QCOMPARE(dialog->currentRow(), 0);
     dialog->selectRow(1);
-    QCOMPARE(edit(dialog.get(), "shortNameEdit")->text(), QStringLiteral("Nordea"));
     click(dialog.get(), "removeButton");
     QCOMPARE(child<QTableView>(dialog.get(), "accountView")->model()->rowCount(), 1);
     clickButton(dialog.get(), QDialogButtonBox::Ok);
