@@ -7,8 +7,6 @@
 #include "print/scripthelper.h"
 
 #include <QSettings>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QtTest>
 
 // The decisions before printing invoices: which script a job runs, the
@@ -107,8 +105,6 @@ void TestInvoicePrintJob::cautions_data()
     const QList<int> first { 1001 };
     const QList<int> both { 1001, 1002 };
     const QDate due(2025, 3, 15);
-    QTest::addRow("reminder before the due date")
-        << reminder << first << due.addDays(-1) << true << reminderWarning;
     QTest::addRow("reminder on the due date") << reminder << first << due << true << "";
     QTest::addRow("reminders, one not yet due")
         << reminder << both << QDate(2025, 4, 1) << true << reminderWarning;

@@ -2,8 +2,6 @@
 #include "invoicefixture.h"
 #include "pdftools.h"
 
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <cmath>
 
@@ -19,13 +17,11 @@ private slots:
     void barcode_data();
     void barcode();
     void manyRowsBreakPages();
-    void language_data();
-    void language();
 
 private:
     // Prints a new invoice of these rows; the file name, empty on failure.
-    QString print(const QList<InvoiceItem>& items, int number, int printType = 0,
-        int storedType = 0, int customer = 0);
+    QString print(
+        const QList<InvoiceItem>& items, int number, int printType = 0, int storedType = 0);
 
     InvoiceFixture m_fixture;
     QTemporaryDir m_dir;
@@ -40,9 +36,9 @@ void TestInvoiceScript::initTestCase()
 }
 
 QString TestInvoiceScript::print(
-    const QList<InvoiceItem>& items, int number, int printType, int storedType, int customer)
+    const QList<InvoiceItem>& items, int number, int printType, int storedType)
 {
-    const int id = m_fixture.addInvoice(storedType, items, number, customer);
+    const int id = m_fixture.addInvoice(storedType, items, number);
     const QString file = m_dir.filePath(QStringLiteral("lasku-%1.pdf").arg(number));
     if (id < 0 || !m_fixture.printInvoice(id, file, printType)) {
         qWarning() << m_fixture.lastError();
@@ -185,34 +181,6 @@ void TestInvoiceScript::manyRowsBreakPages()
     QCOMPARE(seen.size(), rows);
     seen.removeDuplicates();
     QCOMPARE(seen.size(), rows);
-}
-
-void TestInvoiceScript::language_data()
-{
-    QTest::addColumn<int>("customer");
-    QTest::addColumn<QString>("formLanguage");
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("label");
-    QTest::addRow("english from the settings") << 0 << "en"
-                                               << "INVOICE"
-                                               << "Due date";
-    QTest::addRow("customer over the settings") << 1 << "en"
-                                                << "FAKTURA"
-                                                << "Er referens";
-}
-
-void TestInvoiceScript::language()
-{
-    QFETCH(int, customer);
-    QFETCH(QString, formLanguage);
-    QFETCH(QString, title);
-    QFETCH(QString, label);
-    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/language"), formLanguage));
-    const QString file = print(InvoiceFixture::sampleItems(), 1400, 0, 0, customer);
-    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/language"), QString()));
-    const QString text = PdfTools::text(file);
-    QVERIFY2(text.contains(title), qPrintable(text));
-    QVERIFY2(text.contains(label), qPrintable(text));
 }
 
 QTEST_MAIN(TestInvoiceScript)

@@ -15,8 +15,6 @@
 #include <QPlainTextEdit>
 #include <QPrintPreviewWidget>
 #include <QPushButton>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <memory>
 
@@ -27,16 +25,11 @@ public:
     using ScriptEditorDialog::ScriptEditorDialog;
     QStringList messages;
     QStringList errors;
-    bool answer = true;
     int questions = 0;
 
 protected:
     void showMessage(QMessageBox::Icon, const QString& text) override { messages << text; }
-    bool askQuestion(const QString&) override
-    {
-        ++questions;
-        return answer;
-    }
+    bool askQuestion(const QString&) override { return ++questions > 0; }
     void showScriptError(const QString& error) override { errors << error; }
 };
 
