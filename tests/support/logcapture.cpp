@@ -1,5 +1,7 @@
 #include "logcapture.h"
 
+#include <algorithm>
+
 namespace {
 LogCapture* activeCapture = nullptr;
 }
@@ -18,39 +20,17 @@ LogCapture::~LogCapture()
 
 bool LogCapture::containsPrefix(const QString& prefix) const
 {
-    for (const QString& line : m_lines) {
-        if (line.startsWith(prefix))
-            return true;
-    }
-    return false;
+    return std::any_of(m_lines.cbegin(), m_lines.cend(),
+        [&](const QString& line) { return line.startsWith(prefix); });
 }
 
 void LogCapture::handler(QtMsgType type, const QMessageLogContext& context, const QString& text)
 {
+    // In the order of QtMsgType.
+    static const char* const levels[] = { "debug", "warning", "critical", "fatal", "info" };
     LogCapture* capture = activeCapture;
-    if (!capture)
-        return;
-    if (context.category && capture->m_category == context.category) {
-        const char* level = "other";
-        switch (type) {
-        case QtDebugMsg:
-            level = "debug";
-            break;
-        case QtInfoMsg:
-            level = "info";
-            break;
-        case QtWarningMsg:
-            level = "warning";
-            break;
-        case QtCriticalMsg:
-            level = "critical";
-            break;
-        case QtFatalMsg:
-            level = "fatal";
-            break;
-        }
-        capture->m_lines.append(QLatin1String(level) + QStringLiteral(": ") + text);
-    }
-    if (capture->m_previous)
+    if (capture && context.category && capture->m_category == context.category)
+        capture->m_lines.append(QLatin1String(levels[type]) + QStringLiteral(": ") + text);
+    if (capture && capture->m_previous)
         capture->m_previous(type, context, text);
 }

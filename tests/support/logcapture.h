@@ -2,15 +2,9 @@
 #define LOGCAPTURE_H
 
 #include <QStringList>
-#include <QtGlobal>
 
-// Collects the messages of one logging category while it lives, as
-// "debug: text" or "warning: text" lines; the previous handler is restored
-// on destruction. Only one capture may be active at a time.
-//
-//   LogCapture log("veklari.database");
-//   ... run the code ...
-//   QVERIFY(log.contains("debug: Luodaan tietokantataulut"));
+// Collects the messages of one logging category while it lives, as "debug: text"
+// or "warning: text" lines; one capture at a time.
 class LogCapture
 {
 public:
@@ -21,7 +15,6 @@ public:
 
     QStringList lines() const { return m_lines; }
     bool contains(const QString& line) const { return m_lines.contains(line); }
-    // Whether some line starts with the text.
     bool containsPrefix(const QString& prefix) const;
     void clear() { m_lines.clear(); }
 

@@ -32,84 +32,63 @@ QStringList withProperties(QStringList fields, const QMap<QString, QVariant>& pr
 
 } // namespace
 
-QStringList RecordFields::of(const BankAccount& a)
+#define F(name) field(#name, r.name)
+
+QStringList RecordFields::of(const BankAccount& r)
 {
-    return { field("id", a.id), field("name", a.name), field("shortName", a.shortName),
-        field("iban", a.iban), field("bic", a.bic), field("rowNumber", a.rowNumber),
-        field("visible", a.visible), field("deleted", a.deleted) };
+    return { F(id), F(name), F(shortName), F(iban), F(bic), F(rowNumber), F(visible), F(deleted) };
 }
 
-QStringList RecordFields::of(const Customer& c)
+QStringList RecordFields::of(const Customer& r)
 {
-    return withProperties(
-        { field("id", c.id), field("number", c.number), field("name", c.name),
-            field("streetName", c.streetName), field("postCode", c.postCode),
-            field("townName", c.townName), field("country", c.country), field("contact", c.contact),
-            field("vatNumber", c.vatNumber), field("referenceNumber", c.referenceNumber),
-            field("emailAddress", c.emailAddress), field("phoneNumber", c.phoneNumber),
-            field("paymentTerms", c.paymentTerms), field("deleted", c.deleted) },
-        c.properties);
+    return withProperties({ F(id), F(number), F(name), F(streetName), F(postCode), F(townName),
+                              F(country), F(contact), F(vatNumber), F(referenceNumber),
+                              F(emailAddress), F(phoneNumber), F(paymentTerms), F(deleted) },
+        r.properties);
 }
 
-QStringList RecordFields::of(const Invoice& i)
+QStringList RecordFields::of(const Invoice& r)
 {
     return withProperties(
-        { field("id", i.id), field("customerId", i.customerId), field("type", i.type),
-            field("number", i.number), field("date", i.date), field("paymentTerms", i.paymentTerms),
-            field("delivery", i.delivery), field("deliveryDate", i.deliveryDate),
-            field("buyerRef", i.buyerRef), field("sellerRef", i.sellerRef),
-            field("interestOnArrears", i.interestOnArrears), field("dueDate", i.dueDate),
-            field("referenceNumber", i.referenceNumber), field("totalAmount", i.totalAmount),
-            field("balance", i.balance) },
-        i.properties);
+        { F(id), F(customerId), F(type), F(number), F(date), F(paymentTerms), F(delivery),
+            F(deliveryDate), F(buyerRef), F(sellerRef), F(interestOnArrears), F(dueDate),
+            F(referenceNumber), F(totalAmount), F(balance) },
+        r.properties);
 }
 
 QStringList RecordFields::of(const InvoiceItem& r)
 {
-    return { field("id", r.id), field("invoiceId", r.invoiceId),
-        field("productNumber", r.productNumber), field("productName", r.productName),
-        field("quantity", r.quantity), field("unitCode", r.unitCode), field("amount", r.amount),
-        field("vatRate", r.vatRate), field("vatExcluded", r.vatExcluded),
-        field("discount", r.discount), field("text", r.text), field("rowNumber", r.rowNumber) };
+    return { F(id), F(invoiceId), F(productNumber), F(productName), F(quantity), F(unitCode),
+        F(amount), F(vatRate), F(vatExcluded), F(discount), F(text), F(rowNumber) };
 }
 
-QStringList RecordFields::of(const InvoiceCriteria& c)
+QStringList RecordFields::of(const InvoiceCriteria& r)
 {
-    return { field("dateFrom", c.dateFrom), field("dateTo", c.dateTo),
-        field("dueDateFrom", c.dueDateFrom), field("dueDateTo", c.dueDateTo),
-        field("deliveryDateFrom", c.deliveryDateFrom), field("deliveryDateTo", c.deliveryDateTo),
-        field("numberFrom", c.numberFrom), field("numberTo", c.numberTo), field("number", c.number),
-        field("id", c.id), field("customerId", c.customerId), field("types", c.types),
-        field("paymentStatus", c.paymentStatus), field("balanceDate", c.balanceDate),
-        field("referenceNumber", c.referenceNumber), field("text", c.text), field("limit", c.limit),
-        field("descending", c.descending) };
+    return { F(dateFrom), F(dateTo), F(dueDateFrom), F(dueDateTo), F(deliveryDateFrom),
+        F(deliveryDateTo), F(numberFrom), F(numberTo), F(number), F(id), F(customerId), F(types),
+        F(paymentStatus), F(balanceDate), F(referenceNumber), F(text), F(limit), F(descending) };
 }
 
-QStringList RecordFields::of(const Payment& p)
+QStringList RecordFields::of(const Payment& r)
 {
-    return { field("id", p.id), field("invoiceId", p.invoiceId), field("date", p.date),
-        field("bankAccountId", p.bankAccountId), field("amount", p.amount) };
+    return { F(id), F(invoiceId), F(date), F(bankAccountId), F(amount) };
 }
 
-QStringList RecordFields::of(const PrintScript& s)
+QStringList RecordFields::of(const PrintScript& r)
 {
-    return { field("id", s.id), field("type", s.type), field("name", s.name),
-        field("sourceCode", s.sourceCode) };
+    return { F(id), F(type), F(name), F(sourceCode) };
 }
 
-QStringList RecordFields::of(const Product& p)
+QStringList RecordFields::of(const Product& r)
 {
-    return { field("id", p.id), field("number", p.number), field("name", p.name),
-        field("unitCode", p.unitCode), field("amount", p.amount), field("vatRate", p.vatRate),
-        field("vatExcluded", p.vatExcluded), field("category", p.category) };
+    return { F(id), F(number), F(name), F(unitCode), F(amount), F(vatRate), F(vatExcluded),
+        F(category) };
 }
 
-QStringList RecordFields::of(const Settings& s)
+QStringList RecordFields::of(const Settings& r)
 {
     return withProperties(
-        { field("sellerName", s.sellerName), field("sellerStreetName", s.sellerStreetName),
-            field("sellerPostCode", s.sellerPostCode), field("sellerTownName", s.sellerTownName),
-            field("sellerCountry", s.sellerCountry), field("sellerBusinessId", s.sellerBusinessId),
-            field("sellerLogo", s.sellerLogo) },
-        s.properties);
+        { F(sellerName), F(sellerStreetName), F(sellerPostCode), F(sellerTownName),
+            F(sellerCountry), F(sellerBusinessId), F(sellerLogo) },
+        r.properties);
 }
