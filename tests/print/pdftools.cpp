@@ -26,39 +26,29 @@ QString info(const QString& fileName)
 
 int pageCount(const QString& fileName)
 {
-    const QRegularExpressionMatch match = QRegularExpression(
-        QStringLiteral("^Pages:\\s+(\\d+)"), QRegularExpression::MultilineOption)
-                                              .match(info(fileName));
+    const QRegularExpression pages(
+        QStringLiteral("^Pages:\\s+(\\d+)"), QRegularExpression::MultilineOption);
+    const QRegularExpressionMatch match = pages.match(info(fileName));
     return match.hasMatch() ? match.captured(1).toInt() : -1;
 }
 
 QString text(const QString& fileName, int page)
 {
-    QStringList arguments { QStringLiteral("-layout"), QStringLiteral("-enc"),
-        QStringLiteral("UTF-8") };
+    QStringList arguments { "-layout", "-enc", "UTF-8" };
     if (page > 0)
-        arguments << QStringLiteral("-f") << QString::number(page) << QStringLiteral("-l")
-                  << QString::number(page);
-    arguments << fileName << QStringLiteral("-");
-    QString text = QString::fromUtf8(run(QStringLiteral("pdftotext"), arguments));
-    text.replace(QChar(0x00A0), QLatin1Char(' '));
-    text.replace(QChar(0x202F), QLatin1Char(' '));
-    return text;
+        arguments << "-f" << QString::number(page) << "-l" << QString::number(page);
+    QString text = QString::fromUtf8(run("pdftotext", arguments << fileName << "-"));
+    return text.replace(QChar(0x00A0), ' ').replace(QChar(0x202F), ' ');
 }
 
-QImage renderPage(const QString& fileName, int page, int dpi, bool gray)
+QImage renderPage(const QString& fileName, int page, int dpi)
 {
     QTemporaryDir dir;
     const QString prefix = dir.filePath(QStringLiteral("page"));
-    QStringList arguments { QStringLiteral("-r"), QString::number(dpi), QStringLiteral("-f"),
-        QString::number(page), QStringLiteral("-l"), QString::number(page),
-        QStringLiteral("-singlefile"), QStringLiteral("-png") };
-    if (gray)
-        arguments.prepend(QStringLiteral("-gray"));
-    arguments << fileName << prefix;
-    run(QStringLiteral("pdftoppm"), arguments);
-    const QImage image(prefix + QStringLiteral(".png"));
-    return image.convertToFormat(gray ? QImage::Format_Grayscale8 : QImage::Format_RGB32);
+    run("pdftoppm",
+        { "-gray", "-r", QString::number(dpi), "-f", QString::number(page), "-l",
+            QString::number(page), "-singlefile", "-png", fileName, prefix });
+    return QImage(prefix + ".png").convertToFormat(QImage::Format_Grayscale8);
 }
 
 } // namespace PdfTools

@@ -6,12 +6,10 @@
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
 
-#include <QSettings>
 #include <QtTest>
 
-// The decisions before printing invoices: which script a job runs, the
-// due-date cautions of reminders and receipts, the question about invoices
-// without rows, and where the printing settings are read from.
+// Before printing invoices: which script runs, the due-date cautions and the question about
+// invoices without rows.
 class TestInvoicePrintJob : public QObject
 {
     Q_OBJECT
@@ -22,7 +20,6 @@ private slots:
     void invoiceScript();
     void cautions_data();
     void cautions();
-    void settings();
 
 private:
     InvoiceFixture m_fixture;
@@ -76,8 +73,6 @@ void TestInvoicePrintJob::invoiceScript_data()
                             << "oma";
     QTest::addRow("no such stored script") << "7777"
                                            << "built-in";
-    QTest::addRow("beyond the built-in list") << "-5"
-                                              << "built-in";
 }
 
 void TestInvoicePrintJob::invoiceScript()
@@ -111,8 +106,6 @@ void TestInvoicePrintJob::cautions_data()
     QTest::addRow("receipt before the due date")
         << int(InvoicePrintJob::Receipt) << QList<int> { 1002 } << QDate(2025, 4, 29) << true
         << receiptWarning;
-    QTest::addRow("no rows, printer")
-        << int(InvoicePrintJob::Invoice) << QList<int> { 1003 } << due << false << noRows;
     // The preview shows the empty invoice; nothing to ask.
     QTest::addRow("no rows, preview")
         << int(InvoicePrintJob::Invoice) << QList<int> { 1003 } << due << true << "";
@@ -138,26 +131,6 @@ void TestInvoicePrintJob::cautions()
         InvoicePrintJob::noRowsQuestion(&model, preview) };
     texts.removeAll(QString());
     QCOMPARE(texts.join('|'), said);
-}
-
-// Printers belong to the machine: a company setting of that name is not read.
-void TestInvoicePrintJob::settings()
-{
-    InvoicePrintJob job(m_fixture.registry());
-    QVERIFY(job.showPreview());
-    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/printPreview"), "false"));
-    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/numberOfCopies"), "2"));
-    QVERIFY(m_fixture.setSetting(QStringLiteral("printers/invoice"), QStringLiteral("Väärä")));
-    QSettings* config = m_fixture.registry()->appSettings();
-    config->setValue(QStringLiteral("printers/invoice"), QStringLiteral("HP LaserJet"));
-    config->setValue(QStringLiteral("printers/copies"), QStringLiteral("Ricoh"));
-    config->setValue(QStringLiteral("printers/reports"), QStringLiteral("Brother"));
-    QVERIFY(!job.showPreview());
-    QCOMPARE(job.numberOfCopies(), 2);
-    QCOMPARE(QStringList({ job.printerName(), job.copiesPrinterName(), job.reportPrinterName() }),
-        QStringList({ "HP LaserJet", "Ricoh", "Brother" }));
-    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/numberOfCopies"), "-3"));
-    QCOMPARE(job.numberOfCopies(), 0);
 }
 
 QTEST_MAIN(TestInvoicePrintJob)

