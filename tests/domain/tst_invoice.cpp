@@ -45,38 +45,22 @@ class TestInvoice : public QObject
     Q_OBJECT
 
 private slots:
-    void dueDate_data()
+    void dueDateWithoutDays()
     {
-        QTest::addColumn<QDate>("date");
-        QTest::addColumn<QString>("terms");
-        QTest::addColumn<QDate>("expected");
-        const QDate march1(2025, 3, 1);
-        QTest::addRow("fourteen days") << march1 << "14 päivää netto" << QDate(2025, 3, 15);
-        QTest::addRow("no number") << march1 << "Käteinen" << QDate();
-    }
-
-    void dueDate()
-    {
-        QFETCH(QDate, date);
-        QFETCH(QString, terms);
-        QFETCH(QDate, expected);
         Invoice invoice;
-        invoice.date = date;
-        invoice.paymentTerms = terms;
-        QCOMPARE(invoice.calculateDueDate().isValid(), expected.isValid());
-        if (expected.isValid())
-            QCOMPARE(invoice.calculateDueDate(), expected);
+        invoice.date = QDate(2025, 3, 1);
+        invoice.paymentTerms = QStringLiteral("Käteinen");
+        QCOMPARE(invoice.calculateDueDate(), QDate());
+        invoice.paymentTerms = QStringLiteral("14 päivää netto");
+        QCOMPARE(invoice.calculateDueDate(), QDate(2025, 3, 15));
     }
 
     void appendCheckDigit_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
-        // 6*7 + 5*3 + 4*1 + 3*7 + 2*3 + 1*1 = 89 -> 1.
-        QTest::addRow("plain") << "12 34-56"
-                               << "1234561";
-        QTest::addRow("leading zeros, padded right") << "0042"
-                                                     << "4200";
+        QTest::addRow("separators and leading zeros dropped, padded right") << "00 4-2"
+                                                                            << "4200";
         // The last 19 of 25 digits: weighted sum 334, check 6.
         QTest::addRow("25 digits") << "1234567890123456789012345"
                                    << "78901234567890123456";
@@ -109,32 +93,22 @@ private slots:
         }
         // The ISO example; spaces are dropped, anything else gives no RF form.
         QCOMPARE(Invoice::referenceNumberToRf("539007547034"), QStringLiteral("RF18539007547034"));
-        QCOMPARE(Invoice::referenceNumberToRf("12 32"), QStringLiteral("RF111232"));
         QCOMPARE(Invoice::referenceNumberToRf("12-34"), QString());
         QCOMPARE(Invoice::calculateReferenceNumberCheckDigit(QString()), 0);
     }
 
-    void formats_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("valid");
-        QTest::addColumn<QString>("grouped");
-        QTest::addColumn<QString>("spy");
-        // Validity is the length alone: the check digit is not examined.
-        QTest::addRow("too short") << "12" << false << "12"
-                                   << "00000000000000000012";
-        QTest::addRow("twenty") << "12345678901234567894" << false << "12345 67890 12345 67894"
-                                << "12345678901234567894";
-        QTest::addRow("rf") << "RF341234561" << true << "RF34 1234 561"
-                            << "000000000RF341234561";
-    }
-
     void formats()
     {
-        QFETCH(QString, text);
-        QTEST(Invoice::isValidReferenceNumber(text), "valid");
-        QTEST(Invoice::formatReferenceNumber(text), "grouped");
-        QTEST(Invoice::formatSpyReferenceNumber(text), "spy");
+        // Validity is the length alone: the check digit is not examined.
+        QVERIFY(!Invoice::isValidReferenceNumber("12"));
+        QVERIFY(!Invoice::isValidReferenceNumber("12345678901234567894"));
+        QVERIFY(Invoice::isValidReferenceNumber("RF341234561"));
+        QCOMPARE(Invoice::formatReferenceNumber("12345678901234567894") + "|"
+                + Invoice::formatReferenceNumber("RF341234561"),
+            QStringLiteral("12345 67890 12345 67894|RF34 1234 561"));
+        QCOMPARE(Invoice::formatSpyReferenceNumber("12") + "|"
+                + Invoice::formatSpyReferenceNumber("RF341234561"),
+            QStringLiteral("00000000000000000012|000000000RF341234561"));
     }
 
     void barcode_data()
