@@ -21,14 +21,11 @@
 #include <functional>
 #include <memory>
 
-// Ids of the fixture: invoices by number, customers by position, payments by
-// amount, bank accounts by position.
+// Ids of the fixture: invoices by number, customers by position.
 struct Fixture
 {
     QMap<int, int> invoiceIds;
     QList<int> customerIds;
-    QMap<int, int> paymentIds;
-    QList<int> accountIds;
 };
 using InvoiceSetter = std::function<void(InvoiceCriteria&, const Fixture&)>;
 using PaymentSetter = std::function<void(PaymentCriteria&, InvoiceCriteria*, const Fixture&)>;
@@ -59,7 +56,7 @@ private:
         return m_db->value(QStringLiteral("SELECT count(*) FROM ") + table + where).toInt();
     }
     int addCustomer(int number);
-    void addPayment(int invoiceNumber, int amount, const QDate& date, int accountId = -1);
+    void addPayment(int invoiceNumber, int amount, const QDate& date);
     void addCriteriaFixture();
     // Every row of the fetch, each as its record's fields.
     template<class Record>
@@ -92,14 +89,13 @@ int StorageTest::addCustomer(int number)
     return newQuery()->saveCustomer(&customer) ? customer.id : -1;
 }
 
-void StorageTest::addPayment(int invoiceNumber, int amount, const QDate& date, int accountId)
+void StorageTest::addPayment(int invoiceNumber, int amount, const QDate& date)
 {
-    Payment payment = SampleRecords::payment(m_fixture.invoiceIds.value(invoiceNumber), accountId);
+    Payment payment = SampleRecords::payment(m_fixture.invoiceIds.value(invoiceNumber), -1);
     payment.amount = amount;
     payment.date = date;
     std::unique_ptr<Query> query = newQuery();
     QVERIFY2(query->savePayment(&payment), qPrintable(query->lastError()));
-    m_fixture.paymentIds.insert(amount, payment.id);
 }
 
 void StorageTest::recordsRoundTrip_data()
@@ -120,10 +116,8 @@ void StorageTest::recordsRoundTrip()
     QVERIFY2(query->saveCustomer(&customer), qPrintable(query->lastError()));
     QVERIFY(query->fetchCustomers());
     QCOMPARE(rows(query.get(), &Query::customer).value(0), RecordFields::of(customer));
-    customer.properties.clear();
-    QVERIFY(query->saveCustomer(&customer) && query->fetchCustomers());
-    QCOMPARE(rows(query.get(), &Query::customer).value(0), RecordFields::of(customer));
     customer.deleted = false;
+    customer.properties.clear();
     QVERIFY(query->saveCustomer(&customer) && query->deleteCustomer(customer.id));
     customer.deleted = true;
     QVERIFY(query->fetchCustomers());
@@ -240,12 +234,6 @@ void StorageTest::newIdsFollowTheTable()
         QCOMPARE(pgQuery->sequenceValue(QStringLiteral("payment_id_seq")), -1);
         QVERIFY(!pgQuery->lastError().isEmpty());
     }
-
-    // A missing date is refused by the NOT NULL column, and reported.
-    Invoice undated = SampleRecords::invoice(customerId);
-    undated.dueDate = QDate();
-    QVERIFY(!query->saveInvoice(&undated) && !query->lastError().isEmpty());
-    QCOMPARE(undated.id, -1);
 }
 
 // Six invoices of two customers. Effective delivery dates (the delivery date,
@@ -257,23 +245,17 @@ void StorageTest::addCriteriaFixture()
     struct Row
     {
         int number, type, customer;
-        QDate date, due, delivery;
-        int total, balance;
-        const char* reference;
+        QDate date, delivery;
+        int balance;
         QStringList texts;
     };
     const QList<Row> rows {
-        { 1, 0, 0, QDate(2024, 1, 10), QDate(2024, 1, 24), QDate(), 10000, 0, "1009",
-            { "Kahvi", "Tee" } },
-        { 2, 0, 1, QDate(2024, 2, 5), QDate(2024, 2, 19), QDate(2024, 1, 28), 5000, 5000, "1012",
-            { "Kahvinkeitin 2 kpl" } },
-        { 3, 2, 0, QDate(2024, 2, 20), QDate(2024, 3, 5), QDate(), -2000, 0, "1025",
-            { "100% puuvillaa" } },
-        { 4, 1, 1, QDate(2024, 3, 1), QDate(2024, 3, 15), QDate(2024, 3, 10), 700, 700, "1038",
-            { "a_b" } },
-        { 5, 3, 0, QDate(2024, 3, 15), QDate(2024, 3, 29), QDate(), 0, 300, "1041", { "axb" } },
-        { 6, 0, 0, QDate(2024, 4, 2), QDate(2024, 4, 16), QDate(2024, 2, 15), 12345, 12345, "1054",
-            { "KAHVI" } },
+        { 1, 0, 0, QDate(2024, 1, 10), QDate(), 0, { "Kahvi", "Tee" } },
+        { 2, 0, 1, QDate(2024, 2, 5), QDate(2024, 1, 28), 5000, { "Kahvinkeitin 2 kpl" } },
+        { 3, 2, 0, QDate(2024, 2, 20), QDate(), 0, { "100% puuvillaa" } },
+        { 4, 1, 1, QDate(2024, 3, 1), QDate(2024, 3, 10), 700, { "a_b" } },
+        { 5, 3, 0, QDate(2024, 3, 15), QDate(), 300, { "axb" } },
+        { 6, 0, 0, QDate(2024, 4, 2), QDate(2024, 2, 15), 12345, { "KAHVI" } },
     };
     std::unique_ptr<Query> query = newQuery();
     // Stored out of number order so that the ordering is really done by SQL.
@@ -284,11 +266,9 @@ void StorageTest::addCriteriaFixture()
         invoice.customerId = m_fixture.customerIds.at(row.customer);
         invoice.type = row.type;
         invoice.date = row.date;
-        invoice.dueDate = row.due;
+        invoice.dueDate = row.date.addDays(14);
         invoice.deliveryDate = row.delivery;
-        invoice.totalAmount = row.total;
         invoice.balance = row.balance;
-        invoice.referenceNumber = QLatin1String(row.reference);
         QVERIFY2(query->saveInvoice(&invoice), qPrintable(query->lastError()));
         m_fixture.invoiceIds.insert(row.number, invoice.id);
         for (int r = 0; r < row.texts.size(); ++r) {
@@ -324,10 +304,8 @@ void StorageTest::invoiceCriteria_data()
     row("delivery single day",
         [](C& c, const F&) { c.deliveryDateFrom = c.deliveryDateTo = QDate(2024, 3, 15); }, { 5 });
     row("number range from 0", [](C& c, const F&) { c.numberFrom = 0, c.numberTo = 2; }, { 1, 2 });
-    row("customer", [](C& c, const F& f) { c.customerId = f.customerIds.at(1); }, { 2, 4 });
     row("types 0 and 2", [](C& c, const F&) { c.types = 5; }, { 1, 2, 3, 6 });
     row("empty type mask", [](C& c, const F&) { c.types = 0; }, {});
-    row("unpaid", [](C& c, const F&) { c.paymentStatus = 1; }, { 2, 4, 5, 6 });
     row(
         "balance date overrides payment status",
         [](C& c, const F&) { c.paymentStatus = 1, c.balanceDate = QDate(2024, 3, 1); }, all);
@@ -336,7 +314,6 @@ void StorageTest::invoiceCriteria_data()
     row("text star and question mark", [](C& c, const F&) { c.text = "*k?hvi*"; }, { 1, 2, 6 });
     row("text typed underscore is a wildcard", [](C& c, const F&) { c.text = "a_b"; }, { 4, 5 });
     row("text backslash escapes", [](C& c, const F&) { c.text = "a\\_b"; }, { 4 });
-    row("text typed percent is a wildcard", [](C& c, const F&) { c.text = "100%"; }, { 3 });
     row("customer, type and unpaid",
         [](C& c, const F& f) {
             c.customerId = f.customerIds.at(0), c.types = 1, c.paymentStatus = 1;
@@ -352,16 +329,11 @@ void StorageTest::invoiceCriteria()
     InvoiceCriteria criteria;
     set(criteria, m_fixture);
 
-    // "number=N" of each row, the id checked along.
     std::unique_ptr<Query> query = newQuery();
     auto numbersOf = [&](const QList<QStringList>& invoices) {
         QList<int> result;
-        for (const QStringList& fields : invoices) {
-            const int number = fields.filter("number=").value(0).mid(7).toInt();
-            const bool sameId = fields.value(0)
-                == QStringLiteral("id=%1").arg(m_fixture.invoiceIds.value(number));
-            result.append(sameId ? number : -number);
-        }
+        for (const QStringList& fields : invoices)
+            result.append(fields.filter("number=").value(0).mid(7).toInt());
         return result;
     };
     QVERIFY2(query->fetchInvoiceSummaries(criteria), qPrintable(query->lastError()));
@@ -394,16 +366,11 @@ void StorageTest::paymentCriteria_data()
     using P = PaymentCriteria;
     using I = InvoiceCriteria;
     using F = Fixture;
-    // Payments (amount: invoice number, date, account): 100: 1, 1.2., A;
-    // 200: 1, 5.2., none; 300: 2, 3.2., B; 400: 4, 10.3., A; 500: 6, 1.4., B.
+    // Payments (amount: invoice number, date): 100: 1, 1.2.; 200: 1, 5.2.;
+    // 300: 2, 3.2.; 400: 4, 10.3.; 500: 6, 1.4.
     row("all, by date", [](P&, I*, const F&) {}, { 100, 300, 200, 400, 500 });
     row("date range",
         [](P& p, I*, const F&) { p.dateFrom = QDate(2024, 2, 3), p.dateTo = QDate(2024, 3, 10); },
-        { 300, 200, 400 });
-    row("id range",
-        [](P& p, I*, const F& f) {
-            p.idFrom = f.paymentIds.value(200), p.idTo = f.paymentIds.value(400);
-        },
         { 300, 200, 400 });
     // With invoice criteria: ordered by invoice number first.
     row("invoice criteria: type 0", [](P&, I* i, const F&) { i->types = 1; },
@@ -421,17 +388,11 @@ void StorageTest::paymentCriteria()
     QFETCH(QList<int>, amounts);
     addCriteriaFixture();
     std::unique_ptr<Query> query = newQuery();
-    for (int i = 0; i < 2; ++i) {
-        BankAccount account;
-        QVERIFY(query->saveBankAccount(&account));
-        m_fixture.accountIds.append(account.id);
-    }
-    const QList<int>& accounts = m_fixture.accountIds;
-    addPayment(1, 100, QDate(2024, 2, 1), accounts.at(0));
+    addPayment(1, 100, QDate(2024, 2, 1));
     addPayment(1, 200, QDate(2024, 2, 5));
-    addPayment(2, 300, QDate(2024, 2, 3), accounts.at(1));
-    addPayment(4, 400, QDate(2024, 3, 10), accounts.at(0));
-    addPayment(6, 500, QDate(2024, 4, 1), accounts.at(1));
+    addPayment(2, 300, QDate(2024, 2, 3));
+    addPayment(4, 400, QDate(2024, 3, 10));
+    addPayment(6, 500, QDate(2024, 4, 1));
 
     PaymentCriteria paymentCriteria;
     InvoiceCriteria invoiceCriteria;
@@ -457,25 +418,18 @@ void StorageTest::transactionsAndLogLines()
     QVERIFY(
         log.contains(QStringLiteral("debug: Tietokantakysely: SELECT max(number) FROM invoice")));
 
-    QVERIFY(db->transaction());
-    Invoice dropped = SampleRecords::invoice(customerId);
-    QVERIFY(query->saveInvoice(&dropped));
-    InvoiceItem item;
-    item.invoiceId = dropped.id;
-    QVERIFY(query->saveInvoiceItem(&item));
-    QVERIFY(db->rollback());
-    QCOMPARE(count("invoice") + count("invoice_item"), 0);
+    Invoice invoice = SampleRecords::invoice(customerId);
+    QVERIFY(db->transaction() && query->saveInvoice(&invoice) && db->rollback());
+    QCOMPARE(count("invoice"), 0);
     QVERIFY(log.contains(QStringLiteral("debug: Peruutetaan tietokantatapahtuma")));
+    invoice.id = -1;
+    QVERIFY(db->transaction() && query->saveInvoice(&invoice) && db->commit());
+    QCOMPARE(count("invoice"), 1);
 
-    QVERIFY(db->transaction());
-    Invoice kept = SampleRecords::invoice(customerId);
-    QVERIFY(query->saveInvoice(&kept));
-    QVERIFY(db->commit());
-    QCOMPARE(m_db->value(QStringLiteral("SELECT number FROM invoice")).toInt(), kept.number);
-
-    kept.id = -1;
-    kept.date = QDate();
-    QVERIFY(!query->saveInvoice(&kept));
+    // A missing date is refused by the NOT NULL column, and reported.
+    invoice.id = -1;
+    invoice.date = QDate();
+    QVERIFY(!query->saveInvoice(&invoice) && invoice.id == -1);
     QVERIFY(log.contains(QStringLiteral("warning: Tietokantavirhe: ") + query->lastError()));
 }
 
