@@ -1,8 +1,6 @@
 #include "core/invoiceitemclipboard.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/registry.h"
-#include "domain/customer.h"
-#include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/product.h"
 #include "recordfields.h"
@@ -16,7 +14,6 @@
 #include <QSignalSpy>
 #include <QtTest>
 
-#include <functional>
 #include <memory>
 
 namespace {
@@ -29,16 +26,6 @@ long long roundedDivision(__int128 numerator, __int128 denominator)
     const __int128 half = denominator / 2;
     return static_cast<long long>(
         numerator >= 0 ? (numerator + half) / denominator : -((-numerator + half) / denominator));
-}
-
-// Cents in the user's locale, e.g. 1 234.50.
-QString money(long long cents)
-{
-    const QLocale locale;
-    const QString sign = cents < 0 ? locale.negativeSign() : QString();
-    const long long absolute = qAbs(cents);
-    return sign + locale.toString(absolute / 100) + locale.decimalPoint()
-        + QString::number(absolute % 100).rightJustified(2, QLatin1Char('0'));
 }
 
 } // namespace
@@ -57,7 +44,6 @@ private slots:
     void cellEdits_data();
     void cellEdits();
     void clipboardRoundTrip();
-    void pastedLinesTakeTheProductRegister();
 
 private:
     static void setCell(Model& model, int row, int column, const QString& text)
@@ -80,7 +66,6 @@ void TestInvoiceItemTableModel::initTestCase()
     // Number, name, price in 1/10000, VAT rate, price excluding VAT.
     const QList<std::tuple<const char*, const char*, int, int, bool>> products
         = { { "24", "Konsultointi", 1240000, 2400, false }, { "255", "Kaapeli", 80000, 2550, true },
-              { "14", "Lounas", 28500, 1400, false }, { "10", "Kirja", 3850, 1000, false },
               { "0", "Koulutus", 77700, 0, true } };
     for (const auto& [number, name, amount, vatRate, vatExcluded] : products) {
         Product product;
@@ -113,35 +98,25 @@ void TestInvoiceItemTableModel::cleanup()
 
 void TestInvoiceItemTableModel::vatIncludedAndExcludedEntryAgree_data()
 {
-    QTest::addColumn<QString>("product");
     QTest::addColumn<int>("vatRate");
-    QTest::addColumn<QString>("quantity");
-    QTest::addColumn<long long>("scaledQuantity");
-    QTest::addColumn<QString>("priceIncluded");
-    QTest::addColumn<QString>("priceExcluded");
-    QTest::addColumn<long long>("scaledExcluded");
-    QTest::addColumn<QString>("discount");
-    QTest::addColumn<int>("scaledDiscount");
-
-    QTest::newRow("24 %, two") << "24" << 2400 << "2" << 20000LL << "12.40"
-                               << "10" << 100000LL << "" << 0;
-    QTest::newRow("25.5 %, discount") << "255" << 2550 << "3.5" << 35000LL << "10.04"
-                                      << "8.00" << 80000LL << "10" << 1000;
-    QTest::addRow("no VAT, full discount") << "0" << 0 << "0.333" << 3330LL << "7.77"
-                                           << "7.77" << 77700LL << "100" << 10000;
+    // The product, quantity, price with and without VAT and discount typed.
+    QTest::addColumn<QStringList>("typed");
+    QTest::addRow("24 %%, two") << 2400 << QStringList { "24", "2", "12.40", "10", "" };
+    QTest::addRow("25.5 %%, discount")
+        << 2550 << QStringList { "255", "3.5", "10.04", "8.00", "10" };
+    QTest::addRow("no VAT, full discount")
+        << 0 << QStringList { "0", "0.333", "7.77", "7.77", "100" };
 }
 
 void TestInvoiceItemTableModel::vatIncludedAndExcludedEntryAgree()
 {
-    QFETCH(QString, product);
     QFETCH(int, vatRate);
-    QFETCH(QString, quantity);
-    QFETCH(long long, scaledQuantity);
-    QFETCH(QString, priceIncluded);
-    QFETCH(QString, priceExcluded);
-    QFETCH(long long, scaledExcluded);
-    QFETCH(QString, discount);
-    QFETCH(int, scaledDiscount);
+    QFETCH(QStringList, typed);
+    const QString product = typed.at(0), quantity = typed.at(1), priceIncluded = typed.at(2),
+                  priceExcluded = typed.at(3), discount = typed.at(4);
+    const long long scaledQuantity = qRound64(quantity.toDouble() * 10000);
+    const long long scaledExcluded = qRound64(priceExcluded.toDouble() * 10000);
+    const long long scaledDiscount = qRound64(discount.toDouble() * 100);
 
     // Independently: the row total before rounding is q * p * (1 - d) in
     // 1/10^12 of a euro; VAT-included p is the excluded price times (1 + r).
@@ -169,8 +144,6 @@ void TestInvoiceItemTableModel::vatIncludedAndExcludedEntryAgree()
         // The breakdown takes the VAT out of the sum including VAT.
         QCOMPARE(model->totalVatAmount(),
             includedCents - roundedDivision(__int128(includedCents) * 10000, 10000 + vatRate));
-        QCOMPARE(model->index(0, Model::TotalColumn).data().toString(),
-            money(model == &excluded ? excludedCents : includedCents));
     }
     // The same row, whichever way its price was typed.
     QCOMPARE(m_model->invoiceItemAt(0)->amountVatIncluded(),
@@ -196,13 +169,9 @@ void TestInvoiceItemTableModel::cellEdits_data()
     row("product fills the row", true, {}, product, " 255 ", true,
         { "productNumber=255", "productName=Kaapeli", "unitCode=kpl", "amount=80000",
             "vatRate=2550", "vatExcluded=true" });
-    row("unknown product keeps price and text", true, { "0=24", "1=  Työt ", "2=2" }, product,
-        "9999", true, { "productNumber=", "productName=", "text=Työt", "amount=1240000" });
     // 1000 x 999 = 9 990 000 stays below the limit, 1000 x 1000 does not.
     row("quantity too large", true, { "0=24", "4=1000" }, quantity, "1000", false,
         { "quantity=0" });
-    row("price too large", true, { "0=24", "2=1000" }, price, "1000.01", false,
-        { "amount=1240000" });
     // Excluding VAT, the limit applies to the total with VAT added.
     row("price too large with VAT", false, { "0=24", "2=1000" }, price, "810", false,
         { "amount=1240000", "vatExcluded=false" });
@@ -272,46 +241,6 @@ void TestInvoiceItemTableModel::clipboardRoundTrip()
     QCOMPARE(source.cutRowsToClipboard({ 1 }), 1);
     QCOMPARE(m_model->rowCount(), 2);
     QVERIFY(QGuiApplication::clipboard()->text().contains(QStringLiteral("Ei kopioida")));
-}
-
-void TestInvoiceItemTableModel::pastedLinesTakeTheProductRegister()
-{
-    // Lines from another invoice: a known product under an old name and VAT
-    // rate, an unknown product, a six-field line and a line of text.
-    const QString text = QStringLiteral("24\tVanha nimi\tTyöt\t3\th\t50.00\t10\t135.00\n"
-                                        "777\tPoistunut\tJotain\t2\tkpl\t5\t\t10\n"
-                                        "24\tKonsultointi\tKuusi\t1\th\t124\n"
-                                        "pelkkää tekstiä\n"
-                                        "\t\tVain teksti\tx\t\tabc\t\t\n");
-    QCOMPARE(m_model->invoiceItemsFromString(text), 3);
-    QCOMPARE(m_model->rowCount(), 3);
-
-    // The register's name and rate for a known product; a text-only line keeps no numbers.
-    auto fields = [&](int row, const QStringList& names) {
-        QStringList result;
-        for (const QString& field : RecordFields::of(*m_model->invoiceItemAt(row))) {
-            if (names.contains(field.section(QLatin1Char('='), 0, 0)))
-                result.append(field);
-        }
-        return result;
-    };
-    QCOMPARE(fields(0, { "productName", "quantity", "amount", "vatRate", "discount", "text" }),
-        QStringList({ "productName=Konsultointi", "quantity=30000", "amount=500000", "vatRate=2400",
-            "discount=1000", "text=Työt" }));
-    QCOMPARE(fields(1, { "productNumber", "productName", "amount", "discount", "text" }),
-        QStringList(
-            { "productNumber=", "productName=", "amount=50000", "discount=0", "text=Jotain" }));
-    QCOMPARE(fields(2, { "quantity", "amount", "text" }),
-        QStringList({ "quantity=0", "amount=0", "text=Vain teksti" }));
-
-    // Prices of a VAT-free model are pasted excluding VAT at rate 0.
-    Model vatFree(m_registry.get());
-    vatFree.setVatFree(true);
-    vatFree.setVatIncluded(false);
-    QCOMPARE(vatFree.invoiceItemsFromString(text.section(QLatin1Char('\n'), 0, 0)), 1);
-    QCOMPARE(QList<qint64>({ vatFree.invoiceItemAt(0)->vatRate,
-                 vatFree.invoiceItemAt(0)->amountVatExcluded() }),
-        QList<qint64>({ 0, 500000 }));
 }
 
 QTEST_MAIN(TestInvoiceItemTableModel)

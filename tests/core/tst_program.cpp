@@ -77,13 +77,9 @@ void TestProgram::startsOnNewSQLiteDatabase()
         process.kill();
     process.waitForFinished(10000);
 
-    QVERIFY2(QRegularExpression(QStringLiteral("^\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d DEBUG "
-                                               "\\[veklari\\.ui\\] Veklari 1\\.28\\.1$"),
-                 QRegularExpression::MultilineOption)
-                 .match(log)
-                 .hasMatch(),
+    QVERIFY2(log.contains(QStringLiteral(" DEBUG [veklari.ui] Veklari 1.28.1\n"))
+            && log.contains(QStringLiteral(" DEBUG [veklari.ui] Haetaan laskujen tiedot\n")),
         qPrintable(log));
-    QVERIFY(log.contains(QStringLiteral(" DEBUG [veklari.ui] Haetaan laskujen tiedot\n")));
     QVERIFY2(!log.contains(QStringLiteral(" WARNING [veklari.")), qPrintable(log));
     // The configuration went nowhere else; the new database lies beside it.
     QVERIFY(!QFileInfo::exists(home + QStringLiteral("/config/Veklari")));

@@ -5,7 +5,6 @@
 #include "domain/invoicecriteria.h"
 #include "domain/invoiceitem.h"
 #include "domain/payment.h"
-#include "domain/printscript.h"
 #include "domain/product.h"
 #include "domain/settings.h"
 
@@ -72,11 +71,6 @@ QStringList RecordFields::of(const InvoiceCriteria& r)
 QStringList RecordFields::of(const Payment& r)
 {
     return { F(id), F(invoiceId), F(date), F(bankAccountId), F(amount) };
-}
-
-QStringList RecordFields::of(const PrintScript& r)
-{
-    return { F(id), F(type), F(name), F(sourceCode) };
 }
 
 QStringList RecordFields::of(const Product& r)

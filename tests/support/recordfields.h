@@ -9,7 +9,6 @@ class Invoice;
 class InvoiceCriteria;
 class InvoiceItem;
 class Payment;
-class PrintScript;
 class Product;
 class Settings;
 
@@ -25,7 +24,6 @@ public:
     static QStringList of(const InvoiceItem& item);
     static QStringList of(const InvoiceCriteria& criteria);
     static QStringList of(const Payment& payment);
-    static QStringList of(const PrintScript& script);
     static QStringList of(const Product& product);
     static QStringList of(const Settings& settings);
 };

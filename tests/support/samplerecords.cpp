@@ -4,7 +4,6 @@
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/payment.h"
-#include "domain/printscript.h"
 #include "domain/product.h"
 #include "domain/settings.h"
 
@@ -89,15 +88,6 @@ Payment SampleRecords::payment(int invoiceId, int bankAccountId)
     p.bankAccountId = bankAccountId;
     p.amount = -200;
     return p;
-}
-
-PrintScript SampleRecords::printScript()
-{
-    PrintScript s;
-    s.type = QStringLiteral("invoice");
-    s.name = QStringLiteral("Oma lasku");
-    s.sourceCode = QStringLiteral("// Oma\nprint('ä');\n");
-    return s;
 }
 
 Product SampleRecords::product()

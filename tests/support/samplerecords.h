@@ -6,7 +6,6 @@ class Customer;
 class Invoice;
 class InvoiceItem;
 class Payment;
-class PrintScript;
 class Product;
 class Settings;
 
@@ -21,7 +20,6 @@ public:
     static Invoice invoice(int customerId);
     static InvoiceItem invoiceItem(int invoiceId);
     static Payment payment(int invoiceId, int bankAccountId);
-    static PrintScript printScript();
     static Product product();
     static Settings settings();
 };
