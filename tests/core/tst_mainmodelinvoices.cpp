@@ -59,11 +59,6 @@ Listed listed(int number)
         number % 4 == 0 ? 0 : number * 10, number % 2 == 1 };
 }
 
-int intValue(TestDatabase& db, const QString& sql)
-{
-    return db.value(sql).toInt();
-}
-
 } // namespace
 
 class TestMainModelInvoices : public QObject
@@ -92,7 +87,6 @@ private:
     void addListFixture();
     QList<int> shownNumbers() const;
     int saveCustomer(const QString& name, int number);
-    void saveProduct(const QString& number, long long amount, int vatRate, bool vatExcluded);
     // Edits of a row as column-text pairs, inserting the row when it is new.
     void editRow(int row, const Cells& cells);
     void addPayment(int amount);
@@ -154,20 +148,6 @@ int TestMainModelInvoices::saveCustomer(const QString& name, int number)
     if (!query->saveCustomer(&customer) || !m_registry->fetchCustomers(query.get()))
         return -1;
     return customer.id;
-}
-
-void TestMainModelInvoices::saveProduct(
-    const QString& number, long long amount, int vatRate, bool vatExcluded)
-{
-    std::unique_ptr<Query> query(m_registry->database()->query());
-    Product product;
-    product.number = number;
-    product.name = QStringLiteral("Tuote %1").arg(number);
-    product.amount = amount;
-    product.vatRate = vatRate;
-    product.vatExcluded = vatExcluded;
-    QVERIFY2(query->saveProduct(&product) && m_registry->fetchProducts(query.get()),
-        qPrintable(query->lastError()));
 }
 
 void TestMainModelInvoices::editRow(int row, const Cells& cells)
@@ -295,8 +275,18 @@ void TestMainModelInvoices::typicalRequest()
     QFETCH(int, backend);
     TestDatabase db { TestDatabase::Backend(backend) };
     QVERIFY(openSession(db));
-    saveProduct(QStringLiteral("101"), 248000, 2400, false); // 24.80 with VAT
-    saveProduct(QStringLiteral("202"), 100000, 2550, true); // 10.00 without VAT
+    // 24.80 with VAT and 10.00 without.
+    std::unique_ptr<Query> query(m_registry->database()->query());
+    for (const auto& [number, amount, vatRate] :
+        { std::tuple("101", 248000, 2400), std::tuple("202", 100000, 2550) }) {
+        Product product;
+        product.number = QLatin1String(number);
+        product.amount = amount;
+        product.vatRate = vatRate;
+        product.vatExcluded = vatRate == 2550;
+        QVERIFY(query->saveProduct(&product));
+    }
+    QVERIFY(m_registry->fetchProducts(query.get()));
     const int customerId = saveCustomer(QStringLiteral("Asiakas Oy"), 20);
 
     // The first invoice of a database: number 1, reference 100 and its 7-3-1 check digit.
@@ -316,9 +306,10 @@ void TestMainModelInvoices::typicalRequest()
     const int total = 3 * 2480 + 2 * 1255;
     const int id = invoice->id;
     const QString balanceSql = QStringLiteral("SELECT balance FROM invoice WHERE id = %1").arg(id);
-    QCOMPARE(QList<int>({ invoice->totalAmount, m_model->invoiceTableModel()->invoiceAt(0)->balance,
-                 intValue(db, balanceSql), intValue(db, "SELECT count(*) FROM invoice_item"),
-                 intValue(db, "SELECT sum(amount) FROM payment") }),
+    QCOMPARE(
+        QList<int>({ invoice->totalAmount, m_model->invoiceTableModel()->invoiceAt(0)->balance,
+            db.value(balanceSql).toInt(), db.value("SELECT count(*) FROM invoice_item").toInt(),
+            db.value("SELECT sum(amount) FROM payment").toInt() }),
         QList<int>({ total, total - 1000, total - 1000, 2, 1000 }));
 
     // Reloaded in a new session, as after a restart: read-only, since it is
@@ -343,7 +334,7 @@ void TestMainModelInvoices::typicalRequest()
     QCOMPARE(m_model->invoiceTableModel()->invoiceAt(0)->balance, total);
     addPayment(total);
     QVERIFY2(m_model->saveInvoice(), qPrintable(m_model->lastError()));
-    QCOMPARE(intValue(db, balanceSql), 0);
+    QCOMPARE(db.value(balanceSql).toInt(), 0);
 }
 
 void TestMainModelInvoices::failedSaveWritesNothing()
@@ -367,9 +358,9 @@ void TestMainModelInvoices::failedSaveWritesNothing()
     QVERIFY(!m_model->saveInvoice());
     QVERIFY2(m_model->lastError().contains(QStringLiteral("rivi hylätty")),
         qPrintable(m_model->lastError()));
-    QCOMPARE(intValue(db,
-                 "SELECT (SELECT count(*) FROM invoice) + (SELECT count(*) FROM "
-                 "invoice_item) + (SELECT count(*) FROM payment)"),
+    QCOMPARE(db.value("SELECT (SELECT count(*) FROM invoice) + (SELECT count(*) FROM "
+                      "invoice_item) + (SELECT count(*) FROM payment)")
+                 .toInt(),
         0);
     QCOMPARE(m_model->invoice()->id + m_model->invoiceCount(), -1);
     QVERIFY(m_model->invoiceItemTableModel()->isChanged());
@@ -377,19 +368,19 @@ void TestMainModelInvoices::failedSaveWritesNothing()
     // Corrected, the same invoice saves whole: every row and payment once.
     editRow(1, { { M::TextColumn, "sallittu" } });
     QVERIFY2(m_model->saveInvoice(), qPrintable(m_model->lastError()));
-    QCOMPARE(intValue(db,
-                 "SELECT (SELECT count(*) FROM invoice_item) * 10 + (SELECT count(*) "
-                 "FROM payment)"),
+    QCOMPARE(db.value("SELECT (SELECT count(*) FROM invoice_item) * 10 + (SELECT count(*) "
+                      "FROM payment)")
+                 .toInt(),
         31);
-    QCOMPARE(intValue(db, "SELECT total_amount FROM invoice"), 3000);
+    QCOMPARE(db.value("SELECT total_amount FROM invoice").toInt(), 3000);
 
     // A refused row in an update leaves the stored invoice as it was.
     editRow(
         3, { { M::TextColumn, "KIELLETTY" }, { M::PriceColumn, "1" }, { M::QuantityColumn, "1" } });
     editRow(0, { { M::TextColumn, "muutettu" } });
     QVERIFY(!m_model->saveInvoice());
-    QCOMPARE(intValue(db, "SELECT total_amount FROM invoice"), 3000);
-    QCOMPARE(intValue(db, "SELECT count(*) FROM invoice_item WHERE text = 'muutettu'"), 0);
+    QCOMPARE(db.value("SELECT total_amount FROM invoice").toInt(), 3000);
+    QCOMPARE(db.value("SELECT count(*) FROM invoice_item WHERE text = 'muutettu'").toInt(), 0);
 }
 
 void TestMainModelInvoices::quickSearches_data()

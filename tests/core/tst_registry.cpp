@@ -1,14 +1,30 @@
 #include "core/filelogger.h"
 #include "core/registry.h"
+#include "domain/logging.h"
 
 #include <QtTest>
 
+namespace {
+
+QString readFile(const QString& fileName)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly | QIODevice::Text) ? QString::fromUtf8(file.readAll())
+                                                            : QString();
+}
+
+} // namespace
+
+// The log file: its lines, its filter and the names the configuration gives it.
 class TestRegistry : public QObject
 {
     Q_OBJECT
 
 private slots:
     void initTestCase();
+    void formatLine_data();
+    void formatLine();
+    void debugFilter();
     void setupLogging_data();
     void setupLogging();
     void logFileNames_data();
@@ -41,6 +57,62 @@ void TestRegistry::initTestCase()
     QVERIFY(m_dir.isValid());
     QCoreApplication::setApplicationName(QStringLiteral("Veklari"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VEKLARI_VERSION));
+    installFileLogger();
+}
+
+void TestRegistry::formatLine_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QByteArray>("category");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("expectedRest");
+    auto row = [](QtMsgType type, const QByteArray& category, const QString& message,
+                   const QString& rest) {
+        QTest::addRow("%s", qPrintable(rest)) << int(type) << category << message << rest;
+    };
+    row(QtDebugMsg, "veklari.ui", "Veklari 1.28.1", " DEBUG [veklari.ui] Veklari 1.28.1");
+    row(QtWarningMsg, "veklari.database", "Tietokantavirhe: ei yhteyttä",
+        " WARNING [veklari.database] Tietokantavirhe: ei yhteyttä");
+    row(QtWarningMsg, QByteArray(), "plain", " WARNING plain");
+}
+
+void TestRegistry::formatLine()
+{
+    QFETCH(int, type);
+    QFETCH(QByteArray, category);
+    QFETCH(QString, message);
+    QFETCH(QString, expectedRest);
+
+    const QMessageLogContext context(
+        nullptr, 0, nullptr, category.isNull() ? nullptr : category.constData());
+    const QDateTime before = QDateTime::currentDateTime().addMSecs(-1000);
+    const QString line = FileLogger::formatLine(QtMsgType(type), context, message);
+    const QDateTime after = QDateTime::currentDateTime();
+
+    // "2024-03-01T14:05:09": local time to the second, no zone.
+    const QDateTime logged = QDateTime::fromString(line.left(19), "yyyy-MM-ddTHH:mm:ss");
+    QVERIFY(logged >= before && logged <= after);
+    QCOMPARE(line.mid(19), expectedRest);
+}
+
+// Debug lines are dropped unless debug is on, except those of the ws
+// category; warnings always pass.
+void TestRegistry::debugFilter()
+{
+    const QString logFile = m_dir.filePath(QStringLiteral("filter.log"));
+    FileLogger::getInstance()->setOutputFileName(logFile);
+    FileLogger::getInstance()->setEnabled(true);
+    FileLogger::getInstance()->setDebugEnabled(false);
+    qCDebug(logDatabase) << "debug probe";
+    qCDebug(logWs) << "debug probe";
+    qCWarning(logDatabase) << "warning probe";
+    FileLogger::getInstance()->setDebugEnabled(true);
+    qCDebug(logUi) << "debug probe";
+    const QString log = readFile(logFile);
+    QVERIFY(!log.contains(QStringLiteral(" DEBUG [veklari.database] debug probe\n")));
+    QVERIFY(log.contains(QStringLiteral(" DEBUG [veklari.ws] debug probe\n")));
+    QVERIFY(log.contains(QStringLiteral(" WARNING [veklari.database] warning probe\n")));
+    QVERIFY(log.contains(QStringLiteral(" DEBUG [veklari.ui] debug probe\n")));
 }
 
 void TestRegistry::setupLogging_data()
@@ -78,9 +150,7 @@ void TestRegistry::setupLogging()
             + written.value("logging/debugEnabled").toString(),
         "Veklari.log" + QVariant(enabled).toString() + QVariant(debugEnabled).toString());
     // The version line goes out at debug level.
-    QFile logFile(QDir(dir).filePath(QStringLiteral("Veklari.log")));
-    const QString log
-        = logFile.open(QIODevice::ReadOnly) ? QString::fromUtf8(logFile.readAll()) : QString();
+    const QString log = readFile(QDir(dir).filePath(QStringLiteral("Veklari.log")));
     QCOMPARE(log.contains(QStringLiteral(" DEBUG [veklari.ui] Veklari 1.28.1\n")),
         enabled && debugEnabled);
 }

@@ -97,20 +97,6 @@ private slots:
         QCOMPARE(Invoice::calculateReferenceNumberCheckDigit(QString()), 0);
     }
 
-    void formats()
-    {
-        // Validity is the length alone: the check digit is not examined.
-        QVERIFY(!Invoice::isValidReferenceNumber("12"));
-        QVERIFY(!Invoice::isValidReferenceNumber("12345678901234567894"));
-        QVERIFY(Invoice::isValidReferenceNumber("RF341234561"));
-        QCOMPARE(Invoice::formatReferenceNumber("12345678901234567894") + "|"
-                + Invoice::formatReferenceNumber("RF341234561"),
-            QStringLiteral("12345 67890 12345 67894|RF34 1234 561"));
-        QCOMPARE(Invoice::formatSpyReferenceNumber("12") + "|"
-                + Invoice::formatSpyReferenceNumber("RF341234561"),
-            QStringLiteral("00000000000000000012|000000000RF341234561"));
-    }
-
     void barcode_data()
     {
         QTest::addColumn<QString>("iban");

@@ -3,7 +3,6 @@
 #include "domain/entityutil.h"
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
-#include "domain/payment.h"
 #include "domain/product.h"
 #include "domain/settings.h"
 #include "recordfields.h"
@@ -81,9 +80,7 @@ private slots:
         checkCopyAndClear(SampleRecords::invoice(6));
         checkCopyAndClear(SampleRecords::settings());
         checkCopyAndClear(SampleRecords::product());
-        checkCopyAndClear(SampleRecords::bankAccount());
         checkCopyAndClear(SampleRecords::invoiceItem(7));
-        checkCopyAndClear(SampleRecords::payment(7, 8));
         QCOMPARE(
             RecordFields::of(BankAccount()).filter("visible="), QStringList { "visible=true" });
     }
