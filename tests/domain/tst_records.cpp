@@ -1,6 +1,5 @@
 #include "domain/bankaccount.h"
 #include "domain/customer.h"
-#include "domain/entityutil.h"
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/product.h"
@@ -35,14 +34,6 @@ class TestRecords : public QObject
     Q_OBJECT
 
 private slots:
-    void escapeQuirk()
-    {
-        // An escaped backslash before an escaped line feed: the line feed
-        // comes back as the text backslash, n. Stored data depends on it.
-        QCOMPARE(EntityUtil::escapeString("a\\\n"), QStringLiteral("a\\\\\\n"));
-        QCOMPARE(EntityUtil::unescapeString("a\\\\\\n"), QStringLiteral("a\\\\n"));
-    }
-
     void businessIdCheckDigitAgainstHandSum()
     {
         // The rule written out here: weights 7 9 10 5 8 4 2, mod 11, a

@@ -240,11 +240,9 @@ void MigrationTest::newerVersionIsLeftAlone()
 
     LogCapture log("veklari.database");
     QVERIFY2(db.open(false), qPrintable(db.lastError()));
-    QVERIFY(db.database()->exists());
-    QVERIFY(!log.containsPrefix(QStringLiteral("debug: Päivitetään")));
-    QVERIFY(!log.containsPrefix(QStringLiteral("warning:")));
-    QCOMPARE(db.value(QStringLiteral("SELECT version FROM settings")).toInt(), 11);
-    QCOMPARE(db.value(QStringLiteral("SELECT count(*) FROM product")).toInt(), 1);
+    QVERIFY(log.lines().filter(QRegularExpression("Päivitetään|warning:")).isEmpty());
+    QCOMPARE(db.value("SELECT version * 10 + (SELECT count(*) FROM product) FROM settings").toInt(),
+        111);
     QCOMPARE(backupCount(db.directory()), backupsBefore);
 }
 
