@@ -2,7 +2,6 @@
 #include "core/registry.h"
 #include "domain/invoicecriteria.h"
 #include "tst_mainwindowfixture.h"
-#include "ui/aboutdialog.h"
 #include "ui/bankaccountdialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
@@ -83,11 +82,8 @@ private slots:
 
     void commandTable_data();
     void commandTable();
-    void shortcutsAreUnique();
-    void onlyGeneralCommandsWithoutDatabase();
     void mnemonicsAreUnique_data();
     void mnemonicsAreUnique();
-    void aboutDialog();
 
 private:
     std::unique_ptr<WindowFixture> m_f;
@@ -193,38 +189,6 @@ void TestMainWindowCommands::commandTable()
     QAction* action = found.at(0);
     QCOMPARE(action->shortcut(), QKeySequence::fromString(shortcut, QKeySequence::PortableText));
     QCOMPARE(action->isEnabled(), enabled);
-    // Reachable from the menus.
-    const QList<QObject*> owners = action->associatedObjects();
-    QVERIFY(std::any_of(owners.cbegin(), owners.cend(),
-        [](QObject* owner) { return qobject_cast<QMenu*>(owner) != nullptr; }));
-}
-
-void TestMainWindowCommands::shortcutsAreUnique()
-{
-    QVERIFY(m_f->start());
-    QStringList keys;
-    for (const QAction* action : m_f->window()->findChildren<QAction*>()) {
-        for (const QKeySequence& sequence : action->shortcuts())
-            keys.append(sequence.toString(QKeySequence::PortableText));
-    }
-    QVERIFY(keys.size() >= 35);
-    QCOMPARE(QSet<QString>(keys.cbegin(), keys.cend()).size(), keys.size());
-}
-
-void TestMainWindowCommands::onlyGeneralCommandsWithoutDatabase()
-{
-    Registry registry;
-    registry.loadSettings(m_f->configFile());
-    TestWindow window(&registry);
-    QStringList enabled;
-    for (const QAction* action : window.findChildren<QAction*>()) {
-        if (action->isEnabled() && !action->text().isEmpty() && !action->menu())
-            enabled.append(action->text());
-    }
-    enabled.sort();
-    QCOMPARE(enabled.join(u'|'),
-        QStringLiteral("&Lopeta|&Sisältö|&Tietoja|Laskut|Näytä &alennus-%|Näytä ALV-%|"
-                       "Näytä a&lennettu à-hinta|Työkalurivi|Valitse &yritys"));
 }
 
 void TestMainWindowCommands::mnemonicsAreUnique_data()
@@ -277,23 +241,6 @@ void TestMainWindowCommands::mnemonicsAreUnique()
         texts = mnemonicTexts(dialog.get());
     QVERIFY(texts.size() > 2);
     QCOMPARE(clashes(texts), QStringList());
-}
-
-void TestMainWindowCommands::aboutDialog()
-{
-    QVERIFY(m_f->start());
-    QStringList texts;
-    m_f->window()->dialogHandler = [&texts](QDialog* dialog) {
-        for (const QLabel* label : dialog->findChildren<QLabel*>())
-            texts.append(label->text());
-        return int(QDialog::Accepted);
-    };
-    m_f->action("aboutAction")->trigger();
-    QCOMPARE(texts.size(), 3);
-    QVERIFY(texts.at(0).contains(QStringLiteral("Veklari 1.28.1")));
-    QCOMPARE(texts.at(2), QStringLiteral("© Veklari"));
-    // The program claims no licence it has not been given.
-    QVERIFY(!texts.join(u' ').contains(QStringLiteral("lisens"), Qt::CaseInsensitive));
 }
 
 QTEST_MAIN(TestMainWindowCommands)

@@ -2,7 +2,6 @@
 
 #include "core/mainmodel.h"
 #include "core/registry.h"
-#include "domain/bankaccount.h"
 #include "domain/customer.h"
 #include "domain/invoice.h"
 #include "domain/product.h"
@@ -16,7 +15,6 @@
 #include <QDialog>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSettings>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -25,11 +23,7 @@
 #include <QtTest>
 
 WindowFixture::WindowFixture() = default;
-
-WindowFixture::~WindowFixture()
-{
-    stop();
-}
+WindowFixture::~WindowFixture() = default;
 
 bool WindowFixture::start(const QDate& today)
 {
@@ -53,7 +47,6 @@ bool WindowFixture::restart(const QDate& today)
 
 void WindowFixture::stop()
 {
-    // Destroyed like the program does at exit: window first, then registry.
     m_window.reset();
     m_registry.reset();
 }
@@ -65,16 +58,7 @@ Database* WindowFixture::database() const
 
 QString WindowFixture::text(const char* lineEditName) const
 {
-    QLineEdit* edit = widget<QLineEdit>(lineEditName);
-    return edit ? edit->text() : QStringLiteral("(no %1)").arg(QLatin1String(lineEditName));
-}
-
-QAction* WindowFixture::action(const char* name) const
-{
-    QAction* action = m_window->findChild<QAction*>(QString::fromLatin1(name));
-    if (!action)
-        qWarning("no action %s", name);
-    return action;
+    return widget<QLineEdit>(lineEditName)->text();
 }
 
 namespace {
@@ -115,14 +99,6 @@ int WindowFixture::addProduct(const QString& number, const QString& name, const 
     return saved(database(), product, &Query::saveProduct);
 }
 
-int WindowFixture::addBankAccount(const QString& name, const QString& iban)
-{
-    BankAccount account;
-    account.name = name;
-    account.iban = iban;
-    return saved(database(), account, &Query::saveBankAccount);
-}
-
 int WindowFixture::addInvoice(int number, int customerId, const QDate& date, const QDate& dueDate,
     int totalAmount, int balance)
 {
@@ -145,12 +121,6 @@ QVariant WindowFixture::storedValue(const QString& sql) const
     return query.value(0);
 }
 
-bool WindowFixture::exec(const QString& sql) const
-{
-    QSqlQuery query(QSqlDatabase::database(database()->connectionName()));
-    return query.exec(sql);
-}
-
 int WindowFixture::storedInvoiceCount() const
 {
     return storedValue(QStringLiteral("SELECT count(*) FROM invoice")).toInt();
@@ -161,11 +131,6 @@ void addFieldColumns()
     QTest::addColumn<QString>("field");
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("warning");
-}
-
-void addFieldRow(const char* name, const char* field, const char* text, const QString& warning)
-{
-    QTest::newRow(name) << QString::fromLatin1(field) << QString::fromUtf8(text) << warning;
 }
 
 QString withCheckDigit(const QString& base)

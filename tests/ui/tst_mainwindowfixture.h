@@ -3,12 +3,12 @@
 
 #include "ui/mainwindow.h"
 
+#include <QAction>
 #include <QDate>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QStringList>
 #include <QTemporaryDir>
-#include <QUrl>
 #include <functional>
 #include <memory>
 
@@ -42,8 +42,6 @@ public:
     QStringList messages;
     // Runs a dialog the window opens; without one the dialog is cancelled.
     std::function<int(QDialog*)> dialogHandler;
-    QList<QUrl> openedUrls;
-    bool urlOpens = true;
 
 protected:
     bool askQuestion(const QString& question) override
@@ -57,21 +55,16 @@ protected:
     {
         return dialogHandler ? dialogHandler(dialog) : int(QDialog::Rejected);
     }
-    bool openUrl(const QUrl& url) override
-    {
-        openedUrls.append(url);
-        return urlOpens;
-    }
+    bool openUrl(const QUrl&) override { return false; }
 };
 
-// A window on a new SQLite database of its own configuration file, with
-// helpers to put reference data straight into the database.
+// A window on a new SQLite database of its own configuration file. The
+// window goes before the registry, as at the program's exit.
 class WindowFixture
 {
 public:
     WindowFixture();
     ~WindowFixture();
-
     QString configFile() const { return m_dir.filePath(QStringLiteral("Veklari.ini")); }
 
     // A new registry and window on the configuration, shown and active,
@@ -84,7 +77,7 @@ public:
     TestWindow* window() const { return m_window.get(); }
     Registry* registry() const { return m_registry.get(); }
     Database* database() const;
-    QAction* action(const char* name) const;
+    QAction* action(const char* name) const { return widget<QAction>(name); }
     template<typename T>
     T* widget(const char* name) const
     {
@@ -97,7 +90,6 @@ public:
         const QString& referenceNumber = QString());
     int addProduct(const QString& number, const QString& name, const QString& unit,
         long long amount, int vatRate, bool vatExcluded);
-    int addBankAccount(const QString& name, const QString& iban);
     // Saves an invoice with a customer and dates; returns its id.
     int addInvoice(int number, int customerId, const QDate& date, const QDate& dueDate,
         int totalAmount, int balance);
@@ -106,7 +98,6 @@ public:
     int storedInvoiceCount() const;
     // The first column of the first row of a SELECT on the window's database.
     QVariant storedValue(const QString& sql) const;
-    bool exec(const QString& sql) const;
 
 private:
     QTemporaryDir m_dir;
@@ -114,10 +105,9 @@ private:
     std::unique_ptr<TestWindow> m_window;
 };
 
-// Tables of a field (by object name), the text typed into it and the
-// warning that the user gets, empty for none.
+// Columns of a field (by object name), the text typed into it and the
+// warning that the user gets.
 void addFieldColumns();
-void addFieldRow(const char* name, const char* field, const char* text, const QString& warning);
 
 // The 7-3-1 check digit appended, computed without the program's helpers.
 QString withCheckDigit(const QString& base);
@@ -125,15 +115,13 @@ QString withCheckDigit(const QString& base);
 // Every row of a table, ordered by id, as "column|column" lines.
 QStringList tableRows(Database* database, const QString& table);
 
-// Where a keyboard would send a key: to the open list of completions, if
-// any, which hands the key on to its field; else to the widget, or without
-// one to the widget that has the keyboard focus.
+// Where a keyboard would send a key: an open list of completions, else
+// the widget, else the focus widget.
 QWidget* keyTarget(QWidget* widget = nullptr);
 // Presses a key where the keyboard is.
 void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-// QTest::keyClicks takes ASCII only; other letters go in as key events
-// carrying their text, as a keyboard would send them. Without a widget the
-// keys go where the keyboard is.
+// Also letters outside ASCII, which QTest::keyClicks cannot type. Without
+// a widget the keys go where the keyboard is.
 void typeText(QWidget* widget, const QString& text);
 void keys(const QString& text);
 // Selects what the field holds and types the text over it.

@@ -4,7 +4,6 @@
 #include "core/registry.h"
 #include "domain/bankaccount.h"
 #include "domain/decimalformat.h"
-#include "domain/product.h"
 #include "domain/settings.h"
 #include "tst_mainwindowfixture.h"
 #include "ui/bankaccountdialog.h"
@@ -87,10 +86,8 @@ void TestMainWindowStory::throughMenu(
             qWarning("the dialog did not get the keyboard");
         steps(dialog);
         // Whatever the steps did, never leave a dialog hanging.
-        if (dialog->isVisible()) {
-            qWarning("%s left open", dialog->metaObject()->className());
+        if (dialog->isVisible())
             dialog->reject();
-        }
     });
     timer->start();
     const QPointer<QTimer> waiting(timer);
@@ -146,16 +143,6 @@ void TestMainWindowStory::firstDayByKeyboard()
         press(Qt::Key_Up);
         press(Qt::Key_Return);
     });
-    bool found = false;
-    const Product* work = m_f.registry()->productByNumber(QStringLiteral("10"), found);
-    QVERIFY(found);
-    QCOMPARE(QList<qint64>({ work->amount, work->vatExcluded, work->vatRate }),
-        QList<qint64>({ 800000, 1, 2550 }));
-    const Product* disk = m_f.registry()->productByNumber(QStringLiteral("20"), found);
-    QVERIFY(found);
-    QCOMPARE(QList<qint64>({ disk->amount, disk->vatExcluded, disk->vatRate }),
-        QList<qint64>({ 1255000, 0, 2550 }));
-
     // A bank account.
     throughMenu(Qt::Key_A, Qt::Key_P, [](QDialog* dialog) {
         QVERIFY(qobject_cast<BankAccountDialog*>(dialog));
@@ -213,8 +200,6 @@ void TestMainWindowStory::firstDayByKeyboard()
     QCOMPARE(m_f.window()->model()->invoiceItemTableModel()->rowCount(), 2);
     QCOMPARE(shownAmounts(), amounts);
     QCOMPARE(m_f.registry()->settings()->sellerBusinessId, QStringLiteral("1234567-1"));
-    QCOMPARE(m_f.registry()->bankAccountAt(0)->iban, QStringLiteral("FI2112345600000785"));
-    QCOMPARE(m_f.window()->windowTitle(), QStringLiteral("laskutus - Veklari"));
 }
 
 QTEST_MAIN(TestMainWindowStory)

@@ -1,11 +1,9 @@
-#include "core/invoicetablemodel.h"
 #include "core/registry.h"
 #include "domain/invoicecriteria.h"
 #include "recordfields.h"
 #include "tst_mainwindowfixture.h"
 #include "ui/searchdialog.h"
 
-#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
@@ -43,15 +41,11 @@ private slots:
     void cleanup();
 
     void typedFieldsBecomeCriteria();
-    void criteriaComeBackIntoFields();
     void refusedFields_data();
     void refusedFields();
-    void cancelAndClear();
-    void windowListsWhatTheDialogFinds();
 
 private:
     std::unique_ptr<WindowFixture> m_f;
-    int m_virtanen = -1;
     int m_makinen = -1;
 };
 
@@ -64,7 +58,7 @@ void TestSearchDialog::init()
 {
     m_f = std::make_unique<WindowFixture>();
     QVERIFY(m_f->start());
-    m_virtanen = m_f->addCustomer(QStringLiteral("Virtanen Oy"));
+    m_f->addCustomer(QStringLiteral("Virtanen Oy"));
     m_makinen = m_f->addCustomer(QStringLiteral("Mäkinen Tmi"));
     m_f->refresh();
 }
@@ -111,38 +105,17 @@ void TestSearchDialog::typedFieldsBecomeCriteria()
     QCOMPARE(RecordFields::of(criteria), RecordFields::of(expected));
 }
 
-void TestSearchDialog::criteriaComeBackIntoFields()
-{
-    InvoiceCriteria criteria;
-    criteria.dateFrom = QDate(2023, 12, 1);
-    criteria.numberTo = 99;
-    criteria.customerId = m_virtanen;
-    criteria.types = (1 << 2) | (1 << 3);
-    criteria.paymentStatus = 0;
-    criteria.balanceDate = QDate(2024, 2, 29);
-    criteria.text = QStringLiteral("asennus?");
-    Dialog dialog(m_f->registry(), &criteria);
-    QCOMPARE(QStringList({ field(&dialog, "dateFromEdit")->text(),
-                 field(&dialog, "balanceDateEdit")->text(),
-                 combo(&dialog, "customerCombo")->currentText(),
-                 combo(&dialog, "paymentStatusCombo")->currentText() }),
-        QStringList({ "1.12.2023", "29.2.2024", "Virtanen Oy", "Maksetut" }));
-    QVERIFY(typeCheck(&dialog, 2)->isChecked() && !typeCheck(&dialog, 1)->isChecked());
-
-    // Read back unchanged.
-    InvoiceCriteria read;
-    QVERIFY(dialog.readCriteria(&read));
-    QCOMPARE(RecordFields::of(read), RecordFields::of(criteria));
-}
-
 void TestSearchDialog::refusedFields_data()
 {
     addFieldColumns();
-    addFieldRow("no such day", "dateFromEdit", "30.2.2024",
-        QStringLiteral("Päivämäärä \"30.2.2024\" on virheellinen."));
-    addFieldRow("unknown customer", "customerCombo", "Nieminen",
-        QStringLiteral("Asiakasta \"Nieminen\" ei löytynyt."));
-    addFieldRow("no type", "types", "", QStringLiteral("Valitse vähintään yksi laskun tyyppi."));
+    QTest::newRow("no such day") << "dateFromEdit"
+                                 << "30.2.2024"
+                                 << QStringLiteral("Päivämäärä \"30.2.2024\" on virheellinen.");
+    QTest::newRow("unknown customer")
+        << "customerCombo"
+        << "Nieminen" << QStringLiteral("Asiakasta \"Nieminen\" ei löytynyt.");
+    QTest::newRow("no type") << "types"
+                             << "" << QStringLiteral("Valitse vähintään yksi laskun tyyppi.");
 }
 
 void TestSearchDialog::refusedFields()
@@ -167,50 +140,6 @@ void TestSearchDialog::refusedFields()
     QCOMPARE(dialog.warnings, QStringList { warning });
     QCOMPARE(dialog.result(), int(QDialog::Rejected));
     QCOMPARE(QList<int>({ criteria.numberFrom, criteria.numberTo }), QList<int>({ 5, -1 }));
-}
-
-void TestSearchDialog::cancelAndClear()
-{
-    InvoiceCriteria criteria;
-    criteria.dateFrom = QDate(2024, 1, 1);
-    criteria.customerId = m_virtanen;
-    criteria.types = 1;
-    criteria.text = QStringLiteral("x");
-    const QStringList before = RecordFields::of(criteria);
-    {
-        Dialog dialog(m_f->registry(), &criteria);
-        typeText(field(&dialog, "numberFromEdit"), QStringLiteral("3"));
-        dialog.reject();
-    }
-    QCOMPARE(RecordFields::of(criteria), before);
-    Dialog dialog(m_f->registry(), &criteria);
-    dialog.clearFields();
-    dialog.accept();
-    QCOMPARE(RecordFields::of(criteria), RecordFields::of(InvoiceCriteria()));
-}
-
-void TestSearchDialog::windowListsWhatTheDialogFinds()
-{
-    for (int number = 1; number <= 4; ++number) {
-        m_f->addInvoice(number, number % 2 ? m_virtanen : m_makinen, QDate(2024, 3, number),
-            QDate(2024, 3, number + 14), 0, 0);
-    }
-    m_f->refresh();
-    m_f->window()->dialogHandler = [](QDialog* dialog) {
-        combo(dialog, "customerCombo")->setCurrentText(QStringLiteral("Mäkinen Tmi"));
-        dialog->accept();
-        return dialog->result();
-    };
-    m_f->action("searchAction")->trigger();
-    QVERIFY(m_f->window()->messages.isEmpty());
-    auto shown = [this] { return shownColumn(m_f->window(), InvoiceTableModel::NumberColumn); };
-    QCOMPARE(shown(), QStringList({ "2", "4" }));
-    QVERIFY(m_f->action("searchResultsAction")->isChecked());
-    // A quick search and back: the results come again.
-    m_f->action("quickSearch0Action")->trigger();
-    QCOMPARE(shown().size(), 4);
-    m_f->action("searchResultsAction")->trigger();
-    QCOMPARE(shown(), QStringList({ "2", "4" }));
 }
 
 QTEST_MAIN(TestSearchDialog)

@@ -8,16 +8,8 @@
 #include "tst_mainwindowfixture.h"
 #include "ui/settingsdialog.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QFileInfo>
-#include <QImage>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
 #include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <memory>
 
@@ -45,21 +37,6 @@ void typeOver(QWidget* dialog, const QString& name, const QString& text)
     typeText(widget, text);
 }
 
-void choose(QWidget* dialog, const char* name, const QString& text)
-{
-    QComboBox* combo = dialog->findChild<QComboBox*>(QLatin1String(name));
-    QVERIFY2(combo && combo->findText(text) >= 0, qPrintable(text));
-    combo->setCurrentIndex(combo->findText(text));
-}
-
-void toggle(QWidget* dialog, const char* name)
-{
-    QCheckBox* check = dialog->findChild<QCheckBox*>(QLatin1String(name));
-    QVERIFY2(check, name);
-    check->setFocus();
-    QTest::keyClick(check, Qt::Key_Space);
-}
-
 // The record's fields and properties as one text, for equality checks.
 QString describe(const Settings& settings)
 {
@@ -83,14 +60,9 @@ private slots:
 
     void writesTypedValues_data();
     void writesTypedValues();
-    void writesChoices();
     void unchangedValuesRoundTrip();
-    void emptyDatabaseDefaults();
     void badValuesAreRefused_data();
     void badValuesAreRefused();
-    void referenceNumberSuffixIsReplaced();
-    void logo();
-    void cancelChangesNothing();
 
 private:
     std::unique_ptr<TestDatabase> m_db;
@@ -111,19 +83,14 @@ void TestSettingsDialog::init()
     std::unique_ptr<Query> query(m_db->database()->query());
     BankAccount account;
     account.name = QStringLiteral("Osuuspankki");
-    account.shortName = QStringLiteral("OP");
     account.iban = QStringLiteral("FI4950009420028730");
     QVERIFY(query->saveBankAccount(&account));
     m_accountId = account.id;
-    for (const char* type : { "invoice", "invoice-list" }) {
-        PrintScript script;
-        script.type = QLatin1String(type);
-        script.name = script.type == QLatin1String("invoice") ? QStringLiteral("Oma laskupohja")
-                                                              : QStringLiteral("Laskulista");
-        QVERIFY(query->savePrintScript(&script));
-        if (script.type == QLatin1String("invoice"))
-            m_scriptId = script.id;
-    }
+    PrintScript script;
+    script.type = QStringLiteral("invoice");
+    script.name = QStringLiteral("Oma laskupohja");
+    QVERIFY(query->savePrintScript(&script));
+    m_scriptId = script.id;
     m_registry = std::make_unique<Registry>();
     m_registry->setDatabase(m_db->database());
     QVERIFY(m_registry->fetchSettings(query.get()) && m_registry->fetchProducts(query.get())
@@ -149,14 +116,9 @@ void TestSettingsDialog::writesTypedValues_data()
                             << QString::fromLatin1(key) << QString::fromUtf8(stored);
     };
     row("seller name", "sellerNameEdit", "Siivous Oy", "sellerName", "Siivous Oy");
-    row("post code", "sellerPostCodeEdit", "00510", "sellerPostCode", "00510");
     row("terms", "paymentTermsEdit", "21 pv netto", "settings/paymentTerms", "21 pv netto");
-    row("reminder cleared", "reminderTextEdit", "", "invoiceForm/reminderText", "");
-    row("notice 2", "noticeText2Edit", "Viite {{buyerRef}}", "invoiceForm/noticeText2",
-        "Viite {{buyerRef}}");
     row("interest", "interestOnArrearsEdit", "8,5", "settings/interestOnArrears", "850");
     row("interest 100", "interestOnArrearsEdit", "100", "settings/interestOnArrears", "10000");
-    row("interest cleared", "interestOnArrearsEdit", "", "settings/interestOnArrears", "");
 }
 
 void TestSettingsDialog::writesTypedValues()
@@ -176,39 +138,12 @@ void TestSettingsDialog::writesTypedValues()
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     const Settings* settings = dialog.settings();
     const QString none = QStringLiteral("(none)");
-    const QString value = key == QLatin1String("sellerName") ? settings->sellerName
-        : key == QLatin1String("sellerPostCode")             ? settings->sellerPostCode
-                                                 : settings->property(key, none).toString();
+    const QString value = key == QLatin1String("sellerName")
+        ? settings->sellerName
+        : settings->property(key, none).toString();
     QCOMPARE(value, stored.isEmpty() ? none : stored);
     // The dialog itself neither saves nor touches the registry's record.
     QCOMPARE(describe(*m_registry->settings()), before);
-}
-
-void TestSettingsDialog::writesChoices()
-{
-    Dialog dialog(m_registry.get());
-    choose(&dialog, "interestProductCombo", QStringLiteral("999 Viivästyskorko"));
-    choose(&dialog, "defaultBankAccountCombo", QStringLiteral("OP FI49 5000 9420 0287 30"));
-    choose(&dialog, "printScriptCombo", QStringLiteral("Oma laskupohja"));
-    choose(&dialog, "invoiceItemOptionsCombo", QStringLiteral("Vain selite"));
-    choose(&dialog, "roundingModeCombo", QStringLiteral("Verottomista rivisummista"));
-    choose(&dialog, "xmlSchemaCombo", QStringLiteral("Finvoice 2.01"));
-    toggle(&dialog, "soapEnvCheck");
-    // The report script is no invoice layout.
-    QCOMPARE(dialog.findChild<QComboBox*>(QStringLiteral("printScriptCombo"))
-                 ->findText(QStringLiteral("Laskulista")),
-        -1);
-    clickButton(&dialog, QDialogButtonBox::Ok);
-
-    QCOMPARE(dialog.result(), int(QDialog::Accepted));
-    QStringList stored;
-    for (const char* key : { "settings/productForInterestOnArrears", "settings/defaultBankAccount",
-             "printScripts/invoice", "invoiceForm/invoiceItemOptions", "invoiceForm/roundingMode",
-             "finvoice/xmlSchema", "finvoice/soapEnv" })
-        stored.append(dialog.settings()->property(QLatin1String(key)).toString());
-    QCOMPARE(stored,
-        QStringList({ "999", QString::number(m_accountId), QString::number(m_scriptId), "2", "2",
-            "2.01", "false" }));
 }
 
 void TestSettingsDialog::unchangedValuesRoundTrip()
@@ -247,27 +182,6 @@ void TestSettingsDialog::unchangedValuesRoundTrip()
     QCOMPARE(describe(*dialog.settings()), describe(*settings));
 }
 
-void TestSettingsDialog::emptyDatabaseDefaults()
-{
-    m_registry->settings()->properties.clear();
-    Dialog dialog(m_registry.get());
-    QStringList shown;
-    for (const char* name : { "printScriptCombo", "languageCombo", "xmlSchemaCombo" })
-        shown.append(dialog.findChild<QComboBox*>(QLatin1String(name))->currentText());
-    for (const char* name : { "vatIncludedCheck", "barcodeVisibleCheck" })
-        shown.append(dialog.findChild<QCheckBox*>(QLatin1String(name))->isChecked() ? "on" : "off");
-    shown.append(
-        dialog.findChild<QLineEdit*>(QStringLiteral("referenceNumberTemplateEdit"))->text());
-    QCOMPARE(shown,
-        QStringList({ "Oletuslaskupohja", "fi - suomi", "Finvoice 3.0", "on", "off", "{I}00" }));
-
-    clickButton(&dialog, QDialogButtonBox::Ok);
-    const Settings* settings = dialog.settings();
-    QCOMPARE(settings->property(QStringLiteral("printScripts/invoice")).toInt(), -1);
-    for (const char* key : { "settings/defaultBankAccount", "settings/interestOnArrears" })
-        QVERIFY2(!settings->properties.contains(QLatin1String(key)), key);
-}
-
 void TestSettingsDialog::badValuesAreRefused_data()
 {
     addFieldColumns();
@@ -278,27 +192,17 @@ void TestSettingsDialog::badValuesAreRefused_data()
         = QStringLiteral("Y-tunnus on virheellinen. Kirjoita se muodossa 1234567-8.");
     const QString logoHeight
         = QStringLiteral("Logon korkeus on virheellinen: kirjoita millimetrit väliltä 1-100.");
-    const int invoicing = SettingsDialog::InvoicingPage;
-    const int form = SettingsDialog::InvoiceFormPage;
-    const int seller = SettingsDialog::SellerPage;
-    const struct
-    {
-        const char* name;
-        const char* field;
-        const char* text;
-        const QString& warning;
-        int page;
-    } rows[] = {
-        { "interest over 100", "interestOnArrearsEdit", "100,5", interest, invoicing },
-        { "interest with sign", "interestOnArrearsEdit", "8 %", interest, invoicing },
-        { "id check digit", "sellerBusinessIdEdit", "1572860-1", businessId, seller },
-        { "VAT number", "sellerBusinessIdEdit", "FI15728600", businessId, seller },
-        { "logo height zero", "logoHeightEdit", "0", logoHeight, form },
+    auto row = [](const char* name, const char* field, const char* text, const QString& warning,
+                   int page) {
+        QTest::newRow(name) << QString::fromLatin1(field) << QString::fromUtf8(text) << warning
+                            << page;
     };
-    for (const auto& entry : rows) {
-        QTest::newRow(entry.name) << QString::fromLatin1(entry.field)
-                                  << QString::fromUtf8(entry.text) << entry.warning << entry.page;
-    }
+    row("interest over 100", "interestOnArrearsEdit", "100,5", interest,
+        SettingsDialog::InvoicingPage);
+    row("id check digit", "sellerBusinessIdEdit", "1572860-1", businessId,
+        SettingsDialog::SellerPage);
+    row("VAT number", "sellerBusinessIdEdit", "FI15728600", businessId, SettingsDialog::SellerPage);
+    row("logo height zero", "logoHeightEdit", "0", logoHeight, SettingsDialog::InvoiceFormPage);
 }
 
 void TestSettingsDialog::badValuesAreRefused()
@@ -322,70 +226,6 @@ void TestSettingsDialog::badValuesAreRefused()
     QCOMPARE(dialog.currentPage(), page);
     QCOMPARE(dialog.focusWidget(), dialog.findChild<QWidget*>(field));
     QCOMPARE(describe(*dialog.settings()), before);
-}
-
-void TestSettingsDialog::referenceNumberSuffixIsReplaced()
-{
-    Settings* settings = m_registry->settings();
-    settings->setProperty(QStringLiteral("settings/referenceNumberSuffix"), QStringLiteral("5"));
-    for (const bool cleared : { false, true }) {
-        Dialog dialog(m_registry.get());
-        const QString key = QStringLiteral("settings/referenceNumberTemplate");
-        // Clearing the field leaves the older key to decide.
-        if (cleared)
-            typeOver(&dialog, QStringLiteral("referenceNumberTemplateEdit"), QString());
-        clickButton(&dialog, QDialogButtonBox::Ok);
-        QCOMPARE(dialog.settings()->properties.contains(key), !cleared);
-        QCOMPARE(dialog.settings()->properties.contains(
-                     QStringLiteral("settings/referenceNumberSuffix")),
-            cleared);
-        QCOMPARE(dialog.settings()->referenceNumberTemplate(), QStringLiteral("{I}05"));
-    }
-}
-
-void TestSettingsDialog::logo()
-{
-    QTemporaryDir dir;
-    QImage image(120, 40, QImage::Format_RGB32);
-    image.fill(QColor(0, 90, 160));
-    const QString png = dir.filePath(QStringLiteral("logo.png"));
-    QVERIFY(image.save(png));
-
-    Dialog dialog(m_registry.get());
-    QPushButton* choose = dialog.findChild<QPushButton*>(QStringLiteral("chooseLogoButton"));
-    dialog.logoFileName = png;
-    QTest::mouseClick(choose, Qt::LeftButton);
-    QVERIFY(!dialog.findChild<QLabel*>(QStringLiteral("logoPreview"))->pixmap().isNull());
-    // A file that is no image is refused and the logo stays.
-    dialog.logoFileName = dir.filePath(QStringLiteral("missing.png"));
-    QTest::mouseClick(choose, Qt::LeftButton);
-    QCOMPARE(dialog.warnings.size(), 1);
-    QVERIFY2(dialog.warnings.last().contains(QStringLiteral("missing.png")),
-        qPrintable(dialog.warnings.last()));
-    clickButton(&dialog, QDialogButtonBox::Ok);
-    QFile stored(png);
-    QVERIFY(stored.open(QIODevice::ReadOnly));
-    QCOMPARE(dialog.settings()->sellerLogo, stored.readAll());
-
-    m_registry->settings()->sellerLogo = dialog.settings()->sellerLogo;
-    Dialog again(m_registry.get());
-    QTest::mouseClick(
-        again.findChild<QPushButton*>(QStringLiteral("removeLogoButton")), Qt::LeftButton);
-    clickButton(&again, QDialogButtonBox::Ok);
-    QVERIFY(again.settings()->sellerLogo.isEmpty());
-}
-
-void TestSettingsDialog::cancelChangesNothing()
-{
-    const QString before = describe(*m_registry->settings());
-    Dialog dialog(m_registry.get());
-    typeOver(&dialog, QStringLiteral("sellerNameEdit"), QStringLiteral("Muutettu"));
-    typeOver(&dialog, QStringLiteral("paymentTermsEdit"), QString());
-    toggle(&dialog, "soapEnvCheck");
-    clickButton(&dialog, QDialogButtonBox::Cancel);
-    QCOMPARE(dialog.result(), int(QDialog::Rejected));
-    QCOMPARE(describe(*dialog.settings()), before);
-    QCOMPARE(describe(*m_registry->settings()), before);
 }
 
 QTEST_MAIN(TestSettingsDialog)
