@@ -14,7 +14,6 @@
 
 namespace {
 
-// What the generic checks need to know of each register.
 template<typename T>
 struct Register;
 
@@ -68,7 +67,6 @@ T sample(int n, const QString& name)
     return record;
 }
 
-// Every stored record by id, read on a query of its own.
 template<typename T>
 QMap<int, T> stored(Database* database)
 {
@@ -100,7 +98,6 @@ QString names(const QList<T>& records, const QList<int>& skip)
     return result.join(u' ');
 }
 
-// The registry's records as a new model finds them.
 template<typename T>
 QList<T> registered(Registry* registry)
 {

@@ -32,7 +32,6 @@ private slots:
     void editedEntriesAreWrittenBack();
 
 private:
-    // A key of entry `index` as the configuration file has it, "-" if none.
     QString entry(int index, const char* key) const;
 
     QTemporaryDir m_dir;

@@ -33,7 +33,6 @@ void click(QObject* dialog, const char* name)
     QTest::mouseClick(child<QPushButton>(dialog, name), Qt::LeftButton);
 }
 
-// A dialog shown as the user sees it.
 template<typename Dialog>
 std::unique_ptr<Recorded<Dialog>> shown(Registry* registry)
 {
@@ -63,7 +62,6 @@ std::unique_ptr<QDialog> shownKind(Registry* registry, int kind, QStringList** w
                      : shownAs<BankAccountDialog>(registry, warnings);
 }
 
-// The record without its id, field by field.
 template<typename T>
 QStringList fieldsOf(const T* record)
 {
@@ -139,7 +137,6 @@ void TestEditorDialogs::init()
         account.iban = QLatin1String(iban);
         accounts.addRecord(account);
     }
-    // The products get the new database's interest product too.
     QVERIFY(customers.save(database()) && products.save(database()) && accounts.save(database()));
 }
 
@@ -181,7 +178,6 @@ void TestEditorDialogs::cancelLeavesEverythingAlone()
         QCOMPARE(dialog->result(), int(QDialog::Rejected));
     }
     QCOMPARE(tableRows(database(), QLatin1String(tables[kind])), before);
-    // The registry's records were never edited.
     QCOMPARE(firstName(kind), name);
 }
 

@@ -25,7 +25,6 @@ QList<QAction*> actionsWithText(QWidget* window, const QString& text)
 {
     QList<QAction*> result;
     for (QAction* action : window->findChildren<QAction*>()) {
-        // A menu's own action carries the menu's title.
         if (action->text() == text && !action->menu())
             result.append(action);
     }
@@ -108,7 +107,6 @@ void TestMainWindowCommands::commandTable_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("shortcut");
-    // Whether the command can be used on the new invoice of a new database.
     QTest::addColumn<bool>("enabled");
 
     const struct

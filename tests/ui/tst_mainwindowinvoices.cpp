@@ -42,16 +42,13 @@ private:
     QLineEdit* edit(const char* name) const { return m_f->widget<QLineEdit>(name); }
     QComboBox* customerCombo() const { return m_f->widget<QComboBox>("customerCombo"); }
     QString label(const char* name) const { return m_f->widget<QLabel>(name)->text(); }
-    // F8, the product number, then the quantity two cells to the right.
     void addRow(const QString& product, const QString& quantity);
-    // F8 and a text, but no product.
     void addTextRow(const QString& text);
     void save() { press(Qt::Key_S, Qt::ControlModifier); }
     QString shownNumbers() const
     {
         return shownColumn(window(), InvoiceTableModel::NumberColumn).join(u' ');
     }
-    // Three invoices 1..3 of Virtanen, stored directly.
     void addThreeInvoices();
     QVariant stored(const QString& sql) const { return m_f->storedValue(sql); }
     QStringList shownFields(const QStringList& names) const

@@ -31,7 +31,6 @@ void pressButton(int letter)
     QTRY_VERIFY(QApplication::focusWidget() != before);
 }
 
-// Alt+letter to a field, then the text.
 void fill(std::initializer_list<std::pair<int, const char*>> fields)
 {
     for (const auto& [letter, text] : fields) {
@@ -85,7 +84,6 @@ void TestMainWindowStory::throughMenu(
         if (!QTest::qWaitForWindowActive(dialog))
             qWarning("the dialog did not get the keyboard");
         steps(dialog);
-        // Whatever the steps did, never leave a dialog hanging.
         if (dialog->isVisible())
             dialog->reject();
     });
@@ -101,12 +99,10 @@ void TestMainWindowStory::throughMenu(
 
 void TestMainWindowStory::firstDayByKeyboard()
 {
-    // A new configuration: the program makes a database and a new invoice.
     QVERIFY(m_f.start(QDate(2024, 4, 2)));
     TestWindow* window = m_f.window();
     window->dialogHandler = [](QDialog* dialog) { return dialog->exec(); };
 
-    // Company settings: Asetukset > Yrityksen tiedot.
     throughMenu(Qt::Key_A, Qt::Key_Y, [](QDialog* dialog) {
         QVERIFY(qobject_cast<SettingsDialog*>(dialog));
         fill({ { Qt::Key_N, "Laskuttaja Oy" }, { Qt::Key_L, "Pääkatu 5" }, { Qt::Key_T, "00100" },
@@ -117,7 +113,6 @@ void TestMainWindowStory::firstDayByKeyboard()
         press(Qt::Key_Return);
     });
 
-    // A customer: Asetukset > Asiakkaat.
     throughMenu(Qt::Key_A, Qt::Key_A, [](QDialog* dialog) {
         QVERIFY(qobject_cast<CustomerDialog*>(dialog));
         pressButton(Qt::Key_U);
@@ -143,7 +138,6 @@ void TestMainWindowStory::firstDayByKeyboard()
         press(Qt::Key_Up);
         press(Qt::Key_Return);
     });
-    // A bank account.
     throughMenu(Qt::Key_A, Qt::Key_P, [](QDialog* dialog) {
         QVERIFY(qobject_cast<BankAccountDialog*>(dialog));
         pressButton(Qt::Key_U);

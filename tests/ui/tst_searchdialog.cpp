@@ -90,7 +90,6 @@ void TestSearchDialog::typedFieldsBecomeCriteria()
     expected.dateFrom = QDate(2024, 2, 1);
     expected.dateTo = QDate(2024, 2, 29);
     expected.deliveryDateTo = QDate(2024, 12, 31);
-    // The validator took no letter.
     expected.numberFrom = 10;
     expected.numberTo = 20;
     expected.customerId = m_makinen;
@@ -99,7 +98,6 @@ void TestSearchDialog::typedFieldsBecomeCriteria()
     expected.paymentStatus = 1;
     expected.referenceNumber = QStringLiteral("RF18539007547034");
     expected.text = QStringLiteral("*levy*");
-    // A limit keeps the newest invoices.
     expected.limit = 50;
     expected.descending = true;
     QCOMPARE(RecordFields::of(criteria), RecordFields::of(expected));

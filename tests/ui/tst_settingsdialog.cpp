@@ -15,18 +15,8 @@
 
 namespace {
 
-// Answers the file question with a prepared name.
-class Dialog : public Recorded<SettingsDialog>
-{
-public:
-    using Recorded::Recorded;
-    QString logoFileName;
+using Dialog = Recorded<SettingsDialog>;
 
-protected:
-    QString chooseLogoFileName() override { return logoFileName; }
-};
-
-// Types over a line or text edit.
 void typeOver(QWidget* dialog, const QString& name, const QString& text)
 {
     QWidget* widget = dialog->findChild<QWidget*>(name);
@@ -222,7 +212,6 @@ void TestSettingsDialog::badValuesAreRefused()
 
     QCOMPARE(dialog.warnings, QStringList { warning });
     QCOMPARE(dialog.result(), int(QDialog::Rejected));
-    // The page of the field comes up with the keyboard in it.
     QCOMPARE(dialog.currentPage(), page);
     QCOMPARE(dialog.focusWidget(), dialog.findChild<QWidget*>(field));
     QCOMPARE(describe(*dialog.settings()), before);
