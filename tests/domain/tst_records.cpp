@@ -1,5 +1,6 @@
 #include "domain/bankaccount.h"
 #include "domain/customer.h"
+#include "domain/entityutil.h"
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/product.h"
@@ -63,6 +64,44 @@ private slots:
         QVERIFY(Customer::isValidVatNumberOrBusinessId("fi 0112 0389"));
         // Invalid ids are left as they are.
         QCOMPARE(Customer::convertBusinessIdToVatNumber("0112038-8"), QStringLiteral("0112038-8"));
+    }
+
+    void propertyText_data()
+    {
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("readBack");
+        QTest::addRow("line feeds") << "a\nb\r\n"
+                                    << "a\\nb\\n"
+                                    << "a\nb\n";
+        QTest::addRow("backslashes") << "C:\\tmp\\new"
+                                     << "C:\\\\tmp\\\\new"
+                                     << "C:\\tmp\\new";
+        // A backslash before a line feed: the stored "\\\n" is read back as
+        // two backslashes and an n, which older databases rely on.
+        QTest::addRow("backslash, line feed") << "x\\\ny"
+                                              << "x\\\\\\ny"
+                                              << "x\\\\ny";
+        QTest::addRow("equals sign") << "a=b"
+                                     << "a=b"
+                                     << "a=b";
+    }
+
+    void propertyText()
+    {
+        QFETCH(QString, value);
+        QFETCH(QString, stored);
+        QFETCH(QString, readBack);
+        QCOMPARE(EntityUtil::escapeString(value), stored);
+        QMap<QString, QVariant> properties { { "fi/text", value }, { "other", "1" } };
+        const QString text = EntityUtil::propertiesToString(properties);
+        QCOMPARE(text, "fi/text=" + stored + "\nother=1\n");
+        EntityUtil::propertiesFromString(text + "\nno equals sign\n", properties);
+        QCOMPARE(properties.value("fi/text").toString(), readBack);
+        EntityUtil::setPropertyIfNotEmpty(properties, "fi/more", "");
+        EntityUtil::setPropertyIfNotEmpty(properties, "other", "");
+        EntityUtil::removePropertiesWithPrefix(properties, "fi/");
+        QVERIFY(properties.isEmpty());
     }
 
     void copyAndClear()

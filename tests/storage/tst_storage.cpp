@@ -5,6 +5,7 @@
 #include "domain/invoiceitem.h"
 #include "domain/payment.h"
 #include "domain/paymentcriteria.h"
+#include "domain/printscript.h"
 #include "domain/product.h"
 #include "domain/settings.h"
 #include "logcapture.h"
@@ -42,6 +43,7 @@ private slots:
 
     void recordsRoundTrip_data();
     void recordsRoundTrip();
+    void printScriptsRoundTrip();
     void newIdsFollowTheTable();
     void invoiceCriteria_data();
     void invoiceCriteria();
@@ -206,6 +208,45 @@ void StorageTest::recordsRoundTrip()
         QCOMPARE(rows(query.get(), &Query::settings).value(0), RecordFields::of(settings));
     }
     QCOMPARE(m_db->value(QStringLiteral("SELECT version FROM settings")).toInt(), 10);
+}
+
+// Scripts come ordered by type and name; the summary leaves the source out.
+void StorageTest::printScriptsRoundTrip()
+{
+    std::unique_ptr<Query> query = newQuery();
+    const auto fields = [](const PrintScript& script) {
+        return QStringList { QString::number(script.id), script.type, script.name,
+            script.sourceCode };
+    };
+    QList<PrintScript> scripts(3);
+    const char* names[][3] = { { "invoice", "Oma lasku", "function print() {\n}\n" },
+        { "invoice-list", "Lista 'ä'", "// \\ % _" }, { "invoice", "Aamu", "" } };
+    for (int i = 0; i < 3; ++i) {
+        scripts[i].type = QString::fromUtf8(names[i][0]);
+        scripts[i].name = QString::fromUtf8(names[i][1]);
+        scripts[i].sourceCode = QString::fromUtf8(names[i][2]);
+        QVERIFY2(query->savePrintScript(&scripts[i]), qPrintable(query->lastError()));
+        QVERIFY(scripts.at(i).id > 0);
+    }
+    scripts[2].sourceCode = QStringLiteral("require('Oma lasku');");
+    QVERIFY(query->savePrintScript(&scripts[2]) && query->fetchPrintScriptDetails());
+    QList<QStringList> details;
+    for (PrintScript script; query->next(); script = PrintScript()) {
+        query->printScriptDetails(&script);
+        details.append(fields(script));
+    }
+    QCOMPARE(details,
+        QList<QStringList>({ fields(scripts[2]), fields(scripts[0]), fields(scripts[1]) }));
+
+    QVERIFY(query->deletePrintScript(scripts.at(2).id) && query->fetchPrintScriptSummaries());
+    QVERIFY(query->next());
+    PrintScript summary;
+    query->printScriptSummary(&summary);
+    scripts[0].sourceCode.clear();
+    QCOMPARE(fields(summary), fields(scripts[0]));
+    PrintScript missing;
+    QVERIFY(!query->fetchPrintScript(scripts.at(2).id, &missing));
+    QCOMPARE(count("print_script"), 2);
 }
 
 void StorageTest::newIdsFollowTheTable()
