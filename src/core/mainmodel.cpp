@@ -418,7 +418,7 @@ QString MainModel::buildReferenceNumber0() const
         = settings ? settings->referenceNumberTemplate() : QStringLiteral("{I}00");
     bool found = false;
     const Customer* customer = m_registry->customerById(m_invoice.customerId, found);
-    TemplateStringHelper helper(m_registry);
+    TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
     return Invoice::appendCheckDigitToReferenceNumber(
         helper.substituteVariables(pattern, &m_invoice, found ? customer : nullptr));
 }
@@ -442,7 +442,7 @@ void MainModel::updateReferenceNumber()
     const Settings* settings = m_registry->settings();
     if (!found || !customer || !settings)
         return;
-    TemplateStringHelper helper(m_registry);
+    TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
     m_invoice.setPropertyIfNotEmpty(QStringLiteral("t1"),
         helper.substituteVariables(
             settings->property(QStringLiteral("invoiceForm/noticeText1"), QString()).toString(),

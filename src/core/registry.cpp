@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSettings>
+#include <memory>
 
 namespace {
 
@@ -369,6 +370,27 @@ int Registry::printScriptIndexByType(const QString& type) const
             return i;
     }
     return -1;
+}
+
+QByteArray Registry::storedScriptSource(int id) const
+{
+    if (!m_database)
+        return QByteArray();
+    std::unique_ptr<Query> query(m_database->query());
+    PrintScript script;
+    if (!query || !query->fetchPrintScript(id, &script))
+        return QByteArray();
+    QByteArray source = script.sourceCode.toUtf8();
+    // An empty stored script is still a script: empty, not null.
+    if (source.isNull())
+        source = QByteArray("");
+    return source;
+}
+
+int Registry::storedScriptId(const QString& name) const
+{
+    const int index = printScriptIndexByName(name);
+    return index < 0 ? -1 : m_printScripts.at(index)->id;
 }
 
 void Registry::copyPrintScripts(QList<PrintScript*>& target) const

@@ -1,6 +1,8 @@
 #ifndef REGISTRY_H
 #define REGISTRY_H
 
+#include "util/storedscriptsource.h"
+
 #include <QList>
 #include <QObject>
 #include <QStringList>
@@ -17,7 +19,8 @@ class Settings;
 // The one process-wide object: the configuration file, the open database,
 // the company settings record and cached lists of customers, products, bank
 // accounts and print scripts. Passed by pointer to every model and dialog.
-class Registry : public QObject
+// It is also where the script loader finds the stored scripts.
+class Registry : public QObject, public StoredScriptSource
 {
     Q_OBJECT
 public:
@@ -63,6 +66,7 @@ public:
     int bankAccountIndexById(int id) const;
     void copyBankAccountsTo(QList<BankAccount*>& target) const;
     void copyBankAccountsFrom(const QList<BankAccount*>& source);
+    const QList<BankAccount*>& bankAccounts() const { return m_bankAccounts; }
 
     bool fetchPrintScripts(Query* query);
     int printScriptCount() const;
@@ -71,6 +75,8 @@ public:
     int printScriptIndexByName(const QString& name) const;
     int printScriptIndexByType(const QString& type) const;
     void copyPrintScripts(QList<PrintScript*>& target) const;
+    QByteArray storedScriptSource(int id) const override;
+    int storedScriptId(const QString& name) const override;
 
     QStringList availableLanguages() const;
     static QString parseLanguageCode(const QString& text);

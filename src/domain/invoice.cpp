@@ -187,12 +187,12 @@ QString Invoice::referenceNumberToRf(const QString& reference)
         + compact;
 }
 
-QString Invoice::barcode(BankAccount* account) const
+QString Invoice::barcode(const BankAccount* account) const
 {
     return barcode(account, 4, false);
 }
 
-QString Invoice::barcode(BankAccount* account, int version, bool useBalance) const
+QString Invoice::barcode(const BankAccount* account, int version, bool useBalance) const
 {
     if (version != 4 && version != 5)
         return QString();

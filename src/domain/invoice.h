@@ -34,8 +34,8 @@ public:
     QDate calculateDueDate() const;
 
     // The virtual bank barcode (versions 4 and 5); empty when it cannot be made.
-    QString barcode(BankAccount* account, int version, bool useBalance) const;
-    QString barcode(BankAccount* account) const;
+    QString barcode(const BankAccount* account, int version, bool useBalance) const;
+    QString barcode(const BankAccount* account) const;
 
     // Finnish national reference numbers (7-3-1 check digit) and the
     // ISO 11649 RF creditor reference.

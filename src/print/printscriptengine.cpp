@@ -8,7 +8,6 @@
 #include <QPagedPaintDevice>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QPrinter>
 #include <QTextLayout>
 #include <cmath>
 
@@ -60,29 +59,21 @@ void PrintScriptEngine::initialize()
     duk_pop(ctx);
 }
 
-bool PrintScriptEngine::print(QPrinter* printer)
-{
-    printer->setPageMargins(QMarginsF(0, 0, 0, 0), QPageLayout::Millimeter);
-    QPainter painter;
-    if (!painter.begin(printer)) {
-        setError(tr("Tulostimen avaaminen epäonnistui"));
-        return false;
-    }
-    const bool result = run(printer, &painter, printer->resolution());
-    painter.end();
-    return result;
-}
-
 bool PrintScriptEngine::print(QPdfWriter* writer)
 {
+    return print(writer, writer->resolution(), tr("PDF-tiedoston avaaminen epäonnistui"));
+}
+
+bool PrintScriptEngine::print(QPagedPaintDevice* device, int resolution, const QString& openError)
+{
     // Before the painter opens, so that the first page has no margins either.
-    writer->setPageMargins(QMarginsF(0, 0, 0, 0), QPageLayout::Millimeter);
+    device->setPageMargins(QMarginsF(0, 0, 0, 0), QPageLayout::Millimeter);
     QPainter painter;
-    if (!painter.begin(writer)) {
-        setError(tr("PDF-tiedoston avaaminen epäonnistui"));
+    if (!painter.begin(device)) {
+        setError(openError);
         return false;
     }
-    const bool result = run(writer, &painter, writer->resolution());
+    const bool result = run(device, &painter, resolution);
     painter.end();
     return result;
 }

@@ -9,7 +9,6 @@
 class QPagedPaintDevice;
 class QPainter;
 class QPdfWriter;
-class QPrinter;
 
 // Runs a print script's print() on a printer or PDF writer. Scripts draw in
 // millimetres from the top-left corner of the paper and in point-sized fonts;
@@ -21,8 +20,10 @@ class PrintScriptEngine : public PrintScriptEngineBase
 public:
     explicit PrintScriptEngine(QObject* parent = nullptr);
 
-    bool print(QPrinter* printer);
     bool print(QPdfWriter* writer);
+    // Any paged device (a printer in the user interface); openError is the
+    // message when the painter cannot open on it.
+    bool print(QPagedPaintDevice* device, int resolution, const QString& openError);
     // Calls the script's print() with painter open on device.
     bool run(QPagedPaintDevice* device, QPainter* painter, int resolution);
     // Bit mask: 1 portrait, 2 landscape, 3 both.

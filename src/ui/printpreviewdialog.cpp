@@ -255,7 +255,7 @@ void PrintPreviewDialog::paintRequested(QPrinter* printer)
 {
     if (!m_model)
         return;
-    if (!m_engine->print(printer)) {
+    if (!printOn(m_engine, printer)) {
         // The error dialog opens after painting has finished.
         QMetaObject::invokeMethod(
             this, "showScriptError", Qt::QueuedConnection, Q_ARG(QString, m_engine->lastError()));
@@ -335,10 +335,15 @@ bool PrintPreviewDialog::setPrinter(const QString& name)
     return true;
 }
 
+bool PrintPreviewDialog::printOn(PrintScriptEngine* engine, QPrinter* printer)
+{
+    return engine->print(printer, printer->resolution(), tr("Tulostimen avaaminen epäonnistui"));
+}
+
 bool PrintPreviewDialog::runPrintScript(QPrinter* printer)
 {
     configurePrinter(printer);
-    if (m_engine->print(printer))
+    if (printOn(m_engine, printer))
         return true;
     QMetaObject::invokeMethod(
         this, "showScriptError", Qt::QueuedConnection, Q_ARG(QString, m_engine->lastError()));

@@ -89,6 +89,9 @@ public:
     static bool showCustomerList(Registry* registry, QWidget* parent);
     static bool showProductList(Registry* registry, QWidget* parent);
 
+    // Runs the engine's script on a printer.
+    static bool printOn(PrintScriptEngine* engine, QPrinter* printer);
+
     static QStringList saveFilters();
     // The name with ".pdf" or ".csv" added when the filter's suffix is missing.
     static QString fileNameWithSuffix(const QString& fileName, int filterIndex);

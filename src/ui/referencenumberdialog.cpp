@@ -190,7 +190,7 @@ void ReferenceNumberDialog::rebuild()
     const Customer* customer = m_registry->customerById(invoice->customerId, found);
     if (!settings || !found)
         return;
-    TemplateStringHelper helper(m_registry);
+    TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
     m_noticeText1Edit->setPlainText(helper.substituteVariables(
         settings->property(QStringLiteral("invoiceForm/noticeText1"), QString()).toString(),
         invoice, customer));

@@ -7,6 +7,7 @@
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
+#include "printpreviewdialog.h"
 #include "scripterrordialog.h"
 #include "storage/database.h"
 #include "storage/query.h"
@@ -467,7 +468,7 @@ bool ScriptEditorDialog::testRun()
     connect(widget, &QObject::destroyed, [printer]() { delete printer; });
     connect(widget, &QPrintPreviewWidget::paintRequested, previewEngine,
         [this, previewEngine](QPrinter* target) {
-            if (!previewEngine->print(target)) {
+            if (!PrintPreviewDialog::printOn(previewEngine, target)) {
                 const QString error = previewEngine->lastError();
                 // Not from inside the paint callback.
                 QMetaObject::invokeMethod(

@@ -1,41 +1,22 @@
 #include "scriptloader.h"
 
-#include "core/registry.h"
-#include "domain/printscript.h"
-#include "storage/database.h"
-#include "storage/query.h"
+#include "storedscriptsource.h"
 
 #include <QFile>
-#include <memory>
 
-ScriptLoader::ScriptLoader(Registry* registry) : m_registry(registry) { }
+ScriptLoader::ScriptLoader(const StoredScriptSource* source) : m_source(source) { }
 
 QByteArray ScriptLoader::loadScriptById(int id) const
 {
-    if (!m_registry || !m_registry->database())
-        return QByteArray();
-    std::unique_ptr<Query> query(m_registry->database()->query());
-    if (!query)
-        return QByteArray();
-    PrintScript script;
-    if (!query->fetchPrintScript(id, &script))
-        return QByteArray();
-    QByteArray source = script.sourceCode.toUtf8();
-    if (source.isNull())
-        source = QByteArray("");
-    return source;
+    return m_source ? m_source->storedScriptSource(id) : QByteArray();
 }
 
 QByteArray ScriptLoader::loadScriptByName(const QString& name) const
 {
-    if (!m_registry)
+    if (!m_source)
         return QByteArray();
-    for (int i = 0; i < m_registry->printScriptCount(); ++i) {
-        const PrintScript* script = m_registry->printScriptAt(i);
-        if (script->name == name)
-            return loadScriptById(script->id);
-    }
-    return QByteArray();
+    const int id = m_source->storedScriptId(name);
+    return id < 0 ? QByteArray() : loadScriptById(id);
 }
 
 QByteArray ScriptLoader::loadResource(const QString& name) const

@@ -4,23 +4,23 @@
 #include <QByteArray>
 #include <QString>
 
-class Registry;
+class StoredScriptSource;
 
-// Fetches script sources as UTF-8: stored print scripts from the open
-// database, or the built-in ":/scripts/NAME.js" resources.
+// Fetches script sources as UTF-8: stored print scripts through the given
+// source (the open database), or the built-in ":/scripts/NAME.js" resources.
 class ScriptLoader
 {
 public:
-    explicit ScriptLoader(Registry* registry);
+    explicit ScriptLoader(const StoredScriptSource* source);
 
     // Null when there is no stored script with that id.
     QByteArray loadScriptById(int id) const;
-    // The first stored script of that name in the registry's list (exact case).
+    // The first stored script of that name (exact case).
     QByteArray loadScriptByName(const QString& name) const;
     QByteArray loadResource(const QString& name) const;
 
 private:
-    Registry* m_registry;
+    const StoredScriptSource* m_source;
 };
 
 #endif // SCRIPTLOADER_H

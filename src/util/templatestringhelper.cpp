@@ -1,6 +1,5 @@
 #include "templatestringhelper.h"
 
-#include "core/registry.h"
 #include "domain/bankaccount.h"
 #include "domain/constants.h"
 #include "domain/customer.h"
@@ -16,8 +15,10 @@ const QRegularExpression TemplateStringHelper::variableRegex1(
 const QRegularExpression TemplateStringHelper::variableRegex2(
     QStringLiteral("\\{\\s?(.{1,4})\\s?\\}"));
 
-TemplateStringHelper::TemplateStringHelper(Registry* registry)
-    : m_registry(registry)
+TemplateStringHelper::TemplateStringHelper(
+    const Settings* settings, const QList<BankAccount*>& bankAccounts)
+    : m_settings(settings)
+    , m_bankAccounts(bankAccounts)
     , m_amountFormat(Constants::totalAmountFractionDigits, Constants::totalAmountMinFractionDigits)
     , m_percentageFormat(
           Constants::percentageFractionDigits, Constants::percentageMinFractionDigits)
@@ -187,9 +188,8 @@ QString TemplateStringHelper::invoiceValue(const QString& name, const Invoice* i
     if (name == QLatin1String("balance"))
         return m_amountFormat.format(invoice->balance);
     if (name == QLatin1String("periodForComplaints")) {
-        const Settings* settings = m_registry ? m_registry->settings() : nullptr;
-        return text(settings
-                ? settings->property(QStringLiteral("settings/periodForComplaints")).toString()
+        return text(m_settings
+                ? m_settings->property(QStringLiteral("settings/periodForComplaints")).toString()
                 : QString());
     }
     if (name == QLatin1String("referenceNumber"))
@@ -317,10 +317,9 @@ void TemplateStringHelper::escapeString(QString& text) const
 QString TemplateStringHelper::createBarcode(
     const Invoice* invoice, int version, bool useBalance) const
 {
-    if (!invoice || !m_registry)
+    if (!invoice)
         return QString();
-    for (int i = 0; i < m_registry->bankAccountCount(); ++i) {
-        BankAccount* account = m_registry->bankAccountAt(i);
+    for (const BankAccount* account : m_bankAccounts) {
         if (account && account->visible && !account->deleted)
             return invoice->barcode(account, version, useBalance);
     }

@@ -4,13 +4,15 @@
 #include "domain/decimalformat.h"
 
 #include <QFileInfo>
+#include <QList>
 #include <QMap>
 #include <QRegularExpression>
 #include <QString>
 
+class BankAccount;
 class Customer;
 class Invoice;
-class Registry;
+class Settings;
 
 // Expands the user-editable templates: "$" codes in file names ("lasku-$i-$n.pdf"),
 // double-brace placeholders in texts ("{{ customer/name }}") and single-brace
@@ -18,7 +20,10 @@ class Registry;
 class TemplateStringHelper
 {
 public:
-    explicit TemplateStringHelper(Registry* registry);
+    // settings gives the company's values ("periodForComplaints"), bankAccounts
+    // the account of the bank barcode; both may be missing.
+    explicit TemplateStringHelper(
+        const Settings* settings = nullptr, const QList<BankAccount*>& bankAccounts = {});
 
     // printType chooses the document title of $H/$h: the invoice's own type
     // below 3, else 3 reminder, 4 receipt, 5 delivery note.
@@ -62,7 +67,8 @@ private:
     static QString customerValue(const QString& name, const Customer* customer);
     static QString documentTitle(const Invoice* invoice, int printType);
 
-    Registry* m_registry;
+    const Settings* m_settings;
+    QList<BankAccount*> m_bankAccounts;
     DecimalFormat m_amountFormat;
     DecimalFormat m_percentageFormat;
     QMap<QString, QString> m_variables;

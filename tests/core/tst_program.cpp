@@ -119,7 +119,7 @@ void TestProgram::startsOnNewSQLiteDatabase()
         process.kill();
     process.waitForFinished(10000);
 
-    QVERIFY2(log.contains(QStringLiteral(" DEBUG [veklari.ui] Veklari 1.28.1\n"))
+    QVERIFY2(log.contains(QStringLiteral(" DEBUG [veklari.ui] Veklari " VEKLARI_VERSION "\n"))
             && log.contains(QStringLiteral(" DEBUG [veklari.ui] Haetaan laskujen tiedot\n")),
         qPrintable(log));
     QVERIFY2(!log.contains(QStringLiteral(" WARNING [veklari.")), qPrintable(log));

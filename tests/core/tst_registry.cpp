@@ -1,6 +1,10 @@
 #include "core/filelogger.h"
 #include "core/registry.h"
 #include "domain/logging.h"
+#include "domain/printscript.h"
+#include "storage/database.h"
+#include "storage/query.h"
+#include "testdatabase.h"
 
 #include <QtTest>
 
@@ -15,7 +19,8 @@ QString readFile(const QString& fileName)
 
 } // namespace
 
-// The log file: its lines, its filter and the names the configuration gives it.
+// The log file: its lines, its filter and the names the configuration gives
+// it; the stored scripts the script loader reads through the registry.
 class TestRegistry : public QObject
 {
     Q_OBJECT
@@ -29,6 +34,7 @@ private slots:
     void setupLogging();
     void logFileNames_data();
     void logFileNames();
+    void storedScripts();
 
 private:
     QString newDirectory()
@@ -70,7 +76,7 @@ void TestRegistry::formatLine_data()
                    const QString& rest) {
         QTest::addRow("%s", qPrintable(rest)) << int(type) << category << message << rest;
     };
-    row(QtDebugMsg, "veklari.ui", "Veklari 1.28.1", " DEBUG [veklari.ui] Veklari 1.28.1");
+    row(QtDebugMsg, "veklari.ui", "Veklari 2.0", " DEBUG [veklari.ui] Veklari 2.0");
     row(QtWarningMsg, "veklari.database", "Tietokantavirhe: ei yhteyttä",
         " WARNING [veklari.database] Tietokantavirhe: ei yhteyttä");
     row(QtWarningMsg, QByteArray(), "plain", " WARNING plain");
@@ -151,7 +157,7 @@ void TestRegistry::setupLogging()
         "Veklari.log" + QVariant(enabled).toString() + QVariant(debugEnabled).toString());
     // The version line goes out at debug level.
     const QString log = readFile(QDir(dir).filePath(QStringLiteral("Veklari.log")));
-    QCOMPARE(log.contains(QStringLiteral(" DEBUG [veklari.ui] Veklari 1.28.1\n")),
+    QCOMPARE(log.contains(QStringLiteral(" DEBUG [veklari.ui] Veklari " VEKLARI_VERSION "\n")),
         enabled && debugEnabled);
 }
 
@@ -181,6 +187,37 @@ void TestRegistry::logFileNames()
     // The configured name stays as the user wrote it.
     QCOMPARE(registry.appSettings()->value(QStringLiteral("logging/filename")).toString(),
         configured.isEmpty() ? QStringLiteral("Veklari.log") : configured);
+}
+
+// Scripts are listed by type and name, so the Finvoice "apu" comes before
+// the invoice one; an empty script is empty, not missing.
+void TestRegistry::storedScripts()
+{
+    TestDatabase database(TestDatabase::SQLite);
+    QVERIFY2(database.open(), qPrintable(database.lastError()));
+    Registry registry;
+    QCOMPARE(registry.storedScriptSource(1), QByteArray());
+    registry.setDatabase(database.database());
+    std::unique_ptr<Query> query(database.database()->query());
+    QMap<QString, int> ids; // "type/name"
+    for (const auto& [type, name, source] : { std::array<const char*, 3> { "invoice", "apu", "1" },
+             { "finvoice", "apu", "2" }, { "invoice", "tyhjä", "" } }) {
+        PrintScript script;
+        script.type = QLatin1String(type);
+        script.name = QString::fromUtf8(name);
+        script.sourceCode = QLatin1String(source);
+        QVERIFY2(query->savePrintScript(&script), qPrintable(query->lastError()));
+        ids.insert(script.type + QLatin1Char('/') + script.name, script.id);
+    }
+    QVERIFY(registry.fetchPrintScripts(query.get()));
+    QCOMPARE(registry.storedScriptId(QStringLiteral("apu")), ids.value("finvoice/apu"));
+    QCOMPARE(registry.storedScriptId(QStringLiteral("APU")), -1);
+    QCOMPARE(registry.storedScriptSource(ids.value("invoice/apu")), QByteArray("1"));
+    const QByteArray empty
+        = registry.storedScriptSource(ids.value(QStringLiteral("invoice/tyhjä")));
+    QVERIFY(!empty.isNull() && empty.isEmpty());
+    QVERIFY(registry.storedScriptSource(9999).isNull());
+    registry.setDatabase(nullptr);
 }
 
 QTEST_GUILESS_MAIN(TestRegistry)

@@ -9,8 +9,8 @@
 #include <QAction>
 #include <QApplication>
 #include <QMessageBox>
-#include <QStandardPaths>
 #include <QSpinBox>
+#include <QStandardPaths>
 #include <QTimer>
 #include <QtTest>
 #include <functional>

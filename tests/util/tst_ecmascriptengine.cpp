@@ -1,10 +1,6 @@
-#include "core/registry.h"
-#include "domain/printscript.h"
-#include "storage/database.h"
-#include "storage/query.h"
-#include "testdatabase.h"
 #include "util/ecmascriptengine.h"
 #include "util/scriptloader.h"
+#include "util/storedscriptsource.h"
 
 #include <QtTest>
 #include <array>
@@ -52,6 +48,26 @@ public slots:
     }
 };
 
+// Stored scripts in list order; a script's id is its position + 1.
+class ListScriptSource : public StoredScriptSource
+{
+public:
+    QList<std::array<const char*, 2>> scripts; // name, source
+
+    QByteArray storedScriptSource(int id) const override
+    {
+        return id >= 1 && id <= scripts.size() ? QByteArray(scripts.at(id - 1)[1]) : QByteArray();
+    }
+    int storedScriptId(const QString& name) const override
+    {
+        for (int i = 0; i < scripts.size(); ++i) {
+            if (QString::fromUtf8(scripts.at(i)[0]) == name)
+                return i + 1;
+        }
+        return -1;
+    }
+};
+
 // The script host: argument readers and conversions, errors with their
 // lines, what scripts can reach, and require() of stored scripts through
 // the script loader.
@@ -61,45 +77,28 @@ class TestECMAScriptEngine : public QObject
 
 private slots:
     void initTestCase();
-    void cleanupTestCase() { m_registry.setDatabase(nullptr); }
     void scripts_data();
     void scripts();
     void scriptLoader();
 
 private:
-    TestDatabase m_database { TestDatabase::SQLite };
-    Registry m_registry;
-    ScriptLoader m_loader { &m_registry };
-    QMap<QString, int> m_ids; // by name
+    ListScriptSource m_source;
+    ScriptLoader m_loader { &m_source };
 };
 
-// Stored scripts, listed by type and name: the Finvoice "apu" before the
-// invoice one.
+// Two modules named "apu": the first one in list order is found.
 void TestECMAScriptEngine::initTestCase()
 {
-    QStandardPaths::setTestModeEnabled(true);
-    QVERIFY2(m_database.open(), qPrintable(m_database.lastError()));
-    m_registry.setDatabase(m_database.database());
-    std::unique_ptr<Query> query(m_database.database()->query());
-    const QList<std::array<const char*, 3>> scripts {
-        { "apu", "finvoice", "exports.kaksi = function (x) { return 2 * x; };" },
-        { "apu", "invoice", "exports.kaksi = function () { return 'väärä'; };" },
-        { "laskuri", "invoice", "counter = counter + 1;\nexports.runs = counter;" },
-        { "ajo", "invoice", "report('ajettu ' + require('apu').kaksi(2));" },
-        { "lib/a", "invoice", "var b = require('./b');\nexports.name = 'a+' + b.name;" },
-        { "lib/b", "invoice", "exports.name = 'b+' + require('../apu').kaksi(21);" },
-        { "rikki", "invoice", "var x = 1;\n\nthrow new Error('moduuli rikki');" },
-        { "Ääkköset", "invoice", "var s = 'Hämeenkatu €';" },
+    m_source.scripts = {
+        { "apu", "exports.kaksi = function (x) { return 2 * x; };" },
+        { "apu", "exports.kaksi = function () { return 'väärä'; };" },
+        { "laskuri", "counter = counter + 1;\nexports.runs = counter;" },
+        { "ajo", "report('ajettu ' + require('apu').kaksi(2));" },
+        { "lib/a", "var b = require('./b');\nexports.name = 'a+' + b.name;" },
+        { "lib/b", "exports.name = 'b+' + require('../apu').kaksi(21);" },
+        { "rikki", "var x = 1;\n\nthrow new Error('moduuli rikki');" },
+        { "Ääkköset", "var s = 'Hämeenkatu €';" },
     };
-    for (const auto& data : scripts) {
-        PrintScript script;
-        script.name = QString::fromUtf8(data[0]);
-        script.type = QString::fromUtf8(data[1]);
-        script.sourceCode = QString::fromUtf8(data[2]);
-        QVERIFY2(query->savePrintScript(&script), qPrintable(query->lastError()));
-        m_ids.insert(script.name, script.id);
-    }
-    QVERIFY(m_registry.fetchPrintScripts(query.get()));
 }
 
 void TestECMAScriptEngine::scripts_data()
@@ -121,7 +120,7 @@ void TestECMAScriptEngine::scripts_data()
             "typeof Duktape.modSearch + ',' + Object.getOwnPropertyNames(this).indexOf('ptr'));",
             "=undefined,undefined,undefined,undefined,undefined,undefined,function,undefined,"
             "function,-1" },
-        // The first stored "apu" in list order is the Finvoice one.
+        // The first stored "apu" in list order.
         { "stored module", "report(String(require('apu').kaksi(21)));", "=42" },
         { "relative ids", "report(require('lib/a').name);", "=a+b+42" },
         { "missing module", "require('puuttuva');", "!TypeError: skriptiä puuttuva ei löytynyt|" },
@@ -161,11 +160,10 @@ void TestECMAScriptEngine::scripts()
 // Stored scripts by id and name, and the built-in ones from the resources.
 void TestECMAScriptEngine::scriptLoader()
 {
-    QCOMPARE(
-        m_loader.loadScriptById(m_ids.value("Ääkköset")), QByteArray("var s = 'Hämeenkatu €';"));
+    QCOMPARE(m_loader.loadScriptByName(QStringLiteral("Ääkköset")),
+        QByteArray("var s = 'Hämeenkatu €';"));
     QVERIFY(m_loader.loadScriptById(9999).isNull());
-    Registry noDatabase;
-    QVERIFY(ScriptLoader(&noDatabase).loadScriptById(m_ids.value("apu")).isNull());
+    QVERIFY(ScriptLoader(nullptr).loadScriptByName(QStringLiteral("apu")).isNull());
     QVERIFY(m_loader.loadResource(QStringLiteral("invoice")).contains("function print()"));
     QVERIFY(m_loader.loadResource(QStringLiteral("../sql/sqlite")).isNull());
 

@@ -1,4 +1,3 @@
-#include "core/registry.h"
 #include "domain/customer.h"
 #include "domain/invoice.h"
 #include "domain/settings.h"
@@ -13,7 +12,6 @@ class TestTemplateStringHelper : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
     void init();
 
     void dollarCodes_data();
@@ -26,7 +24,7 @@ private slots:
     void addSuffixToFilename();
 
 private:
-    Registry m_registry;
+    Settings m_settings;
     Invoice m_invoice;
     Customer m_customer;
 };
@@ -48,7 +46,7 @@ void TestTemplateStringHelper::init()
     m_customer.townName = QStringLiteral("Hämeenlinna");
     m_customer.emailAddress = QStringLiteral("äiti+lasku@esimerkki.fi");
     m_customer.vatNumber = QStringLiteral("FI12345671");
-    m_registry.settings()->setProperty(
+    m_settings.setProperty(
         QStringLiteral("settings/periodForComplaints"), QStringLiteral("8 päivää"));
 }
 
@@ -82,7 +80,7 @@ void TestTemplateStringHelper::dollarCodes()
     QFETCH(int, printType);
     QFETCH(QString, expected);
     m_invoice.type = invoiceType;
-    TemplateStringHelper helper(&m_registry);
+    TemplateStringHelper helper(&m_settings);
     QCOMPARE(helper.substituteShortVariables(text, &m_invoice, &m_customer, printType), expected);
     // Without the invoice or the customer the text stays as it is.
     QCOMPARE(helper.substituteShortVariables(text, nullptr, &m_customer, printType), text);
@@ -124,7 +122,7 @@ void TestTemplateStringHelper::braces()
     QFETCH(QString, given);
     QFETCH(QString, expected);
     expected.replace(QLatin1Char('#'), QLocale::system().decimalPoint());
-    TemplateStringHelper helper(&m_registry);
+    TemplateStringHelper helper(&m_settings);
     QCOMPARE(helper.substituteVariables(text, given.contains('I') ? &m_invoice : nullptr,
                  given.contains('C') ? &m_customer : nullptr),
         expected);
@@ -134,7 +132,7 @@ void TestTemplateStringHelper::braces()
 // escaping on, their values can stand between double quotes.
 void TestTemplateStringHelper::extraVariables()
 {
-    TemplateStringHelper helper(&m_registry);
+    TemplateStringHelper helper(&m_settings);
     auto expand = [&](const char* text) {
         return helper.substituteVariables(QString::fromUtf8(text), &m_invoice, &m_customer);
     };

@@ -11,7 +11,6 @@
 
 int main(int argc, char* argv[])
 {
-    Q_INIT_RESOURCE(resources);
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Veklari"));
     QCoreApplication::setOrganizationDomain(QStringLiteral("veklari.invalid"));
