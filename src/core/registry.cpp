@@ -51,6 +51,23 @@ void appendCopies(const QList<T*>& source, QList<T*>& target)
     }
 }
 
+// Replaces list with the records that the query's start statement returns,
+// each filled from its row by read.
+template<typename T>
+bool fetchList(QList<T*>& list, Query* query, bool (Query::*start)(), void (Query::*read)(T*))
+{
+    qDeleteAll(list);
+    list.clear();
+    if (!(query->*start)())
+        return false;
+    while (query->next()) {
+        T* record = new T();
+        (query->*read)(record);
+        list.append(record);
+    }
+    return true;
+}
+
 } // namespace
 
 Registry::Registry(QObject* parent) : QObject(parent), m_settings(new Settings()) { }
@@ -72,11 +89,9 @@ void Registry::loadSettings(const QString& configFile)
         m_appSettings = new QSettings(configFile, QSettings::IniFormat);
     }
 
-    // Only the last directory level is made: a configuration path whose
-    // parent is missing is most likely a typing error.
-    const QString dirPath = QFileInfo(m_appSettings->fileName()).absolutePath();
-    if (!QFileInfo::exists(dirPath))
-        QDir().mkdir(dirPath);
+    // The whole path is made: on a new account even the user's configuration
+    // directory may be missing, and the first run must not lose its log.
+    QDir().mkpath(QFileInfo(m_appSettings->fileName()).absolutePath());
 }
 
 void Registry::setupLogging()
@@ -169,15 +184,8 @@ bool Registry::fetchSettings(Query* query)
 
 bool Registry::fetchCustomers(Query* query)
 {
-    qDeleteAll(m_customers);
-    m_customers.clear();
-    if (!query->fetchCustomers())
+    if (!fetchList(m_customers, query, &Query::fetchCustomers, &Query::customer))
         return false;
-    while (query->next()) {
-        Customer* customer = new Customer();
-        query->customer(customer);
-        m_customers.append(customer);
-    }
     emit customersFetched();
     return true;
 }
@@ -225,16 +233,7 @@ void Registry::copyCustomersFrom(const QList<Customer*>& source)
 bool Registry::fetchProducts(Query* query)
 {
     emit beginUpdateProducts();
-    qDeleteAll(m_products);
-    m_products.clear();
-    bool ok = query->fetchProducts();
-    if (ok) {
-        while (query->next()) {
-            Product* product = new Product();
-            query->product(product);
-            m_products.append(product);
-        }
-    }
+    const bool ok = fetchList(m_products, query, &Query::fetchProducts, &Query::product);
     emit endUpdateProducts();
     return ok;
 }
@@ -278,15 +277,8 @@ void Registry::copyProducts(QList<Product*>& target) const
 
 bool Registry::fetchBankAccounts(Query* query)
 {
-    qDeleteAll(m_bankAccounts);
-    m_bankAccounts.clear();
-    if (!query->fetchBankAccounts())
+    if (!fetchList(m_bankAccounts, query, &Query::fetchBankAccounts, &Query::bankAccount))
         return false;
-    while (query->next()) {
-        BankAccount* account = new BankAccount();
-        query->bankAccount(account);
-        m_bankAccounts.append(account);
-    }
     emit bankAccountsFetched();
     return true;
 }
@@ -326,17 +318,9 @@ void Registry::copyBankAccountsFrom(const QList<BankAccount*>& source)
 
 bool Registry::fetchPrintScripts(Query* query)
 {
-    qDeleteAll(m_printScripts);
-    m_printScripts.clear();
     // Only id, type and name: the source code is read when a script runs.
-    if (!query->fetchPrintScriptSummaries())
-        return false;
-    while (query->next()) {
-        PrintScript* script = new PrintScript();
-        query->printScriptSummary(script);
-        m_printScripts.append(script);
-    }
-    return true;
+    return fetchList(
+        m_printScripts, query, &Query::fetchPrintScriptSummaries, &Query::printScriptSummary);
 }
 
 int Registry::printScriptCount() const

@@ -34,6 +34,7 @@ private slots:
     void setupLogging();
     void logFileNames_data();
     void logFileNames();
+    void missingDirectories();
     void storedScripts();
 
 private:
@@ -187,6 +188,20 @@ void TestRegistry::logFileNames()
     // The configured name stays as the user wrote it.
     QCOMPARE(registry.appSettings()->value(QStringLiteral("logging/filename")).toString(),
         configured.isEmpty() ? QStringLiteral("Veklari.log") : configured);
+}
+
+// A new account may lack even the configuration directory's parent: the
+// whole path is made and the first run keeps its log.
+void TestRegistry::missingDirectories()
+{
+    const QString dir = newDirectory() + QStringLiteral("/config/Veklari");
+    {
+        Registry registry;
+        registry.loadSettings(dir + QStringLiteral("/Veklari.ini"));
+        registry.setupLogging();
+        qCWarning(logUi) << "ensimmäinen ajo";
+    }
+    QVERIFY(readFile(dir + QStringLiteral("/Veklari.log")).contains("ensimmäinen ajo"));
 }
 
 // Scripts are listed by type and name, so the Finvoice "apu" comes before
