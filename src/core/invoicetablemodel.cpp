@@ -3,6 +3,7 @@
 #include "core/registry.h"
 #include "domain/constants.h"
 #include "domain/customer.h"
+#include "domain/invoicetype.h"
 #include "storage/query.h"
 
 #include <algorithm>
@@ -86,22 +87,7 @@ QVariant InvoiceTableModel::data(const QModelIndex& index, int role) const
 
 QString InvoiceTableModel::typeName(int type)
 {
-    switch (type) {
-    case 0:
-        return tr("Lasku");
-    case 1:
-        return tr("Korkolasku");
-    case 2:
-        return tr("Hyvityslasku");
-    case 3:
-        return tr("Maksumuistutus");
-    case 4:
-        return tr("Kuitti");
-    case 5:
-        return tr("Lähete");
-    default:
-        return QString();
-    }
+    return InvoiceType::name(type);
 }
 
 QVariant InvoiceTableModel::headerData(int section, Qt::Orientation orientation, int role) const

@@ -2,6 +2,7 @@
 
 #include "core/registry.h"
 #include "domain/invoice.h"
+#include "domain/invoicetype.h"
 #include "domain/settings.h"
 #include "invoiceprintmodel.h"
 
@@ -57,7 +58,7 @@ int InvoicePrintJob::numberOfCopies() const
 QString InvoicePrintJob::dueDateWarning(
     const InvoicePrintModel* model, int kind, const QDate& today)
 {
-    if (!model || (kind != Reminder && kind != Receipt))
+    if (!model || (kind != InvoiceType::Reminder && kind != InvoiceType::Receipt))
         return QString();
     bool notDue = false;
     for (int i = 0; i < model->invoiceCount() && !notDue; ++i) {
@@ -67,7 +68,7 @@ QString InvoicePrintJob::dueDateWarning(
     }
     if (!notDue)
         return QString();
-    if (kind == Reminder)
+    if (kind == InvoiceType::Reminder)
         return QCoreApplication::translate("InvoicePrintJob",
             "Huomaathan, että yksi tai usempi laskuista ei ole vielä erääntynyt.");
     return QCoreApplication::translate(

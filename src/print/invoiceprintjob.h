@@ -19,16 +19,6 @@ class Registry;
 class InvoicePrintJob
 {
 public:
-    // The printed document; the values are the print types of
-    // InvoicePrintModel.
-    enum Kind
-    {
-        Invoice = 0,
-        Reminder = 3,
-        Receipt = 4,
-        DeliveryNote = 5
-    };
-
     explicit InvoicePrintJob(Registry* registry);
 
     bool showPreview() const;

@@ -7,6 +7,7 @@
 #include "domain/decimal.h"
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
+#include "domain/invoicetype.h"
 #include "domain/settings.h"
 #include "listreportformat.h"
 #include "storage/database.h"
@@ -159,27 +160,13 @@ int InvoicePrintModel::printedType(const Invoice* invoice) const
 {
     if (m_printType > 0)
         return m_printType;
-    return invoice->type <= 2 ? invoice->type : invoice->type + 2;
+    // Stored types past the credit note are printed two places further on.
+    return invoice->type <= InvoiceType::CreditNote ? invoice->type : invoice->type + 2;
 }
 
 QString InvoicePrintModel::typeName(int printedType)
 {
-    switch (printedType) {
-    case 0:
-        return tr("lasku");
-    case 1:
-        return tr("korkolasku");
-    case 2:
-        return tr("hyvityslasku");
-    case 3:
-        return tr("maksumuistutus");
-    case 4:
-        return tr("kuitti");
-    case 5:
-        return tr("lähete");
-    default:
-        return QString();
-    }
+    return InvoiceType::name(printedType).toLower();
 }
 
 QList<BankAccount*> InvoicePrintModel::visibleBankAccounts() const

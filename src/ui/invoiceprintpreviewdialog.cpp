@@ -1,6 +1,7 @@
 #include "invoiceprintpreviewdialog.h"
 
 #include "core/registry.h"
+#include "domain/invoicetype.h"
 #include "domain/printscript.h"
 #include "print/invoiceprintjob.h"
 #include "print/invoiceprintmodel.h"
@@ -98,7 +99,7 @@ bool InvoicePrintPreviewDialog::printInvoices(
     InvoicePrintPreviewDialog dialog(registry, parent);
     InvoicePrintModel* model = dialog.invoicePrintModel();
     criteria.copy(&model->criteria());
-    model->setPrintType(kind == InvoicePrintJob::Invoice ? 0 : kind);
+    model->setPrintType(kind == InvoiceType::Invoice ? 0 : kind);
     if (!model->run()) {
         QMessageBox::critical(
             parent, title, tr("Tulosteen muodostaminen epäonnistui. %1").arg(model->lastError()));

@@ -31,10 +31,10 @@ public:
     int printScriptId() const { return m_printScriptId; }
 
     // The invoice print commands of the main window: loads the invoices of
-    // criteria printed as kind (an InvoicePrintJob::Kind), cautions and asks
-    // as InvoicePrintJob decides, then shows the preview (when preview is
-    // set or the company setting asks for it) or prints straight away on
-    // the configured printers. False when nothing was shown or printed.
+    // criteria printed as kind (an InvoiceType: invoice, reminder, receipt or delivery note),
+    // cautions and asks as InvoicePrintJob decides, then shows the preview (when preview is set or
+    // the company setting asks for it) or prints straight away on the configured printers. False
+    // when nothing was shown or printed.
     static bool printInvoices(Registry* registry, const InvoiceCriteria& criteria, int kind,
         bool preview, QWidget* parent);
 

@@ -1,6 +1,5 @@
 #include "searchdialog.h"
 
-#include "core/invoicetablemodel.h"
 #include "core/registry.h"
 #include "domain/customer.h"
 #include "domain/dateformat.h"
@@ -98,8 +97,8 @@ SearchDialog::SearchDialog(Registry* registry, InvoiceCriteria* criteria, QWidge
     QWidget* types = new QWidget();
     QGridLayout* typeLayout = new QGridLayout(types);
     typeLayout->setContentsMargins(0, 0, 0, 0);
-    for (int type = 0; type < 6; ++type) {
-        m_typeChecks[type] = new QCheckBox(InvoiceTableModel::typeName(type));
+    for (int type = 0; type < InvoiceType::count; ++type) {
+        m_typeChecks[type] = new QCheckBox(InvoiceType::name(type));
         m_typeChecks[type]->setObjectName(QStringLiteral("typeCheck%1").arg(type));
         typeLayout->addWidget(m_typeChecks[type], type / 3, type % 3);
     }
@@ -170,7 +169,7 @@ void SearchDialog::loadCriteria(const InvoiceCriteria& criteria)
     setNumber(m_numberToEdit, criteria.numberTo);
     const int customer = m_customerCombo->findData(criteria.customerId);
     m_customerCombo->setCurrentIndex(customer < 0 ? 0 : customer);
-    for (int type = 0; type < 6; ++type)
+    for (int type = 0; type < InvoiceType::count; ++type)
         m_typeChecks[type]->setChecked(criteria.types < 0 || (criteria.types & (1 << type)));
     const int status = m_paymentStatusCombo->findData(
         criteria.paymentStatus == 0 || criteria.paymentStatus == 1 ? criteria.paymentStatus : -1);
@@ -242,7 +241,7 @@ bool SearchDialog::readCriteria(InvoiceCriteria* target)
     result.customerId = m_customerCombo->itemData(customer).toInt();
 
     int types = 0;
-    for (int type = 0; type < 6; ++type) {
+    for (int type = 0; type < InvoiceType::count; ++type) {
         if (m_typeChecks[type]->isChecked())
             types |= 1 << type;
     }

@@ -2,6 +2,7 @@
 #define SEARCHDIALOG_H
 
 #include "domain/invoicecriteria.h"
+#include "domain/invoicetype.h"
 
 #include <QDialog>
 
@@ -51,7 +52,7 @@ private:
     QLineEdit* m_numberFromEdit;
     QLineEdit* m_numberToEdit;
     QComboBox* m_customerCombo;
-    QCheckBox* m_typeChecks[6];
+    QCheckBox* m_typeChecks[InvoiceType::count];
     QComboBox* m_paymentStatusCombo;
     QLineEdit* m_balanceDateEdit;
     QLineEdit* m_referenceNumberEdit;

@@ -4,6 +4,7 @@
 #include "domain/constants.h"
 #include "domain/customer.h"
 #include "domain/invoice.h"
+#include "domain/invoicetype.h"
 #include "domain/settings.h"
 
 #include <QDir>
@@ -27,12 +28,9 @@ TemplateStringHelper::TemplateStringHelper(
 
 QString TemplateStringHelper::documentTitle(const Invoice* invoice, int printType)
 {
-    static const char* const titles[]
-        = { "Lasku", "Korkolasku", "Hyvityslasku", "Maksumuistutus", "Kuitti", "Lähete" };
-    const int index = printType < 3 ? invoice->type : printType;
-    if (index < 0 || index >= 6)
-        return QString::fromUtf8(titles[0]);
-    return QString::fromUtf8(titles[index]);
+    // Below a reminder the invoice's own type names the document.
+    const int type = printType < InvoiceType::Reminder ? invoice->type : printType;
+    return InvoiceType::name(InvoiceType::isValid(type) ? type : InvoiceType::Invoice);
 }
 
 QString TemplateStringHelper::substituteShortVariables(

@@ -1,4 +1,5 @@
 #include "core/registry.h"
+#include "domain/invoicetype.h"
 #include "domain/settings.h"
 #include "invoicefixture.h"
 #include "print/invoiceprintjob.h"
@@ -96,19 +97,18 @@ void TestInvoicePrintJob::cautions_data()
     QTest::addColumn<bool>("preview");
     QTest::addColumn<QString>("said"); // the caution and the question, as they come
 
-    const int reminder = InvoicePrintJob::Reminder;
+    const int reminder = InvoiceType::Reminder;
     const QList<int> first { 1001 };
     const QList<int> both { 1001, 1002 };
     const QDate due(2025, 3, 15);
     QTest::addRow("reminder on the due date") << reminder << first << due << true << "";
     QTest::addRow("reminders, one not yet due")
         << reminder << both << QDate(2025, 4, 1) << true << reminderWarning;
-    QTest::addRow("receipt before the due date")
-        << int(InvoicePrintJob::Receipt) << QList<int> { 1002 } << QDate(2025, 4, 29) << true
-        << receiptWarning;
+    QTest::addRow("receipt before the due date") << int(InvoiceType::Receipt) << QList<int> { 1002 }
+                                                 << QDate(2025, 4, 29) << true << receiptWarning;
     // The preview shows the empty invoice; nothing to ask.
     QTest::addRow("no rows, preview")
-        << int(InvoicePrintJob::Invoice) << QList<int> { 1003 } << due << true << "";
+        << int(InvoiceType::Invoice) << QList<int> { 1003 } << due << true << "";
     QTest::addRow("one of several without rows")
         << reminder << QList<int> { 1001, 1002, 1003 } << QDate(2025, 3, 1) << false
         << reminderWarning + "|" + noRows;
