@@ -5,6 +5,7 @@
 #include "domain/invoiceitem.h"
 #include "domain/product.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "domain/vat.h"
 #include "storage/query.h"
 
@@ -353,7 +354,7 @@ long long InvoiceItemTableModel::totalVatAmount() const
     Vat vat;
     const Settings* settings = m_registry ? m_registry->settings() : nullptr;
     if (settings)
-        vat.setRoundingMode(settings->property(QStringLiteral("invoiceForm/roundingMode")).toInt());
+        vat.setRoundingMode(settings->property(SettingsKeys::roundingMode).toInt());
     for (const InvoiceItem* item : m_items)
         vat.addInvoiceItem(item);
     return vat.totalVatAmount();

@@ -1,5 +1,6 @@
 #include "settings.h"
 #include "entityutil.h"
+#include "settingskeys.h"
 
 Settings::Settings()
 {
@@ -60,12 +61,11 @@ void Settings::propertiesFromString(const QString& text)
 
 QString Settings::referenceNumberTemplate() const
 {
-    const QString configured
-        = property(QStringLiteral("settings/referenceNumberTemplate")).toString();
+    const QString configured = property(SettingsKeys::referenceNumberTemplate).toString();
     if (!configured.isEmpty())
         return configured;
     // Older databases kept only a suffix appended to the invoice number.
-    QString suffix = property(QStringLiteral("settings/referenceNumberSuffix")).toString();
+    QString suffix = property(SettingsKeys::referenceNumberSuffix).toString();
     if (suffix.isEmpty())
         return QStringLiteral("{I}00");
     if (suffix.size() < 2)

@@ -6,6 +6,7 @@
 #include "domain/decimal.h"
 #include "domain/invoiceitem.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "listreportformat.h"
 #include "storage/database.h"
 #include "storage/query.h"
@@ -72,7 +73,7 @@ bool InvoiceListPrintModel::run()
     int roundingMode = 1;
     if (const Settings* settings = m_registry->settings()) {
         bool ok = false;
-        const int mode = settings->property(QStringLiteral("invoiceForm/roundingMode")).toInt(&ok);
+        const int mode = settings->property(SettingsKeys::roundingMode).toInt(&ok);
         if (ok)
             roundingMode = mode;
     }

@@ -4,6 +4,7 @@
 #include "domain/invoice.h"
 #include "domain/invoicetype.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "invoiceprintmodel.h"
 
 #include <QCoreApplication>
@@ -22,7 +23,7 @@ bool InvoicePrintJob::showPreview() const
     const Settings* settings = m_registry ? m_registry->settings() : nullptr;
     if (!settings)
         return true;
-    const QVariant value = settings->property(QStringLiteral("invoiceForm/printPreview"));
+    const QVariant value = settings->property(SettingsKeys::printPreview);
     if (!value.isValid() || value.toString().isEmpty())
         return true;
     const QString text = value.toString().toLower();
@@ -50,8 +51,7 @@ int InvoicePrintJob::numberOfCopies() const
     if (!settings)
         return 0;
     bool ok = false;
-    const int copies
-        = settings->property(QStringLiteral("invoiceForm/numberOfCopies")).toString().toInt(&ok);
+    const int copies = settings->property(SettingsKeys::numberOfCopies).toString().toInt(&ok);
     return ok && copies > 0 ? copies : 0;
 }
 

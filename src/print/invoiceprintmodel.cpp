@@ -9,6 +9,7 @@
 #include "domain/invoiceitem.h"
 #include "domain/invoicetype.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "listreportformat.h"
 #include "storage/database.h"
 #include "storage/query.h"
@@ -88,7 +89,7 @@ bool InvoicePrintModel::loadSellerData()
         }
     }
     bool ok = false;
-    const int mode = setting(QStringLiteral("invoiceForm/roundingMode")).toInt(&ok);
+    const int mode = setting(SettingsKeys::roundingMode).toInt(&ok);
     m_roundingMode = ok ? mode : 1;
     m_sellerLoaded = true;
     m_cacheIndex = -1;
@@ -263,7 +264,7 @@ QVariant InvoicePrintModel::invoiceField(int index, const QString& key, const QS
             const QString own = invoice->property(QStringLiteral("periodForComplaints")).toString();
             if (!own.isEmpty())
                 return own;
-            return setting(QStringLiteral("settings/periodForComplaints")).toString();
+            return setting(SettingsKeys::periodForComplaints).toString();
         }
         if (key == QLatin1String("totalAmountVatExcluded")) {
             locateItems(index);
@@ -448,9 +449,9 @@ QVariant InvoicePrintModel::sellerValue(const QStringList& path) const
     }
     if (key == QLatin1String("phoneNumber") || key == QLatin1String("emailAddress")
         || key == QLatin1String("webAddress"))
-        return settings->property(QStringLiteral("seller/") + key, QString("")).toString();
+        return settings->property(SettingsKeys::sellerGroup + key, QString("")).toString();
     if (key == QLatin1String("webAddressShort")) {
-        QString address = settings->property(QStringLiteral("seller/webAddress")).toString();
+        QString address = settings->property(SettingsKeys::webAddress).toString();
         if (address.startsWith(QLatin1String("http://")))
             address.remove(0, 7);
         else if (address.startsWith(QLatin1String("https://")))
@@ -458,7 +459,7 @@ QVariant InvoicePrintModel::sellerValue(const QStringList& path) const
         return address.isNull() ? QString("") : address;
     }
     if (key == QLatin1String("edi"))
-        return settings->property(QStringLiteral("finvoice/edi"), QString("")).toString();
+        return settings->property(SettingsKeys::edi, QString("")).toString();
     if (key == QLatin1String("hasLogo"))
         return !m_logo.isNull();
     return QVariant();
@@ -501,25 +502,25 @@ QVariant InvoicePrintModel::settingsValue(const QStringList& path) const
     const QString& key = path.at(1);
     bool ok = false;
     if (key == QLatin1String("barcodeVisible"))
-        return setting(QStringLiteral("invoiceForm/barcodeVisible")).toBool();
+        return setting(SettingsKeys::barcodeVisible).toBool();
     if (key == QLatin1String("logoHeight") || key == QLatin1String("invoiceItemOptions")) {
-        const int number = setting(QStringLiteral("invoiceForm/") + key).toInt(&ok);
+        const int number = setting(SettingsKeys::invoiceFormGroup + key).toInt(&ok);
         return ok ? QVariant(number) : QVariant();
     }
     if (key == QLatin1String("roundingMode"))
         return m_roundingMode;
     if (key == QLatin1String("reminderText") || key == QLatin1String("language"))
-        return setting(QStringLiteral("invoiceForm/") + key).toString();
+        return setting(SettingsKeys::invoiceFormGroup + key).toString();
     if (key == QLatin1String("epiPaymentInstructionId"))
-        return setting(QStringLiteral("finvoice/epiInstructionId")).toString();
+        return setting(SettingsKeys::epiInstructionId).toString();
     if (key == QLatin1String("senderId") || key == QLatin1String("defaultReceiverId")
         || key == QLatin1String("intermediatorId"))
-        return setting(QStringLiteral("finvoice/") + key).toString();
+        return setting(SettingsKeys::finvoiceGroup + key).toString();
     if (key.startsWith(QLatin1String("footerText"))) {
         const int number = key.mid(10).toInt(&ok);
         if (!ok || number < 1 || number > 3)
             return QVariant();
-        return setting(QStringLiteral("invoiceForm/footer/text%1").arg(number)).toString();
+        return setting(SettingsKeys::footerText.arg(number)).toString();
     }
     return QVariant();
 }

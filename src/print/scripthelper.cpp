@@ -3,6 +3,7 @@
 #include "core/registry.h"
 #include "domain/printscript.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "util/ecmascriptengine.h"
 #include "util/scriptloader.h"
 
@@ -17,10 +18,8 @@ int ScriptHelper::invoiceScriptId() const
     if (!m_registry || !m_registry->settings())
         return -1;
     bool ok = false;
-    const int id = m_registry->settings()
-                       ->property(QStringLiteral("printScripts/invoice"))
-                       .toString()
-                       .toInt(&ok);
+    const int id
+        = m_registry->settings()->property(SettingsKeys::invoiceScript).toString().toInt(&ok);
     return ok ? id : -1;
 }
 

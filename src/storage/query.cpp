@@ -10,6 +10,7 @@
 #include "domain/printscript.h"
 #include "domain/product.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 
 #include <QSqlError>
 #include <QStringList>
@@ -895,12 +896,11 @@ bool Query::addInitialData(const QString& companyName)
 {
     Settings settings;
     settings.sellerName = companyName;
-    settings.setProperty(QStringLiteral("settings/paymentTerms"), tr("14 päivää netto"));
-    settings.setProperty(QStringLiteral("settings/periodForComplaints"), tr("8 päivää"));
-    settings.setProperty(QStringLiteral("settings/interestOnArrears"), 800);
-    settings.setProperty(
-        QStringLiteral("settings/productForInterestOnArrears"), QStringLiteral("999"));
-    settings.setProperty(QStringLiteral("invoiceForm/reminderText"),
+    settings.setProperty(SettingsKeys::paymentTerms, tr("14 päivää netto"));
+    settings.setProperty(SettingsKeys::periodForComplaints, tr("8 päivää"));
+    settings.setProperty(SettingsKeys::interestOnArrears, 800);
+    settings.setProperty(SettingsKeys::interestProduct, QStringLiteral("999"));
+    settings.setProperty(SettingsKeys::reminderText,
         tr("Pyydämme ystävällisesti maksamaan saatavamme. Mikäli kuitenkin olette jo suorittaneet tämän laskun, tämä maksumuistutus on aiheeton."));
     if (!insertSettings(&settings))
         return false;

@@ -8,6 +8,7 @@
 #include "domain/printscript.h"
 #include "domain/product.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "ui/formhelper.h"
 
 #include <QCheckBox>
@@ -30,38 +31,6 @@
 #include <QVBoxLayout>
 
 namespace {
-
-const QString paymentTermsKey = QStringLiteral("settings/paymentTerms");
-const QString periodForComplaintsKey = QStringLiteral("settings/periodForComplaints");
-const QString interestOnArrearsKey = QStringLiteral("settings/interestOnArrears");
-const QString interestProductKey = QStringLiteral("settings/productForInterestOnArrears");
-const QString referenceNumberTemplateKey = QStringLiteral("settings/referenceNumberTemplate");
-const QString referenceNumberSuffixKey = QStringLiteral("settings/referenceNumberSuffix");
-const QString defaultBankAccountKey = QStringLiteral("settings/defaultBankAccount");
-const QString vatIncludedKey = QStringLiteral("settings/vatIncluded");
-const QString printScriptKey = QStringLiteral("printScripts/invoice");
-const QString languageKey = QStringLiteral("invoiceForm/language");
-const QString invoiceItemOptionsKey = QStringLiteral("invoiceForm/invoiceItemOptions");
-const QString roundingModeKey = QStringLiteral("invoiceForm/roundingMode");
-const QString barcodeVisibleKey = QStringLiteral("invoiceForm/barcodeVisible");
-const QString logoHeightKey = QStringLiteral("invoiceForm/logoHeight");
-const QString noticeText1Key = QStringLiteral("invoiceForm/noticeText1");
-const QString noticeText2Key = QStringLiteral("invoiceForm/noticeText2");
-const QString reminderTextKey = QStringLiteral("invoiceForm/reminderText");
-const QString footerTextKey = QStringLiteral("invoiceForm/footer/text%1");
-const QString phoneNumberKey = QStringLiteral("seller/phoneNumber");
-const QString emailAddressKey = QStringLiteral("seller/emailAddress");
-const QString webAddressKey = QStringLiteral("seller/webAddress");
-const QString ediKey = QStringLiteral("finvoice/edi");
-const QString senderIdKey = QStringLiteral("finvoice/senderId");
-const QString intermediatorIdKey = QStringLiteral("finvoice/intermediatorId");
-const QString defaultReceiverIdKey = QStringLiteral("finvoice/defaultReceiverId");
-const QString epiInstructionIdKey = QStringLiteral("finvoice/epiInstructionId");
-const QString soapEnvKey = QStringLiteral("finvoice/soapEnv");
-const QString xmlSchemaKey = QStringLiteral("finvoice/xmlSchema");
-const QString emailSubjectKey = QStringLiteral("email/subject");
-const QString emailBodyKey = QStringLiteral("email/body");
-const QString attachmentNameKey = QStringLiteral("email/attachmentName");
 
 // The logo is printed 20 mm high unless told otherwise.
 constexpr int defaultLogoHeight = 20;
@@ -307,15 +276,15 @@ void SettingsDialog::loadValues()
     m_sellerTownNameEdit->setText(settings->sellerTownName);
     m_sellerCountryEdit->setText(settings->sellerCountry);
     m_sellerBusinessIdEdit->setText(settings->sellerBusinessId);
-    m_sellerPhoneNumberEdit->setText(text(phoneNumberKey));
-    m_sellerEmailAddressEdit->setText(text(emailAddressKey));
-    m_sellerWebAddressEdit->setText(text(webAddressKey));
+    m_sellerPhoneNumberEdit->setText(text(SettingsKeys::phoneNumber));
+    m_sellerEmailAddressEdit->setText(text(SettingsKeys::emailAddress));
+    m_sellerWebAddressEdit->setText(text(SettingsKeys::webAddress));
     updateLogoPreview();
 
-    m_paymentTermsEdit->setText(text(paymentTermsKey));
-    m_periodForComplaintsEdit->setText(text(periodForComplaintsKey));
+    m_paymentTermsEdit->setText(text(SettingsKeys::paymentTerms));
+    m_periodForComplaintsEdit->setText(text(SettingsKeys::periodForComplaints));
     bool ok = false;
-    const int interest = settings->property(interestOnArrearsKey).toInt(&ok);
+    const int interest = settings->property(SettingsKeys::interestOnArrears).toInt(&ok);
     const DecimalFormat percentFormat(
         Constants::percentageFractionDigits, Constants::percentageMinFractionDigits);
     m_interestOnArrearsEdit->setText(ok ? percentFormat.format(interest) : QString());
@@ -326,7 +295,8 @@ void SettingsDialog::loadValues()
         m_interestProductCombo->addItem(
             QStringLiteral("%1 %2").arg(product->number, product->name), product->number);
     }
-    selectData(m_interestProductCombo, text(interestProductKey), text(interestProductKey));
+    selectData(m_interestProductCombo, text(SettingsKeys::interestProduct),
+        text(SettingsKeys::interestProduct));
 
     // Shows what new invoices really get, also from the older suffix key.
     m_referenceNumberTemplateEdit->setText(settings->referenceNumberTemplate());
@@ -340,10 +310,10 @@ void SettingsDialog::loadValues()
         m_defaultBankAccountCombo->addItem(
             QStringLiteral("%1 %2").arg(name, BankAccount::formatIban(account->iban)), account->id);
     }
-    const int accountId = settings->property(defaultBankAccountKey).toInt(&ok);
+    const int accountId = settings->property(SettingsKeys::defaultBankAccount).toInt(&ok);
     selectData(
         m_defaultBankAccountCombo, ok ? accountId : -1, tr("Poistettu tili (%1)").arg(accountId));
-    m_vatIncludedCheck->setChecked(settings->property(vatIncludedKey, true).toBool());
+    m_vatIncludedCheck->setChecked(settings->property(SettingsKeys::vatIncluded, true).toBool());
 
     const QStringList builtInNames = m_registry->builtInPrintScriptNames();
     const QList<int> builtInIds = m_registry->builtInPrintScriptIds();
@@ -354,7 +324,7 @@ void SettingsDialog::loadValues()
         if (script->type == QLatin1String("invoice"))
             m_printScriptCombo->addItem(script->name, script->id);
     }
-    int scriptId = settings->property(printScriptKey).toInt(&ok);
+    int scriptId = settings->property(SettingsKeys::invoiceScript).toInt(&ok);
     if (!ok)
         scriptId = -1;
     selectData(m_printScriptCombo, scriptId, tr("Poistettu laskupohja (%1)").arg(scriptId));
@@ -362,37 +332,38 @@ void SettingsDialog::loadValues()
     const QStringList languages = m_registry->availableLanguages();
     for (const QString& language : languages)
         m_languageCombo->addItem(language, Registry::parseLanguageCode(language));
-    const QString language = text(languageKey);
+    const QString language = text(SettingsKeys::language);
     selectData(m_languageCombo, language.isEmpty() ? QStringLiteral("fi") : language, language);
 
-    const int itemOptions = settings->property(invoiceItemOptionsKey).toInt(&ok);
+    const int itemOptions = settings->property(SettingsKeys::invoiceItemOptions).toInt(&ok);
     selectData(m_invoiceItemOptionsCombo, ok ? itemOptions : 3, QString::number(itemOptions));
-    const int roundingMode = settings->property(roundingModeKey).toInt(&ok);
+    const int roundingMode = settings->property(SettingsKeys::roundingMode).toInt(&ok);
     // Every mode but 2 works from the VAT-included sums.
     m_roundingModeCombo->setCurrentIndex(ok && roundingMode == 2 ? 1 : 0);
-    const int logoHeight = settings->property(logoHeightKey).toInt(&ok);
+    const int logoHeight = settings->property(SettingsKeys::logoHeight).toInt(&ok);
     m_logoHeightEdit->setText(ok ? QString::number(logoHeight) : QString());
-    m_barcodeVisibleCheck->setChecked(settings->property(barcodeVisibleKey, false).toBool());
+    m_barcodeVisibleCheck->setChecked(
+        settings->property(SettingsKeys::barcodeVisible, false).toBool());
 
-    m_noticeText1Edit->setPlainText(text(noticeText1Key));
-    m_noticeText2Edit->setPlainText(text(noticeText2Key));
-    m_reminderTextEdit->setPlainText(text(reminderTextKey));
+    m_noticeText1Edit->setPlainText(text(SettingsKeys::noticeText1));
+    m_noticeText2Edit->setPlainText(text(SettingsKeys::noticeText2));
+    m_reminderTextEdit->setPlainText(text(SettingsKeys::reminderText));
     for (int i = 0; i < 3; ++i)
-        m_footerTextEdits[i]->setText(text(footerTextKey.arg(i + 1)));
+        m_footerTextEdits[i]->setText(text(SettingsKeys::footerText.arg(i + 1)));
 
-    m_ediEdit->setText(text(ediKey));
-    m_senderIdEdit->setText(text(senderIdKey));
-    m_intermediatorIdEdit->setText(text(intermediatorIdKey));
-    m_defaultReceiverIdEdit->setText(text(defaultReceiverIdKey));
-    m_epiInstructionIdEdit->setText(text(epiInstructionIdKey));
-    const QString schema = text(xmlSchemaKey);
+    m_ediEdit->setText(text(SettingsKeys::edi));
+    m_senderIdEdit->setText(text(SettingsKeys::senderId));
+    m_intermediatorIdEdit->setText(text(SettingsKeys::intermediatorId));
+    m_defaultReceiverIdEdit->setText(text(SettingsKeys::defaultReceiverId));
+    m_epiInstructionIdEdit->setText(text(SettingsKeys::epiInstructionId));
+    const QString schema = text(SettingsKeys::xmlSchema);
     selectData(m_xmlSchemaCombo, schema.isEmpty() ? QStringLiteral("3.0") : schema,
         QStringLiteral("Finvoice %1").arg(schema));
-    m_soapEnvCheck->setChecked(settings->property(soapEnvKey, true).toBool());
+    m_soapEnvCheck->setChecked(settings->property(SettingsKeys::soapEnv, true).toBool());
 
-    m_emailSubjectEdit->setText(text(emailSubjectKey));
-    m_emailBodyEdit->setPlainText(text(emailBodyKey));
-    m_attachmentNameEdit->setText(text(attachmentNameKey));
+    m_emailSubjectEdit->setText(text(SettingsKeys::emailSubject));
+    m_emailBodyEdit->setPlainText(text(SettingsKeys::emailBody));
+    m_attachmentNameEdit->setText(text(SettingsKeys::attachmentName));
 }
 
 bool SettingsDialog::refuse(QWidget* field, int page, const QString& text)
@@ -447,62 +418,63 @@ void SettingsDialog::storeValues()
     settings->sellerCountry = m_sellerCountryEdit->text().trimmed();
     settings->sellerBusinessId = m_sellerBusinessIdEdit->text().trimmed();
     settings->sellerLogo = m_logo;
-    store(phoneNumberKey, m_sellerPhoneNumberEdit->text());
-    store(emailAddressKey, m_sellerEmailAddressEdit->text());
-    store(webAddressKey, m_sellerWebAddressEdit->text());
+    store(SettingsKeys::phoneNumber, m_sellerPhoneNumberEdit->text());
+    store(SettingsKeys::emailAddress, m_sellerEmailAddressEdit->text());
+    store(SettingsKeys::webAddress, m_sellerWebAddressEdit->text());
 
-    store(paymentTermsKey, m_paymentTermsEdit->text());
-    store(periodForComplaintsKey, m_periodForComplaintsEdit->text());
+    store(SettingsKeys::paymentTerms, m_paymentTermsEdit->text());
+    store(SettingsKeys::periodForComplaints, m_periodForComplaintsEdit->text());
     qint64 interest = 0;
     if (FormHelper::parseDecimal(m_interestOnArrearsEdit->text(),
             Constants::percentageFractionDigits, Constants::percentageMinFractionDigits,
             interest)) {
-        settings->setProperty(interestOnArrearsKey, int(interest));
+        settings->setProperty(SettingsKeys::interestOnArrears, int(interest));
     } else {
-        settings->removeProperty(interestOnArrearsKey);
+        settings->removeProperty(SettingsKeys::interestOnArrears);
     }
-    store(interestProductKey, m_interestProductCombo->currentData().toString());
+    store(SettingsKeys::interestProduct, m_interestProductCombo->currentData().toString());
     const QString referenceTemplate = m_referenceNumberTemplateEdit->text().trimmed();
-    store(referenceNumberTemplateKey, referenceTemplate);
+    store(SettingsKeys::referenceNumberTemplate, referenceTemplate);
     // The template replaces the older suffix for good.
     if (!referenceTemplate.isEmpty())
-        settings->removeProperty(referenceNumberSuffixKey);
+        settings->removeProperty(SettingsKeys::referenceNumberSuffix);
     const int accountId = m_defaultBankAccountCombo->currentData().toInt();
     if (accountId >= 0)
-        settings->setProperty(defaultBankAccountKey, accountId);
+        settings->setProperty(SettingsKeys::defaultBankAccount, accountId);
     else
-        settings->removeProperty(defaultBankAccountKey);
-    settings->setProperty(vatIncludedKey, m_vatIncludedCheck->isChecked());
+        settings->removeProperty(SettingsKeys::defaultBankAccount);
+    settings->setProperty(SettingsKeys::vatIncluded, m_vatIncludedCheck->isChecked());
 
-    settings->setProperty(printScriptKey, m_printScriptCombo->currentData().toInt());
-    settings->setProperty(languageKey, m_languageCombo->currentData().toString());
-    settings->setProperty(invoiceItemOptionsKey, m_invoiceItemOptionsCombo->currentData().toInt());
-    settings->setProperty(roundingModeKey, m_roundingModeCombo->currentData().toInt());
+    settings->setProperty(SettingsKeys::invoiceScript, m_printScriptCombo->currentData().toInt());
+    settings->setProperty(SettingsKeys::language, m_languageCombo->currentData().toString());
+    settings->setProperty(
+        SettingsKeys::invoiceItemOptions, m_invoiceItemOptionsCombo->currentData().toInt());
+    settings->setProperty(SettingsKeys::roundingMode, m_roundingModeCombo->currentData().toInt());
     const QString logoHeight = m_logoHeightEdit->text().trimmed();
     if (logoHeight.isEmpty())
-        settings->removeProperty(logoHeightKey);
+        settings->removeProperty(SettingsKeys::logoHeight);
     else
-        settings->setProperty(logoHeightKey, logoHeight.toInt());
-    settings->setProperty(barcodeVisibleKey, m_barcodeVisibleCheck->isChecked());
+        settings->setProperty(SettingsKeys::logoHeight, logoHeight.toInt());
+    settings->setProperty(SettingsKeys::barcodeVisible, m_barcodeVisibleCheck->isChecked());
 
     // Texts keep their inner line breaks; only the ends are trimmed.
-    store(noticeText1Key, m_noticeText1Edit->toPlainText());
-    store(noticeText2Key, m_noticeText2Edit->toPlainText());
-    store(reminderTextKey, m_reminderTextEdit->toPlainText());
+    store(SettingsKeys::noticeText1, m_noticeText1Edit->toPlainText());
+    store(SettingsKeys::noticeText2, m_noticeText2Edit->toPlainText());
+    store(SettingsKeys::reminderText, m_reminderTextEdit->toPlainText());
     for (int i = 0; i < 3; ++i)
-        store(footerTextKey.arg(i + 1), m_footerTextEdits[i]->text());
+        store(SettingsKeys::footerText.arg(i + 1), m_footerTextEdits[i]->text());
 
-    store(ediKey, m_ediEdit->text());
-    store(senderIdKey, m_senderIdEdit->text());
-    store(intermediatorIdKey, m_intermediatorIdEdit->text());
-    store(defaultReceiverIdKey, m_defaultReceiverIdEdit->text());
-    store(epiInstructionIdKey, m_epiInstructionIdEdit->text());
-    settings->setProperty(xmlSchemaKey, m_xmlSchemaCombo->currentData().toString());
-    settings->setProperty(soapEnvKey, m_soapEnvCheck->isChecked());
+    store(SettingsKeys::edi, m_ediEdit->text());
+    store(SettingsKeys::senderId, m_senderIdEdit->text());
+    store(SettingsKeys::intermediatorId, m_intermediatorIdEdit->text());
+    store(SettingsKeys::defaultReceiverId, m_defaultReceiverIdEdit->text());
+    store(SettingsKeys::epiInstructionId, m_epiInstructionIdEdit->text());
+    settings->setProperty(SettingsKeys::xmlSchema, m_xmlSchemaCombo->currentData().toString());
+    settings->setProperty(SettingsKeys::soapEnv, m_soapEnvCheck->isChecked());
 
-    store(emailSubjectKey, m_emailSubjectEdit->text());
-    store(emailBodyKey, m_emailBodyEdit->toPlainText());
-    store(attachmentNameKey, m_attachmentNameEdit->text());
+    store(SettingsKeys::emailSubject, m_emailSubjectEdit->text());
+    store(SettingsKeys::emailBody, m_emailBodyEdit->toPlainText());
+    store(SettingsKeys::attachmentName, m_attachmentNameEdit->text());
 }
 
 void SettingsDialog::accept()

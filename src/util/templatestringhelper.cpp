@@ -6,6 +6,7 @@
 #include "domain/invoice.h"
 #include "domain/invoicetype.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 
 #include <QDir>
 #include <QLocale>
@@ -186,9 +187,8 @@ QString TemplateStringHelper::invoiceValue(const QString& name, const Invoice* i
     if (name == QLatin1String("balance"))
         return m_amountFormat.format(invoice->balance);
     if (name == QLatin1String("periodForComplaints")) {
-        return text(m_settings
-                ? m_settings->property(QStringLiteral("settings/periodForComplaints")).toString()
-                : QString());
+        return text(m_settings ? m_settings->property(SettingsKeys::periodForComplaints).toString()
+                               : QString());
     }
     if (name == QLatin1String("referenceNumber"))
         return text(Invoice::formatReferenceNumber(invoice->referenceNumber));

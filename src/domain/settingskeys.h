@@ -1,0 +1,56 @@
+#ifndef SETTINGSKEYS_H
+#define SETTINGSKEYS_H
+
+#include <QString>
+
+// The keys of the company settings' property map: the business's choices
+// that travel with its database.
+namespace SettingsKeys {
+inline const QString paymentTerms = QStringLiteral("settings/paymentTerms");
+inline const QString periodForComplaints = QStringLiteral("settings/periodForComplaints");
+inline const QString interestOnArrears = QStringLiteral("settings/interestOnArrears");
+inline const QString interestProduct = QStringLiteral("settings/productForInterestOnArrears");
+inline const QString referenceNumberTemplate = QStringLiteral("settings/referenceNumberTemplate");
+inline const QString referenceNumberSuffix = QStringLiteral("settings/referenceNumberSuffix");
+inline const QString defaultBankAccount = QStringLiteral("settings/defaultBankAccount");
+inline const QString vatIncluded = QStringLiteral("settings/vatIncluded");
+inline const QString invoiceScript = QStringLiteral("printScripts/invoice");
+
+// Printed invoices.
+inline const QString invoiceFormGroup = QStringLiteral("invoiceForm/");
+inline const QString language = QStringLiteral("invoiceForm/language");
+inline const QString invoiceItemOptions = QStringLiteral("invoiceForm/invoiceItemOptions");
+inline const QString roundingMode = QStringLiteral("invoiceForm/roundingMode");
+inline const QString barcodeVisible = QStringLiteral("invoiceForm/barcodeVisible");
+inline const QString logoHeight = QStringLiteral("invoiceForm/logoHeight");
+inline const QString noticeText1 = QStringLiteral("invoiceForm/noticeText1");
+inline const QString noticeText2 = QStringLiteral("invoiceForm/noticeText2");
+inline const QString reminderText = QStringLiteral("invoiceForm/reminderText");
+// "%1" is the line, 1 to 4.
+inline const QString footerText = QStringLiteral("invoiceForm/footer/text%1");
+inline const QString printPreview = QStringLiteral("invoiceForm/printPreview");
+inline const QString numberOfCopies = QStringLiteral("invoiceForm/numberOfCopies");
+
+// The seller's contact details beside the settings record's own fields.
+inline const QString sellerGroup = QStringLiteral("seller/");
+inline const QString phoneNumber = QStringLiteral("seller/phoneNumber");
+inline const QString emailAddress = QStringLiteral("seller/emailAddress");
+inline const QString webAddress = QStringLiteral("seller/webAddress");
+
+// E-invoices.
+inline const QString finvoiceGroup = QStringLiteral("finvoice/");
+inline const QString edi = QStringLiteral("finvoice/edi");
+inline const QString senderId = QStringLiteral("finvoice/senderId");
+inline const QString intermediatorId = QStringLiteral("finvoice/intermediatorId");
+inline const QString defaultReceiverId = QStringLiteral("finvoice/defaultReceiverId");
+inline const QString epiInstructionId = QStringLiteral("finvoice/epiInstructionId");
+inline const QString soapEnv = QStringLiteral("finvoice/soapEnv");
+inline const QString xmlSchema = QStringLiteral("finvoice/xmlSchema");
+
+// Messages handed to the mail program.
+inline const QString emailSubject = QStringLiteral("email/subject");
+inline const QString emailBody = QStringLiteral("email/body");
+inline const QString attachmentName = QStringLiteral("email/attachmentName");
+} // namespace SettingsKeys
+
+#endif // SETTINGSKEYS_H
