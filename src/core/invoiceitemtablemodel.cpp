@@ -277,9 +277,7 @@ bool InvoiceItemTableModel::removeRows(int row, int count, const QModelIndex& pa
     beginRemoveRows(QModelIndex(), row, row + count - 1);
     for (int i = 0; i < count; ++i) {
         InvoiceItem* item = m_items.takeAt(row);
-        if (item->id >= 0)
-            m_removedIds.append(item->id);
-        m_insertedItems.removeOne(item);
+        m_rowChanges.removed(item);
         delete item;
     }
     endRemoveRows();
@@ -504,35 +502,24 @@ bool InvoiceItemTableModel::saveInvoiceItems(Query* query, int invoiceId)
 {
     if (!m_changed)
         return true;
-    for (int id : qAsConst(m_removedIds)) {
-        if (!query->deleteInvoiceItem(id))
-            return false;
-    }
-    for (int row = 0; row < m_items.size(); ++row) {
-        InvoiceItem* item = m_items.at(row);
-        const bool isNew = item->id < 0;
-        item->invoiceId = invoiceId;
-        item->rowNumber = row;
-        if (!query->saveInvoiceItem(item))
-            return false;
-        if (isNew)
-            m_insertedItems.append(item);
-    }
-    return true;
+    return m_rowChanges.save(
+        m_items, [query](int id) { return query->deleteInvoiceItem(id); },
+        [query, invoiceId](InvoiceItem* item, int row) {
+            item->invoiceId = invoiceId;
+            item->rowNumber = row;
+            return query->saveInvoiceItem(item);
+        });
 }
 
 void InvoiceItemTableModel::committed()
 {
-    m_removedIds.clear();
-    m_insertedItems.clear();
+    m_rowChanges.clear();
     m_changed = false;
 }
 
 void InvoiceItemTableModel::rolledBack()
 {
-    for (InvoiceItem* item : qAsConst(m_insertedItems))
-        item->id = -1;
-    m_insertedItems.clear();
+    m_rowChanges.rolledBack();
 }
 
 void InvoiceItemTableModel::clearInvoiceItems()
@@ -543,8 +530,7 @@ void InvoiceItemTableModel::clearInvoiceItems()
         m_items.clear();
         endRemoveRows();
     }
-    m_removedIds.clear();
-    m_insertedItems.clear();
+    m_rowChanges.clear();
     m_changed = false;
 }
 

@@ -1,6 +1,7 @@
 #ifndef INVOICEITEMTABLEMODEL_H
 #define INVOICEITEMTABLEMODEL_H
 
+#include "core/rowchanges.h"
 #include "domain/decimalformat.h"
 
 #include <QAbstractTableModel>
@@ -119,8 +120,7 @@ private:
 
     Registry* m_registry;
     QList<InvoiceItem*> m_items;
-    QList<int> m_removedIds;
-    QList<InvoiceItem*> m_insertedItems;
+    RowChanges<InvoiceItem> m_rowChanges;
     bool m_editable = false;
     bool m_changed = false;
     bool m_vatIncluded = true;

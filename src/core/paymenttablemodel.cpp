@@ -165,9 +165,7 @@ bool PaymentTableModel::removeRows(int row, int count, const QModelIndex& parent
     beginRemoveRows(QModelIndex(), row, row + count - 1);
     for (int i = 0; i < count; ++i) {
         Payment* payment = m_payments.takeAt(row);
-        if (payment->id >= 0)
-            m_removedIds.append(payment->id);
-        m_insertedPayments.removeOne(payment);
+        m_rowChanges.removed(payment);
         delete payment;
     }
     endRemoveRows();
@@ -248,33 +246,23 @@ bool PaymentTableModel::savePayments(Query* query, int invoiceId)
 {
     if (!m_changed)
         return true;
-    for (int id : qAsConst(m_removedIds)) {
-        if (!query->deletePayment(id))
-            return false;
-    }
-    for (Payment* payment : qAsConst(m_payments)) {
-        const bool isNew = payment->id < 0;
-        payment->invoiceId = invoiceId;
-        if (!query->savePayment(payment))
-            return false;
-        if (isNew)
-            m_insertedPayments.append(payment);
-    }
-    return true;
+    return m_rowChanges.save(
+        m_payments, [query](int id) { return query->deletePayment(id); },
+        [query, invoiceId](Payment* payment, int) {
+            payment->invoiceId = invoiceId;
+            return query->savePayment(payment);
+        });
 }
 
 void PaymentTableModel::committed()
 {
-    m_removedIds.clear();
-    m_insertedPayments.clear();
+    m_rowChanges.clear();
     m_changed = false;
 }
 
 void PaymentTableModel::rolledBack()
 {
-    for (Payment* payment : qAsConst(m_insertedPayments))
-        payment->id = -1;
-    m_insertedPayments.clear();
+    m_rowChanges.rolledBack();
 }
 
 void PaymentTableModel::clearPayments()
@@ -285,8 +273,7 @@ void PaymentTableModel::clearPayments()
         m_payments.clear();
         endRemoveRows();
     }
-    m_removedIds.clear();
-    m_insertedPayments.clear();
+    m_rowChanges.clear();
     m_changed = false;
 }
 

@@ -1,6 +1,7 @@
 #ifndef PAYMENTTABLEMODEL_H
 #define PAYMENTTABLEMODEL_H
 
+#include "core/rowchanges.h"
 #include "domain/dateformat.h"
 #include "domain/decimalformat.h"
 
@@ -73,8 +74,7 @@ private:
 
     Registry* m_registry;
     QList<Payment*> m_payments;
-    QList<int> m_removedIds;
-    QList<Payment*> m_insertedPayments;
+    RowChanges<Payment> m_rowChanges;
     bool m_editable = false;
     bool m_changed = false;
     DecimalFormat m_amountFormat;
