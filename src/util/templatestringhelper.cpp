@@ -9,6 +9,7 @@
 #include "domain/settingskeys.h"
 
 #include <QDir>
+#include <QHash>
 #include <QLocale>
 #include <QUrl>
 
@@ -218,37 +219,37 @@ QString TemplateStringHelper::invoiceValue(const QString& name, const Invoice* i
 
 QString TemplateStringHelper::customerValue(const QString& name, const Customer* customer)
 {
-    auto text = [](const QString& value) { return value.isNull() ? QLatin1String("") : value; };
-    if (!name.startsWith(QLatin1String("customer/")))
+    using Value = QString (*)(const Customer*);
+    static const QHash<QString, Value> values {
+        { QStringLiteral("customer/number"),
+            [](const Customer* c) { return QString::number(c->number); } },
+        { QStringLiteral("customer/name"), [](const Customer* c) { return c->name; } },
+        { QStringLiteral("customer/streetName"), [](const Customer* c) { return c->streetName; } },
+        { QStringLiteral("customer/postCode"), [](const Customer* c) { return c->postCode; } },
+        { QStringLiteral("customer/townName"), [](const Customer* c) { return c->townName; } },
+        { QStringLiteral("customer/country"), [](const Customer* c) { return c->country; } },
+        { QStringLiteral("customer/contact"), [](const Customer* c) { return c->contact; } },
+        { QStringLiteral("customer/vatNumber"), [](const Customer* c) { return c->vatNumber; } },
+        { QStringLiteral("customer/emailAddress"),
+            [](const Customer* c) { return c->emailAddress; } },
+        // Ready for a mailto: address; "@" stays readable.
+        { QStringLiteral("customer/emailAddressEncoded"),
+            [](const Customer* c) {
+                return QString::fromLatin1(QUrl::toPercentEncoding(c->emailAddress, "@"));
+            } },
+        { QStringLiteral("customer/phoneNumber"),
+            [](const Customer* c) { return c->phoneNumber; } },
+        { QStringLiteral("customer/custom1"),
+            [](const Customer* c) { return c->property(QStringLiteral("c1")).toString(); } },
+        { QStringLiteral("customer/custom2"),
+            [](const Customer* c) { return c->property(QStringLiteral("c2")).toString(); } },
+    };
+    const Value value = values.value(name, nullptr);
+    if (!value)
         return QString();
-    const QStringView key = QStringView(name).mid(9);
-    if (key == u"number")
-        return QString::number(customer->number);
-    if (key == u"name")
-        return text(customer->name);
-    if (key == u"streetName")
-        return text(customer->streetName);
-    if (key == u"postCode")
-        return text(customer->postCode);
-    if (key == u"townName")
-        return text(customer->townName);
-    if (key == u"country")
-        return text(customer->country);
-    if (key == u"contact")
-        return text(customer->contact);
-    if (key == u"vatNumber")
-        return text(customer->vatNumber);
-    if (key == u"emailAddress")
-        return text(customer->emailAddress);
-    if (key == u"emailAddressEncoded")
-        return text(QString::fromLatin1(QUrl::toPercentEncoding(customer->emailAddress, "@")));
-    if (key == u"phoneNumber")
-        return text(customer->phoneNumber);
-    if (key == u"custom1")
-        return text(customer->property(QStringLiteral("c1")).toString());
-    if (key == u"custom2")
-        return text(customer->property(QStringLiteral("c2")).toString());
-    return QString();
+    // A known name is never null, so it is told apart from an unknown one.
+    const QString result = value(customer);
+    return result.isNull() ? QLatin1String("") : result;
 }
 
 QString TemplateStringHelper::valueForShortVariable(

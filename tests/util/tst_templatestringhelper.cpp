@@ -103,6 +103,10 @@ void TestTemplateStringHelper::braces_data()
         { "amounts and percentage", "{{totalAmount}} {{balance}} {{interestOnArrears}}", "I",
             "987#65 1#00 8#25" },
         { "from the settings", "{{periodForComplaints}}", "I", "8 päivää" },
+        { "customer's fields",
+            "{{customer/number}}|{{customer/streetName}}|{{customer/postCode}} "
+            "{{customer/townName}}|{{customer/vatNumber}}|{{customer/country}}|{{customer/x}}",
+            "C", "17|Kauppakatu 5 B|00100 Hämeenlinna|FI12345671||" },
         { "encoded e-mail", "{{customer/emailAddressEncoded}}", "C",
             "%C3%A4iti%2Blasku@esimerkki.fi" },
         { "padded", "{I6}|{I6>}|{I6<}", "IC", "000042|000042|420000" },
