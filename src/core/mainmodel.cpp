@@ -263,6 +263,13 @@ int MainModel::isValidNumber(int number)
     return query->next() ? 0 : 1;
 }
 
+void MainModel::setInvoiceNumber(int number)
+{
+    m_invoice.number = number;
+    updateReferenceNumber();
+    m_invoiceTableModel->updateInvoice(m_invoiceIndex, m_invoice);
+}
+
 bool MainModel::runInTransaction(Query* query, const std::function<bool()>& work)
 {
     Database* database = m_registry->database();

@@ -74,6 +74,9 @@ public:
     int createInvoice();
     // 1 when no invoice has the number, 0 when one has, -1 on failure.
     int isValidNumber(int number);
+    // Gives the current invoice another number, with the reference number
+    // that follows from it, also in the invoice's list row.
+    void setInvoiceNumber(int number);
     // The invoice, its rows and its payments in one transaction. A new
     // invoice becomes the last invoice id and is looked up in the list.
     bool saveInvoice();

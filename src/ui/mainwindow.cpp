@@ -2,6 +2,7 @@
 
 #include "core/invoiceitemclipboard.h"
 #include "core/invoiceitemtablemodel.h"
+#include "core/invoicesavecheck.h"
 #include "core/invoicetablemodel.h"
 #include "core/mainmodel.h"
 #include "core/paymenttablemodel.h"
@@ -800,77 +801,46 @@ QDate MainWindow::today() const
     return m_model->today();
 }
 
-bool MainWindow::isPristineInvoice() const
-{
-    // A new invoice that the user has not given a customer, a row or a
-    // payment is not worth a refusal: leaving it simply drops it.
-    const Invoice* invoice = m_model->invoice();
-    return invoice->id < 0 && invoice->customerId < 0
-        && m_model->invoiceItemTableModel()->rowCount() == 0
-        && m_model->paymentTableModel()->rowCount() == 0;
-}
-
 bool MainWindow::saveInvoice()
 {
     if (!m_registry->isConnected() || !m_hasInvoice)
         return true;
     static_cast<InvoiceItemDelegate*>(m_invoiceItemTableView->itemDelegate())->commitOpenEditor();
     static_cast<PaymentDelegate*>(m_paymentTableView->itemDelegate())->commitOpenEditor();
-    if (isPristineInvoice() && m_customerCombo->currentText().trimmed().isEmpty())
-        return true;
 
+    InvoiceSaveCheck::Texts texts;
+    texts.customer = m_customerCombo->currentText();
+    texts.number = m_numberEdit->text();
+    texts.date = m_dateEdit->text();
+    texts.dueDate = m_dueDateEdit->text();
+    texts.deliveryDate = m_deliveryDateEdit->text();
+    // A name typed but not yet confirmed counts as chosen.
+    customerTextEdited();
+    const InvoiceSaveCheck::Result check = InvoiceSaveCheck(m_model).check(texts);
     Invoice* invoice = m_model->invoice();
-    InvoiceItemTableModel* items = m_model->invoiceItemTableModel();
-    PaymentTableModel* payments = m_model->paymentTableModel();
-    const bool editMode = m_model->isEditable();
-    if (editMode) {
-        // A name typed but not yet confirmed counts as chosen.
-        customerTextEdited();
-        if (!checkNumber())
-            return false;
-    } else if (!payments->isChanged()) {
+    // The fields show the number the invoice has after the check, and its
+    // reference number.
+    if (check.outcome == InvoiceSaveCheck::Passed || check.outcome == InvoiceSaveCheck::Refused) {
+        m_numberEdit->setText(QString::number(invoice->number));
+        updateReferenceField();
+    }
+    switch (check.outcome) {
+    case InvoiceSaveCheck::NothingToSave:
         return true;
-    }
-
-    if (invoice->customerId < 0) {
-        showWarningMessage(tr("Valitse laskun saaja ennen tallentamista."));
-        m_customerCombo->setFocus();
+    case InvoiceSaveCheck::Failed:
+        showCriticalMessage(check.message);
         return false;
-    }
-    // The total is kept in 32 bits, so this limit is never reached.
-    const int total = static_cast<int>(items->totalAmountVatIncluded());
-    if (static_cast<qint64>(total) > Constants::maxTotalAmount) {
-        showWarningMessage(tr("Laskun loppusumma ei saa ylittää 999 999,99."));
+    case InvoiceSaveCheck::Refused:
+        showWarningMessage(check.message);
+        focusField(check.field, check.row);
         return false;
-    }
-    const QString deliveryDateText = m_deliveryDateEdit->text().trimmed();
-    const DateFormat dateFormat(today());
-    const QDate deliveryDate
-        = deliveryDateText.isEmpty() ? QDate() : dateFormat.parse(deliveryDateText);
-    if (!deliveryDateText.isEmpty() && !deliveryDate.isValid()) {
-        showWarningMessage(tr("Toimituspäivämäärä on virheellinen."));
-        m_deliveryDateEdit->setFocus();
-        return false;
-    }
-    items->removeEmptyRows();
-    const int emptyRow = items->emptyProduct();
-    if (emptyRow >= 0) {
-        showWarningMessage(
-            tr("Valitse tuote riville %1 ennen laskun tallentamista.").arg(emptyRow + 1));
-        editCell(
-            m_invoiceItemTableView, items->index(emptyRow, InvoiceItemTableModel::ProductColumn));
-        return false;
-    }
-    const int emptyDate = payments->emptyDate();
-    if (emptyDate >= 0) {
-        showWarningMessage(tr("Syötä maksusuorituksen päivämäärä ennen laskun tallentamista."));
-        editCell(m_paymentTableView, payments->index(emptyDate, PaymentTableModel::DateColumn));
-        return false;
+    case InvoiceSaveCheck::Passed:
+        break;
     }
 
     qCDebug(logUi).noquote() << QStringLiteral("Tallennetaan lasku id=%1").arg(invoice->id);
-    if (editMode)
-        applyForm();
+    if (m_model->isEditable())
+        applyForm(check);
     if (!m_model->saveInvoice()) {
         showModelError(tr("Laskun tallentaminen epäonnistui. %1"));
         return false;
@@ -880,51 +850,48 @@ bool MainWindow::saveInvoice()
     return true;
 }
 
-bool MainWindow::checkNumber()
+void MainWindow::focusField(int field, int row)
 {
-    Invoice* invoice = m_model->invoice();
-    bool ok = false;
-    const int number = m_numberEdit->text().trimmed().toInt(&ok);
-    if (!ok || number <= 0) {
-        m_numberEdit->setText(QString::number(invoice->number));
-        return true;
-    }
-    if (number == invoice->number)
-        return true;
-    switch (m_model->isValidNumber(number)) {
-    case -1:
-        showFetchError();
-        return false;
-    case 0:
-        showWarningMessage(tr("Laskun numero %1 on jo käytössä.").arg(number));
-        m_numberEdit->setText(QString::number(invoice->number));
+    switch (field) {
+    case InvoiceSaveCheck::NumberField:
         m_numberEdit->setFocus();
         m_numberEdit->selectAll();
-        return false;
+        break;
+    case InvoiceSaveCheck::CustomerField:
+        m_customerCombo->setFocus();
+        break;
+    case InvoiceSaveCheck::DeliveryDateField:
+        m_deliveryDateEdit->setFocus();
+        break;
+    case InvoiceSaveCheck::DateField:
+        m_dateEdit->setFocus();
+        break;
+    case InvoiceSaveCheck::DueDateField:
+        m_dueDateEdit->setFocus();
+        break;
+    case InvoiceSaveCheck::InvoiceItemField:
+        editCell(m_invoiceItemTableView,
+            m_model->invoiceItemTableModel()->index(row, InvoiceItemTableModel::ProductColumn));
+        break;
+    case InvoiceSaveCheck::PaymentField:
+        editCell(m_paymentTableView,
+            m_model->paymentTableModel()->index(row, PaymentTableModel::DateColumn));
+        break;
     default:
         break;
     }
-    invoice->number = number;
-    m_model->updateReferenceNumber();
-    m_model->invoiceTableModel()->updateInvoice(m_model->invoiceIndex(), *invoice);
-    updateReferenceField();
-    return true;
 }
 
-void MainWindow::applyForm()
+void MainWindow::applyForm(const InvoiceSaveCheck::Result& check)
 {
     Invoice* invoice = m_model->invoice();
-    const DateFormat dateFormat(today());
     invoice->type = qMax(0, m_typeCombo->currentIndex());
-    const QDate date = dateFormat.parse(m_dateEdit->text().trimmed());
-    if (date.isValid())
-        invoice->date = date;
+    invoice->date = check.date;
     invoice->paymentTerms = m_paymentTermsEdit->text().trimmed();
     invoice->delivery = m_deliveryEdit->text().trimmed();
     invoice->buyerRef = m_buyerRefEdit->text().trimmed();
     invoice->sellerRef = m_sellerRefEdit->text().trimmed();
-    const QString deliveryDate = m_deliveryDateEdit->text().trimmed();
-    invoice->deliveryDate = deliveryDate.isEmpty() ? QDate() : dateFormat.parse(deliveryDate);
+    invoice->deliveryDate = check.deliveryDate;
 
     const QString interest = m_interestEdit->text().trimmed();
     if (interest.isEmpty()) {
@@ -938,9 +905,7 @@ void MainWindow::applyForm()
         if (ok)
             invoice->interestOnArrears = percentageFromTenThousandths(value);
     }
-    const QDate dueDate = dateFormat.parse(m_dueDateEdit->text().trimmed());
-    if (dueDate.isValid())
-        invoice->dueDate = dueDate;
+    invoice->dueDate = check.dueDate;
 
     invoice->setPropertyIfNotEmpty(QStringLiteral("t1"), m_noticeText1Edit->text());
     invoice->setPropertyIfNotEmpty(QStringLiteral("t2"), m_noticeText2Edit->text());

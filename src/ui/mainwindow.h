@@ -1,6 +1,7 @@
 #ifndef MAINWINDOW_H
 #define MAINWINDOW_H
 
+#include "core/invoicesavecheck.h"
 #include "domain/decimalformat.h"
 
 #include <QAction>
@@ -24,8 +25,8 @@ class Registry;
 
 // The main window: one invoice of the open database with its rows and
 // payments, the list of invoices found by the active search, and every
-// command of the program. The data lives in the MainModel; the window checks
-// an invoice before the model saves it and shows what the model reports.
+// command of the program. The data lives in the MainModel; the window hands
+// the typed fields to the save check and shows what the model reports.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -146,9 +147,10 @@ private:
 
     // Shows list row `index` without saving what was shown before.
     bool loadInvoice(int index);
-    bool isPristineInvoice() const;
-    bool checkNumber();
-    void applyForm();
+    // Copies the fields into the invoice, with the dates the save check read.
+    void applyForm(const InvoiceSaveCheck::Result& check);
+    // Puts the cursor where a refused save can be fixed.
+    void focusField(int field, int row);
     void loadForm();
     void clearForm();
     void loadAttributes();
