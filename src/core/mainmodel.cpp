@@ -1,5 +1,6 @@
 #include "mainmodel.h"
 
+#include "core/databaselist.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/invoicetablemodel.h"
 #include "core/paymenttablemodel.h"
@@ -64,14 +65,9 @@ int MainModel::openDatabase(int index, bool create)
         closeDatabase();
 
     QSettings* appSettings = m_registry->appSettings();
-    appSettings->beginGroup(QStringLiteral("databases"));
-    appSettings->beginReadArray(QStringLiteral("settings"));
-    appSettings->setArrayIndex(index);
-
-    const QString type
-        = appSettings->value(QStringLiteral("type"), QStringLiteral("sqlite")).toString();
+    const DatabaseList databases(appSettings);
     Database* database = nullptr;
-    if (type.compare(QLatin1String("postgresql"), Qt::CaseInsensitive) == 0) {
+    if (DatabaseList::isPostgreSQL(databases.entry(index))) {
         database = new PostgreSQLDatabase();
         database->setCreateIfNotExist(create);
     } else {
@@ -84,15 +80,16 @@ int MainModel::openDatabase(int index, bool create)
 
     int status = 0;
     m_lastError.clear();
-    if (!database->open(appSettings)) {
+    // The back-end reads its own keys in the entry's group.
+    appSettings->beginGroup(databases.group(index));
+    const bool opened = database->open(appSettings);
+    appSettings->endGroup();
+    if (!opened) {
         m_lastError = database->lastError();
         status = database->driverAvailable() ? -1 : -3;
     }
     if (!database->exists())
         status = -2;
-
-    appSettings->endArray();
-    appSettings->endGroup();
     loadCriteria();
     return status;
 }

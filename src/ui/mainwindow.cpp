@@ -1,5 +1,6 @@
 #include "mainwindow.h"
 
+#include "core/databaselist.h"
 #include "core/invoiceitemclipboard.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/invoicesavecheck.h"
@@ -40,9 +41,7 @@
 #include <QComboBox>
 #include <QCompleter>
 #include <QDesktopServices>
-#include <QDir>
 #include <QDockWidget>
-#include <QFileInfo>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -686,42 +685,17 @@ void MainWindow::openDatabaseSlot()
 
 bool MainWindow::openDatabase(int number)
 {
-    QSettings* appSettings = m_registry->appSettings();
-    appSettings->beginGroup(QStringLiteral("databases"));
+    DatabaseList databases(m_registry->appSettings());
     if (number <= 0)
-        number = appSettings->value(QStringLiteral("lastUsed"), -1).toInt();
-
+        number = databases.lastUsed();
     int index = 0;
-    const int count = appSettings->beginReadArray(QStringLiteral("settings"));
-    if (number >= 1) {
-        for (int i = 0; i < count; ++i) {
-            appSettings->setArrayIndex(i);
-            if (appSettings->value(QStringLiteral("number"), 0).toInt() == number) {
-                index = i;
-                break;
-            }
-        }
-    }
-    appSettings->endArray();
-    appSettings->endGroup();
-
-    if (count == 0) {
-        number = addDefaultDatabase();
-        index = 0;
-    }
-
-    appSettings->beginGroup(QStringLiteral("databases"));
-    appSettings->beginReadArray(QStringLiteral("settings"));
-    appSettings->setArrayIndex(index);
-    const QString databaseName = appSettings->value(QStringLiteral("databaseName")).toString();
-    m_databaseTitle = appSettings->value(QStringLiteral("name")).toString();
-    if (m_databaseTitle.isEmpty()) {
-        const QString fileName = appSettings->value(QStringLiteral("filename")).toString();
-        m_databaseTitle
-            = fileName.isEmpty() ? databaseName : QFileInfo(fileName).completeBaseName();
-    }
-    appSettings->endArray();
-    appSettings->endGroup();
+    if (databases.count() == 0)
+        number = databases.addDefault();
+    else if (number >= 1)
+        index = qMax(0, databases.indexOfNumber(number));
+    const DatabaseList::Entry entry = databases.entry(index);
+    const QString databaseName = entry.value(QStringLiteral("databaseName")).toString();
+    m_databaseTitle = DatabaseList::displayName(entry);
 
     m_hasInvoice = false;
     m_registry->setDatabaseNumber(number);
@@ -754,9 +728,7 @@ bool MainWindow::openDatabase(int number)
             doCreateInvoice();
         else
             loadInvoice(last);
-        appSettings->beginGroup(QStringLiteral("databases"));
-        appSettings->setValue(QStringLiteral("lastUsed"), number);
-        appSettings->endGroup();
+        databases.setLastUsed(number);
         ok = true;
     }
 
@@ -765,23 +737,6 @@ bool MainWindow::openDatabase(int number)
     updateWindowTitle();
     updateActions();
     return ok;
-}
-
-int MainWindow::addDefaultDatabase()
-{
-    QSettings* appSettings = m_registry->appSettings();
-    const QString fileName = QFileInfo(appSettings->fileName())
-                                 .absoluteDir()
-                                 .absoluteFilePath(tr("laskutus") + QStringLiteral(".sqlite"));
-    appSettings->beginGroup(QStringLiteral("databases"));
-    appSettings->beginWriteArray(QStringLiteral("settings"), 1);
-    appSettings->setArrayIndex(0);
-    appSettings->setValue(QStringLiteral("number"), 1);
-    appSettings->setValue(QStringLiteral("name"), QString());
-    appSettings->setValue(QStringLiteral("filename"), fileName);
-    appSettings->endArray();
-    appSettings->endGroup();
-    return 1;
 }
 
 // --- The current invoice -----------------------------------------------------

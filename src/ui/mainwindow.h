@@ -141,9 +141,6 @@ private:
         return action;
     }
     QAction* action(const char* name) const;
-    // Writes the first database entry, a new SQLite file beside the
-    // configuration file, and returns its number.
-    int addDefaultDatabase();
 
     // Shows list row `index` without saving what was shown before.
     bool loadInvoice(int index);
