@@ -1,11 +1,14 @@
 #include "mainmodel.h"
 
+#include "core/databaselist.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/invoicetablemodel.h"
 #include "core/paymenttablemodel.h"
 #include "core/registry.h"
 #include "domain/customer.h"
+#include "domain/invoiceitem.h"
 #include "domain/logging.h"
+#include "domain/payment.h"
 #include "domain/settings.h"
 #include "storage/database.h"
 #include "storage/postgresqldatabase.h"
@@ -19,6 +22,11 @@
 #include <memory>
 
 namespace {
+
+const QString noticeText1Key = QStringLiteral("t1");
+const QString noticeText2Key = QStringLiteral("t2");
+const QString attributePrefix = QStringLiteral("attributes/");
+const QString defaultBankAccountKey = QStringLiteral("settings/defaultBankAccount");
 
 QVariant dateToSetting(const QDate& date)
 {
@@ -64,14 +72,9 @@ int MainModel::openDatabase(int index, bool create)
         closeDatabase();
 
     QSettings* appSettings = m_registry->appSettings();
-    appSettings->beginGroup(QStringLiteral("databases"));
-    appSettings->beginReadArray(QStringLiteral("settings"));
-    appSettings->setArrayIndex(index);
-
-    const QString type
-        = appSettings->value(QStringLiteral("type"), QStringLiteral("sqlite")).toString();
+    const DatabaseList databases(appSettings);
     Database* database = nullptr;
-    if (type.compare(QLatin1String("postgresql"), Qt::CaseInsensitive) == 0) {
+    if (DatabaseList::isPostgreSQL(databases.entry(index))) {
         database = new PostgreSQLDatabase();
         database->setCreateIfNotExist(create);
     } else {
@@ -84,15 +87,16 @@ int MainModel::openDatabase(int index, bool create)
 
     int status = 0;
     m_lastError.clear();
-    if (!database->open(appSettings)) {
+    // The back-end reads its own keys in the entry's group.
+    appSettings->beginGroup(databases.group(index));
+    const bool opened = database->open(appSettings);
+    appSettings->endGroup();
+    if (!opened) {
         m_lastError = database->lastError();
         status = database->driverAvailable() ? -1 : -3;
     }
     if (!database->exists())
         status = -2;
-
-    appSettings->endArray();
-    appSettings->endGroup();
     loadCriteria();
     return status;
 }
@@ -246,6 +250,57 @@ int MainModel::createInvoice()
     return highest;
 }
 
+int MainModel::createInvoiceCopy()
+{
+    const Invoice source = m_invoice;
+    QList<InvoiceItem> rows;
+    for (int row = 0; row < m_invoiceItemTableModel->rowCount(); ++row) {
+        InvoiceItem item;
+        if (m_invoiceItemTableModel->toInvoiceItem(row, &item))
+            rows.append(item);
+    }
+    const int highest = createInvoice();
+    if (highest < 0)
+        return highest;
+
+    m_invoice.customerId = source.customerId;
+    // The customer's own reference number, as when the customer is chosen.
+    updateReferenceNumber();
+    m_invoice.paymentTerms = source.paymentTerms;
+    if (!m_invoice.paymentTerms.isEmpty())
+        calculateDueDate();
+    m_invoice.delivery = source.delivery;
+    m_invoice.buyerRef = source.buyerRef;
+    m_invoice.sellerRef = source.sellerRef;
+    m_invoice.interestOnArrears = source.interestOnArrears;
+    for (const QString& key : { noticeText1Key, noticeText2Key }) {
+        const QString text = source.property(key).toString();
+        if (!text.isEmpty())
+            m_invoice.setProperty(key, text);
+    }
+    m_invoice.setProperties(source.propertiesWithPrefix(attributePrefix));
+    for (const InvoiceItem& item : qAsConst(rows))
+        m_invoiceItemTableModel->fromInvoiceItem(&item);
+    return highest;
+}
+
+int MainModel::addPayment()
+{
+    Payment payment;
+    const Settings* settings = m_registry->settings();
+    bool ok = false;
+    const int accountId = settings ? settings->property(defaultBankAccountKey).toInt(&ok) : -1;
+    bool found = false;
+    if (ok)
+        m_registry->bankAccountById(accountId, found);
+    payment.bankAccountId = found ? accountId : -1;
+    // What is still open is the likeliest amount; the date the user types.
+    const qint64 open
+        = m_invoiceItemTableModel->totalAmountVatIncluded() - m_paymentTableModel->totalAmount();
+    payment.amount = open > 0 ? static_cast<int>(open) : 0;
+    return m_paymentTableModel->addPayment(payment);
+}
+
 int MainModel::isValidNumber(int number)
 {
     Database* database = m_registry->database();
@@ -261,6 +316,13 @@ int MainModel::isValidNumber(int number)
         return -1;
     }
     return query->next() ? 0 : 1;
+}
+
+void MainModel::setInvoiceNumber(int number)
+{
+    m_invoice.number = number;
+    updateReferenceNumber();
+    m_invoiceTableModel->updateInvoice(m_invoiceIndex, m_invoice);
 }
 
 bool MainModel::runInTransaction(Query* query, const std::function<bool()>& work)
@@ -443,11 +505,11 @@ void MainModel::updateReferenceNumber()
     if (!found || !customer || !settings)
         return;
     TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
-    m_invoice.setPropertyIfNotEmpty(QStringLiteral("t1"),
+    m_invoice.setPropertyIfNotEmpty(noticeText1Key,
         helper.substituteVariables(
             settings->property(QStringLiteral("invoiceForm/noticeText1"), QString()).toString(),
             &m_invoice, customer));
-    m_invoice.setPropertyIfNotEmpty(QStringLiteral("t2"),
+    m_invoice.setPropertyIfNotEmpty(noticeText2Key,
         helper.substituteVariables(
             settings->property(QStringLiteral("invoiceForm/noticeText2"), QString()).toString(),
             &m_invoice, customer));

@@ -72,8 +72,19 @@ public:
     // Starts a new, editable invoice. Returns the highest invoice number in
     // the database (the new one is one more), negative on failure.
     int createInvoice();
+    // Starts a new invoice as createInvoice() does, with what the current
+    // one has to give: its customer (and the customer's reference number),
+    // its payment terms and the due date they give, delivery, references,
+    // interest, notice texts, attributes and rows.
+    int createInvoiceCopy();
+    // A payment of what is still open to the company's default bank
+    // account, waiting for its date. Returns its row.
+    int addPayment();
     // 1 when no invoice has the number, 0 when one has, -1 on failure.
     int isValidNumber(int number);
+    // Gives the current invoice another number, with the reference number
+    // that follows from it, also in the invoice's list row.
+    void setInvoiceNumber(int number);
     // The invoice, its rows and its payments in one transaction. A new
     // invoice becomes the last invoice id and is looked up in the list.
     bool saveInvoice();

@@ -4,9 +4,7 @@
 
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -14,7 +12,6 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSettings>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
@@ -22,14 +19,6 @@ namespace {
 
 const QString sqliteType = QStringLiteral("sqlite");
 const QString postgresqlType = QStringLiteral("postgresql");
-
-bool isPostgreSQL(const DatabaseListDialog::Entry& entry)
-{
-    return entry.value(QStringLiteral("type"))
-               .toString()
-               .compare(postgresqlType, Qt::CaseInsensitive)
-        == 0;
-}
 
 QLineEdit* newEdit(const QString& name)
 {
@@ -41,7 +30,7 @@ QLineEdit* newEdit(const QString& name)
 } // namespace
 
 DatabaseListDialog::DatabaseListDialog(Registry* registry, QWidget* parent)
-    : QDialog(parent), m_registry(registry)
+    : QDialog(parent), m_registry(registry), m_databases(registry->appSettings())
 {
     setWindowTitle(tr("Valitse yritys"));
 
@@ -131,66 +120,22 @@ DatabaseListDialog::DatabaseListDialog(Registry* registry, QWidget* parent)
     layout->addWidget(m_buttons);
     resize(720, 380);
 
-    readEntries();
+    for (int row = 0; row < m_databases.count(); ++row)
+        m_list->addItem(entryText(m_databases.entry(row)));
     connect(m_list, &QListWidget::currentRowChanged, this, &DatabaseListDialog::loadForm);
     // Enter or a double click on an entry opens it.
     connect(m_list, &QListWidget::itemActivated, this, &DatabaseListDialog::accept);
-    int current = 0;
-    for (int row = 0; row < m_entries.size(); ++row) {
-        if (m_entries.at(row).value(QStringLiteral("number")).toInt()
-            == m_registry->databaseNumber())
-            current = row;
-    }
-    setCurrentRow(m_entries.isEmpty() ? -1 : current);
+    const int current = m_databases.indexOfNumber(m_registry->databaseNumber());
+    setCurrentRow(m_databases.count() == 0 ? -1 : qMax(0, current));
     loadForm();
     m_list->setFocus();
 }
 
-void DatabaseListDialog::readEntries()
-{
-    QSettings* settings = m_registry->appSettings();
-    settings->beginGroup(QStringLiteral("databases"));
-    const int count = settings->beginReadArray(QStringLiteral("settings"));
-    for (int i = 0; i < count; ++i) {
-        settings->setArrayIndex(i);
-        Entry entry;
-        // Keys this dialog does not know are written back as they were.
-        const QStringList keys = settings->childKeys();
-        for (const QString& key : keys)
-            entry.insert(key, settings->value(key));
-        m_entries.append(entry);
-    }
-    settings->endArray();
-    settings->endGroup();
-    for (const Entry& entry : qAsConst(m_entries))
-        m_list->addItem(entryText(entry));
-}
-
-void DatabaseListDialog::writeEntries()
-{
-    QSettings* settings = m_registry->appSettings();
-    settings->beginGroup(QStringLiteral("databases"));
-    settings->remove(QStringLiteral("settings"));
-    settings->beginWriteArray(QStringLiteral("settings"), m_entries.size());
-    for (int i = 0; i < m_entries.size(); ++i) {
-        settings->setArrayIndex(i);
-        const Entry& entry = m_entries.at(i);
-        for (auto it = entry.cbegin(); it != entry.cend(); ++it)
-            settings->setValue(it.key(), it.value());
-    }
-    settings->endArray();
-    settings->endGroup();
-}
-
 QString DatabaseListDialog::entryText(const Entry& entry) const
 {
-    QString name = entry.value(QStringLiteral("name")).toString();
-    if (name.isEmpty()) {
-        name = isPostgreSQL(entry)
-            ? entry.value(QStringLiteral("databaseName")).toString()
-            : QFileInfo(entry.value(QStringLiteral("filename")).toString()).completeBaseName();
-    }
-    return QStringLiteral("%1  %2").arg(entry.value(QStringLiteral("number")).toInt()).arg(name);
+    return QStringLiteral("%1  %2")
+        .arg(DatabaseList::number(entry))
+        .arg(DatabaseList::displayName(entry));
 }
 
 int DatabaseListDialog::currentRow() const
@@ -206,23 +151,23 @@ void DatabaseListDialog::setCurrentRow(int row)
 int DatabaseListDialog::selectedNumber() const
 {
     const int row = currentRow();
-    if (row < 0 || row >= m_entries.size())
+    if (row < 0 || row >= m_databases.count())
         return -1;
-    return m_entries.at(row).value(QStringLiteral("number")).toInt();
+    return DatabaseList::number(m_databases.entry(row));
 }
 
 void DatabaseListDialog::loadForm()
 {
     const int row = currentRow();
     m_loading = true;
-    const bool valid = row >= 0 && row < m_entries.size();
+    const bool valid = row >= 0 && row < m_databases.count();
     m_form->setEnabled(valid);
     m_removeButton->setEnabled(valid);
     m_buttons->button(QDialogButtonBox::Ok)->setEnabled(valid);
-    const Entry entry = valid ? m_entries.at(row) : Entry();
+    const Entry entry = m_databases.entry(row);
     m_numberSpin->setValue(qMax(1, entry.value(QStringLiteral("number")).toInt()));
     m_nameEdit->setText(entry.value(QStringLiteral("name")).toString());
-    m_typeCombo->setCurrentIndex(isPostgreSQL(entry) ? 1 : 0);
+    m_typeCombo->setCurrentIndex(DatabaseList::isPostgreSQL(entry) ? 1 : 0);
     m_fileNameEdit->setText(entry.value(QStringLiteral("filename")).toString());
     m_hostEdit->setText(entry.value(QStringLiteral("host")).toString());
     m_portSpin->setValue(entry.value(QStringLiteral("port"), 5432).toInt());
@@ -247,9 +192,9 @@ void DatabaseListDialog::fieldEdited()
     if (m_loading)
         return;
     const int row = currentRow();
-    if (row < 0 || row >= m_entries.size())
+    if (row < 0 || row >= m_databases.count())
         return;
-    Entry& entry = m_entries[row];
+    Entry entry = m_databases.entry(row);
     const bool postgresql = m_typeCombo->currentIndex() == 1;
     entry.insert(QStringLiteral("number"), m_numberSpin->value());
     entry.insert(QStringLiteral("name"), m_nameEdit->text().trimmed());
@@ -268,37 +213,28 @@ void DatabaseListDialog::fieldEdited()
         setOrRemove(QStringLiteral("username"), m_usernameEdit->text().trimmed());
         setOrRemove(QStringLiteral("password"), m_passwordEdit->text());
     }
+    m_databases.setEntry(row, entry);
     m_list->item(row)->setText(entryText(entry));
     updateTypeFields();
 }
 
 void DatabaseListDialog::addEntry()
 {
-    int number = 1;
-    for (const Entry& entry : qAsConst(m_entries))
-        number = qMax(number, entry.value(QStringLiteral("number")).toInt() + 1);
-    Entry entry;
-    entry.insert(QStringLiteral("number"), number);
-    entry.insert(QStringLiteral("name"), QString());
-    entry.insert(QStringLiteral("type"), sqliteType);
-    // A new file beside the configuration, named after the number.
-    const QDir dir = QFileInfo(m_registry->appSettings()->fileName()).absoluteDir();
-    entry.insert(QStringLiteral("filename"),
-        dir.absoluteFilePath(tr("laskutus") + QStringLiteral("-%1.sqlite").arg(number)));
-    m_entries.append(entry);
+    const Entry entry = m_databases.newEntry();
+    m_databases.add(entry);
     m_list->addItem(entryText(entry));
-    setCurrentRow(m_entries.size() - 1);
+    setCurrentRow(m_databases.count() - 1);
     m_nameEdit->setFocus();
 }
 
 void DatabaseListDialog::removeEntry()
 {
     const int row = currentRow();
-    if (row < 0 || row >= m_entries.size())
+    if (row < 0 || row >= m_databases.count())
         return;
-    m_entries.removeAt(row);
+    m_databases.remove(row);
     delete m_list->takeItem(row);
-    setCurrentRow(qMin(row, m_entries.size() - 1));
+    setCurrentRow(qMin(row, m_databases.count() - 1));
     loadForm();
 }
 
@@ -321,16 +257,16 @@ QString DatabaseListDialog::chooseFileName(const QString& current)
 bool DatabaseListDialog::checkEntries()
 {
     QList<int> numbers;
-    for (int row = 0; row < m_entries.size(); ++row) {
-        const Entry& entry = m_entries.at(row);
-        const int number = entry.value(QStringLiteral("number")).toInt();
+    for (int row = 0; row < m_databases.count(); ++row) {
+        const Entry entry = m_databases.entry(row);
+        const int number = DatabaseList::number(entry);
         QString problem;
         if (numbers.contains(number))
             problem = tr("Numero %1 on jo toisen tietokannan käytössä.").arg(number);
-        else if (isPostgreSQL(entry)
+        else if (DatabaseList::isPostgreSQL(entry)
             && entry.value(QStringLiteral("databaseName")).toString().isEmpty())
             problem = tr("Anna tietokannan nimi.");
-        else if (!isPostgreSQL(entry)
+        else if (!DatabaseList::isPostgreSQL(entry)
             && entry.value(QStringLiteral("filename")).toString().isEmpty())
             problem = tr("Anna tietokantatiedoston nimi.");
         numbers.append(number);
@@ -347,7 +283,7 @@ void DatabaseListDialog::accept()
 {
     if (currentRow() < 0 || !checkEntries())
         return;
-    writeEntries();
+    m_databases.write();
     QDialog::accept();
 }
 

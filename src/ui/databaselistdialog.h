@@ -1,10 +1,10 @@
 #ifndef DATABASELISTDIALOG_H
 #define DATABASELISTDIALOG_H
 
+#include "core/databaselist.h"
+
 #include <QDialog>
 #include <QList>
-#include <QMap>
-#include <QVariant>
 
 class QComboBox;
 class QDialogButtonBox;
@@ -23,12 +23,12 @@ class DatabaseListDialog : public QDialog
 {
     Q_OBJECT
 public:
-    using Entry = QMap<QString, QVariant>;
+    using Entry = DatabaseList::Entry;
 
     explicit DatabaseListDialog(Registry* registry, QWidget* parent = nullptr);
 
-    int entryCount() const { return m_entries.size(); }
-    Entry entry(int row) const { return m_entries.value(row); }
+    int entryCount() const { return m_databases.count(); }
+    Entry entry(int row) const { return m_databases.entry(row); }
     int currentRow() const;
     void setCurrentRow(int row);
     // The number of the chosen database, -1 when none is chosen.
@@ -47,8 +47,6 @@ protected:
     virtual QString chooseFileName(const QString& current);
 
 private:
-    void readEntries();
-    void writeEntries();
     void loadForm();
     void fieldEdited();
     void updateTypeFields();
@@ -56,7 +54,7 @@ private:
     bool checkEntries();
 
     Registry* m_registry;
-    QList<Entry> m_entries;
+    DatabaseList m_databases;
     bool m_loading = false;
 
     QListWidget* m_list;

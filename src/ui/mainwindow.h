@@ -1,31 +1,26 @@
 #ifndef MAINWINDOW_H
 #define MAINWINDOW_H
 
-#include "domain/decimalformat.h"
-
-#include <QAction>
-#include <QDate>
 #include <QMainWindow>
 #include <QMap>
 
+#include <memory>
+
+class InvoiceForm;
 class MainModel;
-class QActionGroup;
-class QComboBox;
+class MainWindowActions;
 class QDialog;
 class QDockWidget;
 class QLabel;
-class QLineEdit;
-class QMenu;
 class QModelIndex;
 class QTableView;
-class QTableWidget;
 class QUrl;
 class Registry;
 
 // The main window: one invoice of the open database with its rows and
 // payments, the list of invoices found by the active search, and every
-// command of the program. The data lives in the MainModel; the window checks
-// an invoice before the model saves it and shows what the model reports.
+// command of the program. The data lives in the MainModel; the window hands
+// the typed fields to the save check and shows what the model reports.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -44,8 +39,8 @@ public:
 
     MainModel* model() const { return m_model; }
     QTableView* invoiceTableView() const { return m_invoiceTableView; }
-    QTableView* invoiceItemTableView() const { return m_invoiceItemTableView; }
-    QTableView* paymentTableView() const { return m_paymentTableView; }
+    QTableView* invoiceItemTableView() const;
+    QTableView* paymentTableView() const;
 
     // Opens database `number` once the event loop runs.
     void openDatabaseLater(int number);
@@ -81,15 +76,6 @@ public slots:
     void newInvoice();
     void copyInvoice();
     void removeInvoice();
-    void addInvoiceItem();
-    void removeInvoiceItems();
-    void moveInvoiceItemUp();
-    void moveInvoiceItemDown();
-    void copyInvoiceItems();
-    void cutInvoiceItems();
-    void pasteInvoiceItems();
-    void addPayment();
-    void removePayment();
     void search();
     void showSearchResults();
     void quickSearch(int n);
@@ -125,68 +111,31 @@ private slots:
     void openDatabaseSlot();
 
 private:
-    void createActions();
-    void createMenus();
-    void createForm();
     void createInvoiceList();
-    QAction* createAction(const QString& name, const QString& text, const QKeySequence& shortcut);
-    // handler: a slot of the window or a function object.
-    template<typename Handler>
-    QAction* createAction(
-        const QString& name, const QString& text, const QKeySequence& shortcut, Handler handler)
-    {
-        QAction* action = createAction(name, text, shortcut);
-        connect(action, &QAction::triggered, this, handler);
-        return action;
-    }
-    QAction* action(const char* name) const;
-    // Writes the first database entry, a new SQLite file beside the
-    // configuration file, and returns its number.
-    int addDefaultDatabase();
-
     // Shows list row `index` without saving what was shown before.
     bool loadInvoice(int index);
-    bool isPristineInvoice() const;
-    bool checkNumber();
-    void applyForm();
+    // Shows the invoice that createInvoice() or createInvoiceCopy() of the
+    // model started; highest is what they returned.
+    bool showCreatedInvoice(int highest);
     void loadForm();
-    void clearForm();
-    void loadAttributes();
-    void updateFieldsEditable();
-    void updateAmounts();
-    void updateReferenceField();
-    void updateDueDate();
     void updatePosition();
     void updateActions();
     void updateWindowTitle();
-    void updateQuickSearchChecks();
-    void updateColumnActions();
     void updateCustomers();
-    void selectCustomer(int customerId);
-    void customerChosen();
-    void customerTextEdited();
-    void dateEdited(QLineEdit* edit);
     void invoiceActivated(const QModelIndex& index);
     void goToProxyRow(int row);
     int currentProxyRow() const;
     void tooLargeAmountEntered();
     void applyVatMode();
-    void addAttribute();
-    void removeAttribute();
-    void moveInvoiceItem(int step);
     // Shows what a search found, or why it failed.
     void showFound(bool ok);
     void showVatMode(bool vatIncluded);
     void saveSettings();
-    // Puts the keyboard into a table cell and opens its editor.
-    void editCell(QTableView* view, const QModelIndex& cell);
     // text with the model's last error in place of "%1".
     void showModelError(const QString& text);
     void showFetchError();
     // The tables whose column layout is kept, by their configuration group.
     QMap<QString, QTableView*> layoutTables() const;
-    QList<int> selectedInvoiceItemRows() const;
-    QDate today() const;
     void saveLayout();
     void restoreLayout();
 
@@ -195,40 +144,10 @@ private:
     int m_numberToOpen = -1;
     QString m_databaseTitle;
     bool m_hasInvoice = false;
-    bool m_loading = false;
     bool m_layoutRestored = false;
-    DecimalFormat m_moneyFormat;
-    DecimalFormat m_percentageFormat;
 
-    QMap<QString, QAction*> m_actions;
-    QActionGroup* m_quickSearchGroup;
-    QActionGroup* m_vatGroup;
-    QMenu* m_quickSearchMenu;
-
-    QComboBox* m_customerCombo;
-    QComboBox* m_typeCombo;
-    QLineEdit* m_numberEdit;
-    QLineEdit* m_dateEdit;
-    QLineEdit* m_dueDateEdit;
-    QLineEdit* m_paymentTermsEdit;
-    QLineEdit* m_deliveryEdit;
-    QLineEdit* m_deliveryDateEdit;
-    QLineEdit* m_buyerRefEdit;
-    QLineEdit* m_sellerRefEdit;
-    QLineEdit* m_interestEdit;
-    QLineEdit* m_referenceNumberEdit;
-    QLineEdit* m_noticeText1Edit;
-    QLineEdit* m_noticeText2Edit;
-    QTableWidget* m_attributeTable;
-    QWidget* m_attributeButtons;
-    QTableView* m_invoiceItemTableView;
-    QTableView* m_paymentTableView;
-    QWidget* m_paymentButtons;
-    QLabel* m_vatExcludedLabel;
-    QLabel* m_vatLabel;
-    QLabel* m_totalLabel;
-    QLabel* m_paidLabel;
-    QLabel* m_balanceLabel;
+    InvoiceForm* m_form;
+    std::unique_ptr<MainWindowActions> m_actions;
     QLabel* m_positionLabel;
     QDockWidget* m_invoiceDock;
     QTableView* m_invoiceTableView;

@@ -4,6 +4,7 @@
 #include "core/registry.h"
 #include "domain/customer.h"
 #include "domain/invoice.h"
+#include "domain/referencenumber.h"
 #include "domain/settings.h"
 #include "util/templatestringhelper.h"
 
@@ -17,19 +18,7 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QVBoxLayout>
-
-namespace {
-
-QString compact(const QString& text)
-{
-    QString result = text;
-    result.remove(QLatin1Char(' '));
-    return result.toUpper();
-}
-
-} // namespace
 
 ReferenceNumberDialog::ReferenceNumberDialog(Registry* registry, MainModel* model, QWidget* parent)
     : QDialog(parent), m_registry(registry), m_model(model), m_editable(model->isEditable())
@@ -82,9 +71,9 @@ ReferenceNumberDialog::ReferenceNumberDialog(Registry* registry, MainModel* mode
     m_useRfButton = new QPushButton(tr("Käytä &RF-viitettä"));
     m_useRfButton->setObjectName(QStringLiteral("useRfButton"));
     connect(m_useNationalButton, &QPushButton::clicked, this,
-        [this] { setReferenceNumber(nationalReference(m_baseEdit->text())); });
+        [this] { setReferenceNumber(ReferenceNumber::national(m_baseEdit->text())); });
     connect(m_useRfButton, &QPushButton::clicked, this,
-        [this] { setReferenceNumber(rfReference(m_baseEdit->text())); });
+        [this] { setReferenceNumber(ReferenceNumber::rf(m_baseEdit->text())); });
 
     QGroupBox* toolBox = new QGroupBox(tr("Viitenumerolaskuri"));
     QGridLayout* tool = new QGridLayout(toolBox);
@@ -126,12 +115,12 @@ ReferenceNumberDialog::ReferenceNumberDialog(Registry* registry, MainModel* mode
 
 QString ReferenceNumberDialog::referenceNumber() const
 {
-    return compact(m_referenceEdit->text());
+    return ReferenceNumber::compact(m_referenceEdit->text());
 }
 
 void ReferenceNumberDialog::setReferenceNumber(const QString& reference)
 {
-    m_referenceEdit->setText(Invoice::formatReferenceNumber(compact(reference)));
+    m_referenceEdit->setText(Invoice::formatReferenceNumber(ReferenceNumber::compact(reference)));
 }
 
 bool ReferenceNumberDialog::saveAsCustomerReference() const
@@ -139,40 +128,10 @@ bool ReferenceNumberDialog::saveAsCustomerReference() const
     return m_customerCheck->isChecked();
 }
 
-bool ReferenceNumberDialog::isValidReference(const QString& reference)
-{
-    const QString text = compact(reference);
-    if (text.startsWith(QLatin1String("RF"))) {
-        if (text.size() < 5 || text.size() > 25)
-            return false;
-        return Invoice::referenceNumberToRf(text.mid(4)) == text;
-    }
-    static const QRegularExpression digits(QStringLiteral("^\\d{4,20}$"));
-    if (!digits.match(text).hasMatch())
-        return false;
-    const QString base = text.left(text.size() - 1);
-    return Invoice::calculateReferenceNumberCheckDigit(base) == text.right(1).toInt();
-}
-
-QString ReferenceNumberDialog::nationalReference(const QString& base)
-{
-    const QString text = compact(base);
-    static const QRegularExpression digits(QStringLiteral("^\\d{1,19}$"));
-    if (!digits.match(text).hasMatch())
-        return QString();
-    return Invoice::appendCheckDigitToReferenceNumber(text);
-}
-
-QString ReferenceNumberDialog::rfReference(const QString& base)
-{
-    const QString national = nationalReference(base);
-    return national.isEmpty() ? QString() : Invoice::referenceNumberToRf(national);
-}
-
 void ReferenceNumberDialog::baseEdited()
 {
-    const QString national = nationalReference(m_baseEdit->text());
-    const QString rf = rfReference(m_baseEdit->text());
+    const QString national = ReferenceNumber::national(m_baseEdit->text());
+    const QString rf = ReferenceNumber::rf(m_baseEdit->text());
     m_nationalLabel->setText(Invoice::formatReferenceNumber(national));
     m_rfLabel->setText(Invoice::formatReferenceNumber(rf));
     m_useNationalButton->setEnabled(m_editable && !national.isEmpty());
@@ -202,7 +161,7 @@ void ReferenceNumberDialog::rebuild()
 void ReferenceNumberDialog::accept()
 {
     const QString reference = referenceNumber();
-    if (m_editable && !reference.isEmpty() && !isValidReference(reference)) {
+    if (m_editable && !reference.isEmpty() && !ReferenceNumber::isValid(reference)) {
         showWarning(tr("Viitenumero %1 on virheellinen.").arg(m_referenceEdit->text()));
         m_referenceEdit->setFocus();
         return;

@@ -27,13 +27,6 @@ public:
     void setReferenceNumber(const QString& reference);
     bool saveAsCustomerReference() const;
 
-    // A national reference with a valid check digit, or an RF reference
-    // whose check digits match; spaces are ignored.
-    static bool isValidReference(const QString& reference);
-    // Empty when the base has no digits or other characters.
-    static QString nationalReference(const QString& base);
-    static QString rfReference(const QString& base);
-
 public slots:
     void accept() override;
     // The reference from the company template and the notice texts from

@@ -1,16 +1,14 @@
 #include "scripteditordialog.h"
 
+#include "core/printscriptstore.h"
 #include "core/registry.h"
 #include "domain/logging.h"
 #include "domain/printscript.h"
-#include "domain/settings.h"
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
 #include "printpreviewdialog.h"
 #include "scripterrordialog.h"
-#include "storage/database.h"
-#include "storage/query.h"
 #include "util/scriptloader.h"
 
 #include <QCheckBox>
@@ -31,7 +29,6 @@
 
 namespace {
 const char* const invoiceType = "invoice";
-const QString defaultInvoiceKey = QStringLiteral("printScripts/invoice");
 } // namespace
 
 ScriptEditorDialog::ScriptEditorDialog(Registry* registry, QWidget* parent)
@@ -164,7 +161,7 @@ QString ScriptEditorDialog::currentType() const
 
 int ScriptEditorDialog::defaultInvoiceScriptId() const
 {
-    return ScriptHelper(m_registry).invoiceScriptId();
+    return PrintScriptStore(m_registry).defaultInvoiceScriptId();
 }
 
 void ScriptEditorDialog::refreshList(int selectId)
@@ -318,8 +315,7 @@ bool ScriptEditorDialog::confirmDiscard()
 
 bool ScriptEditorDialog::saveScript()
 {
-    Database* database = m_registry->database();
-    if (!database)
+    if (!m_registry->database())
         return false;
     const QString name = m_nameEdit->text().trimmed();
     if (name.isEmpty()) {
@@ -342,42 +338,15 @@ bool ScriptEditorDialog::saveScript()
     script.name = name;
     script.type = currentType();
     script.sourceCode = m_sourceEdit->toPlainText();
-
-    Settings* settings = m_registry->settings();
-    const QVariant previousDefault = settings->property(defaultInvoiceKey);
-    std::unique_ptr<Query> query(database->query());
-    bool ok = database->transaction() && query->savePrintScript(&script);
-    if (ok) {
-        const bool isDefault
-            = m_defaultCheck->isChecked() && script.type == QLatin1String(invoiceType);
-        const int currentDefault = defaultInvoiceScriptId();
-        bool settingsChanged = false;
-        if (isDefault && currentDefault != script.id) {
-            settings->setProperty(defaultInvoiceKey, QString::number(script.id));
-            settingsChanged = true;
-        } else if (!isDefault && currentDefault == script.id) {
-            settings->removeProperty(defaultInvoiceKey);
-            settingsChanged = true;
-        }
-        if (settingsChanged)
-            ok = query->updateSettings(settings);
-    }
-    if (!ok || !database->commit()) {
-        const QString error
-            = query->lastError().isEmpty() ? database->lastError() : query->lastError();
-        database->rollback();
-        if (previousDefault.isValid())
-            settings->setProperty(defaultInvoiceKey, previousDefault);
-        else
-            settings->removeProperty(defaultInvoiceKey);
-        showMessage(QMessageBox::Critical, tr("Skriptin tallentaminen epäonnistui. %1").arg(error));
+    PrintScriptStore store(m_registry);
+    if (!store.save(&script, m_defaultCheck->isChecked())) {
+        showMessage(QMessageBox::Critical,
+            tr("Skriptin tallentaminen epäonnistui. %1").arg(store.lastError()));
         return false;
     }
     qCDebug(logUi).noquote() << QStringLiteral("Tallennettiin skripti %1").arg(script.name);
     m_currentId = script.id;
     m_modified = false;
-    std::unique_ptr<Query> listQuery(database->query());
-    m_registry->fetchPrintScripts(listQuery.get());
     refreshList(script.id);
     updateButtons();
     return true;
@@ -385,26 +354,14 @@ bool ScriptEditorDialog::saveScript()
 
 bool ScriptEditorDialog::deleteScript()
 {
-    Database* database = m_registry->database();
-    if (!database || m_currentId < 0)
+    if (!m_registry->database() || m_currentId < 0)
         return false;
     if (!askQuestion(tr("Poistetaanko skripti %1?").arg(m_nameEdit->text())))
         return false;
-    Settings* settings = m_registry->settings();
-    const bool wasDefault = defaultInvoiceScriptId() == m_currentId;
-    std::unique_ptr<Query> query(database->query());
-    bool ok = database->transaction() && query->deletePrintScript(m_currentId);
-    if (ok && wasDefault) {
-        settings->removeProperty(defaultInvoiceKey);
-        ok = query->updateSettings(settings);
-    }
-    if (!ok || !database->commit()) {
-        const QString error
-            = query->lastError().isEmpty() ? database->lastError() : query->lastError();
-        database->rollback();
-        if (wasDefault)
-            settings->setProperty(defaultInvoiceKey, QString::number(m_currentId));
-        showMessage(QMessageBox::Critical, tr("Skriptin poistaminen epäonnistui. %1").arg(error));
+    PrintScriptStore store(m_registry);
+    if (!store.remove(m_currentId)) {
+        showMessage(QMessageBox::Critical,
+            tr("Skriptin poistaminen epäonnistui. %1").arg(store.lastError()));
         return false;
     }
     m_currentId = -1;
@@ -414,8 +371,6 @@ bool ScriptEditorDialog::deleteScript()
     m_sourceEdit->clear();
     m_defaultCheck->setChecked(false);
     m_loading = false;
-    std::unique_ptr<Query> listQuery(database->query());
-    m_registry->fetchPrintScripts(listQuery.get());
     refreshList(-1);
     updateButtons();
     return true;

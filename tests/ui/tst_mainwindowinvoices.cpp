@@ -9,6 +9,7 @@
 #include "tst_mainwindowfixture.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -27,6 +28,7 @@ private slots:
     void cleanup();
 
     void saveChecksInOrder();
+    void mistypedDateIsRefused();
     void numberInUseIsRefused();
     void removeInvoice_data();
     void removeInvoice();
@@ -174,6 +176,25 @@ void TestMainWindowInvoices::saveChecksInOrder()
                               "invoice_item) || ' ' || (SELECT date FROM payment) FROM invoice"))
             .toString(),
         QStringLiteral("2024-03-01 2 2024-03-14"));
+}
+
+void TestMainWindowInvoices::mistypedDateIsRefused()
+{
+    chooseCustomer(customerCombo(), QStringLiteral("Virtanen Oy"));
+    addRow(QStringLiteral("1"), QStringLiteral("2"));
+    replaceText(edit("dateEdit"), QStringLiteral("45.45.2026"));
+    save();
+    QCOMPARE(
+        window()->messages, QStringList { QStringLiteral("Laskun päivämäärä on virheellinen.") });
+    QCOMPARE(QApplication::focusWidget(), edit("dateEdit"));
+    QCOMPARE(m_f->text("dateEdit"), QStringLiteral("45.45.2026"));
+    QCOMPARE(m_f->storedInvoiceCount(), 0);
+
+    replaceText(edit("dateEdit"), QStringLiteral("14.3.2024"));
+    save();
+    QCOMPARE(window()->messages.size(), 1);
+    QCOMPARE(stored(QStringLiteral("SELECT date FROM invoice")).toString(),
+        QStringLiteral("2024-03-14"));
 }
 
 void TestMainWindowInvoices::numberInUseIsRefused()

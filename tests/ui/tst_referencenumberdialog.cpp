@@ -1,6 +1,7 @@
 #include "core/mainmodel.h"
 #include "core/registry.h"
 #include "domain/invoice.h"
+#include "domain/referencenumber.h"
 #include "tst_mainwindowfixture.h"
 #include "ui/referencenumberdialog.h"
 
@@ -95,7 +96,7 @@ void TestReferenceNumberDialog::calculator()
     QCOMPARE(dialog.referenceNumber(), withCheckDigit(digits));
     QTest::mouseClick(child<QPushButton>(&dialog, "useRfButton"), Qt::LeftButton);
     QCOMPARE(dialog.referenceNumber(), rf(withCheckDigit(digits)));
-    QVERIFY(ReferenceNumberDialog::isValidReference(dialog.referenceNumber()));
+    QVERIFY(ReferenceNumber::isValid(dialog.referenceNumber()));
 }
 
 void TestReferenceNumberDialog::validReferences_data()

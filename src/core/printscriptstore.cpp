@@ -1,0 +1,89 @@
+#include "printscriptstore.h"
+
+#include "core/registry.h"
+#include "domain/printscript.h"
+#include "domain/settings.h"
+#include "storage/database.h"
+#include "storage/query.h"
+
+#include <memory>
+
+namespace {
+
+const QString defaultInvoiceKey = QStringLiteral("printScripts/invoice");
+const QString invoiceType = QStringLiteral("invoice");
+const int builtInInvoiceScriptId = -1;
+
+} // namespace
+
+PrintScriptStore::PrintScriptStore(Registry* registry) : m_registry(registry) { }
+
+int PrintScriptStore::defaultInvoiceScriptId() const
+{
+    const Settings* settings = m_registry->settings();
+    if (!settings)
+        return builtInInvoiceScriptId;
+    bool ok = false;
+    const int id = settings->property(defaultInvoiceKey).toString().toInt(&ok);
+    return ok ? id : builtInInvoiceScriptId;
+}
+
+template<typename Work>
+bool PrintScriptStore::inTransaction(Work work)
+{
+    Database* database = m_registry->database();
+    Settings* settings = m_registry->settings();
+    if (!database || !settings) {
+        m_lastError = tr("Tietokantaa ei ole avattu.");
+        return false;
+    }
+    const QVariant previousDefault = settings->property(defaultInvoiceKey);
+    std::unique_ptr<Query> query(database->query());
+    m_lastError.clear();
+    if (database->transaction() && work(query.get(), settings) && database->commit()) {
+        std::unique_ptr<Query> listQuery(database->query());
+        m_registry->fetchPrintScripts(listQuery.get());
+        return true;
+    }
+    m_lastError = query->lastError().isEmpty() ? database->lastError() : query->lastError();
+    database->rollback();
+    if (previousDefault.isValid())
+        settings->setProperty(defaultInvoiceKey, previousDefault);
+    else
+        settings->removeProperty(defaultInvoiceKey);
+    return false;
+}
+
+bool PrintScriptStore::save(PrintScript* script, bool makeDefault)
+{
+    const int previousId = script->id;
+    const bool saved = inTransaction([&](Query* query, Settings* settings) {
+        if (!query->savePrintScript(script))
+            return false;
+        const bool isDefault = makeDefault && script->type == invoiceType;
+        const bool wasDefault = defaultInvoiceScriptId() == script->id;
+        if (isDefault == wasDefault)
+            return true;
+        if (isDefault)
+            settings->setProperty(defaultInvoiceKey, QString::number(script->id));
+        else
+            settings->removeProperty(defaultInvoiceKey);
+        return query->updateSettings(settings);
+    });
+    // An id handed out inside a rolled-back transaction is void.
+    if (!saved)
+        script->id = previousId;
+    return saved;
+}
+
+bool PrintScriptStore::remove(int id)
+{
+    return inTransaction([&](Query* query, Settings* settings) {
+        if (!query->deletePrintScript(id))
+            return false;
+        if (defaultInvoiceScriptId() != id)
+            return true;
+        settings->removeProperty(defaultInvoiceKey);
+        return query->updateSettings(settings);
+    });
+}
