@@ -5,6 +5,8 @@
 #include "print/printscriptengine.h"
 #include "print/scriptpdfwriter.h"
 
+#include <QPainter>
+#include <QPdfWriter>
 #include <QtTest>
 #include <array>
 
@@ -34,6 +36,8 @@ private slots:
     void pageRanges_data();
     void pageRanges();
     void failuresLeaveNoPdf();
+    void fontAndPenWhileNotDrawing_data();
+    void fontAndPenWhileNotDrawing();
 
 private:
     // Evaluates the script and prints it into a new PDF file; empty on failure.
@@ -195,6 +199,75 @@ void TestPrintScriptEngine::failuresLeaveNoPdf()
     QVERIFY(engine.evaluate("function print() { drawText(10, 10, 50, 'valmis'); }"));
     QVERIFY2(writer.write(&engine, file), qPrintable(writer.lastError()));
     QVERIFY(PdfTools::text(file).contains(QStringLiteral("valmis")));
+}
+
+void TestPrintScriptEngine::fontAndPenWhileNotDrawing_data()
+{
+    QTest::addColumn<int>("page"); // the one page printed, or -1 for all
+    QTest::addColumn<QString>("stop"); // makes drawing impossible
+    QTest::addColumn<QString>("resume");
+    QTest::addRow("output switched off") << -1 << "setOutputEnabled(false)"
+                                         << "setOutputEnabled(true)";
+    QTest::addRow("page out of range") << 2 << "newPage()"
+                                       << "newPage()";
+}
+
+// While nothing can be drawn, setFont() and setPen() leave the painter alone, yet measuring and
+// the drawing that follows use what they were given.
+void TestPrintScriptEngine::fontAndPenWhileNotDrawing()
+{
+    QFETCH(int, page);
+    QFETCH(QString, stop);
+    QFETCH(QString, resume);
+    constexpr double size = 24;
+    PrintScriptEngine engine;
+    engine.setFromPage(page);
+    engine.setToPage(page);
+    engine.setModel(&m_model);
+    QVERIFY2(engine.evaluate(QStringLiteral("var wide, narrow;\n"
+                                            "function print() {\n"
+                                            "  if (%1 < 0) %2;\n"
+                                            "  setFont('Arial', 8, 'normal');\n"
+                                            "  narrow = boundingRect('Mittari').width;\n"
+                                            "  setFont('Arial', %4, 'normal');\n"
+                                            "  setPen('#ff0000', 0.5);\n"
+                                            "  wide = boundingRect('Mittari').width;\n"
+                                            "  %3;\n"
+                                            "  drawText(20, 20, 150, 'Mittari');\n"
+                                            "  %2;\n"
+                                            "  setFont('Arial', 6, 'bold');\n"
+                                            "  setPen('#0000ff', 0.5);\n"
+                                            "}\n")
+                                 .arg(page)
+                                 .arg(stop, resume)
+                                 .arg(size)
+                                 .toUtf8()),
+        qPrintable(engine.lastError()));
+    const QString file = m_dir.filePath(QStringLiteral("font-%1.pdf").arg(++m_files));
+    QFont painterFont;
+    QColor painterColor;
+    {
+        QPdfWriter writer(file);
+        QPainter painter(&writer);
+        QVERIFY2(
+            engine.run(&writer, &painter, writer.resolution()), qPrintable(engine.lastError()));
+        painterFont = painter.font();
+        painterColor = painter.pen().color();
+    }
+    QCOMPARE(painterFont.pointSizeF(), size);
+    QCOMPARE(painterColor, QColor(Qt::red));
+    QCOMPARE(engine.font().pointSizeF(), 6.0);
+    QCOMPARE(engine.pen().color(), QColor(Qt::blue));
+    QVERIFY2(global(engine, "wide").toDouble() > 2 * global(engine, "narrow").toDouble(),
+        qPrintable(global(engine, "wide") + " / " + global(engine, "narrow")));
+
+    // The text drawn when drawing resumed is in the font set before.
+    const QList<PdfTools::Page> pages = PdfTools::pages(file);
+    QCOMPARE(pages.size(), 1);
+    QCOMPARE(PdfTools::texts(pages.at(0).words), QStringList { "Mittari" });
+    const double pointInMillimeters = 25.4 / 72;
+    const double height = pages.at(0).words.at(0).box.height() / pointInMillimeters;
+    QVERIFY2(height > 0.8 * size && height < 1.3 * size, qPrintable(QString::number(height)));
 }
 
 QTEST_MAIN(TestPrintScriptEngine)
