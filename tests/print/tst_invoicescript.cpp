@@ -17,6 +17,8 @@ private slots:
     void barcode_data();
     void barcode();
     void manyRowsBreakPages();
+    void languages_data();
+    void languages();
 
 private:
     // Prints a new invoice of these rows; the file name, empty on failure.
@@ -174,6 +176,79 @@ void TestInvoiceScript::manyRowsBreakPages()
     const int printed = seen.size();
     seen.removeDuplicates();
     QCOMPARE(QList<int>({ printed, int(seen.size()) }), QList<int>({ rows, rows }));
+}
+
+void TestInvoiceScript::languages_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::addColumn<int>("customer");
+    QTest::addColumn<QString>("language"); // the company's invoice language
+    QTest::addColumn<QStringList>("headings");
+    QTest::addRow("Finnish") << 1401 << 0 << ""
+                             << QStringList { "Tuote", "Määrä", "à-hinta", "Ale %", "Veroton",
+                                    "ALV %", "ALV", "Yhteensä" };
+    QTest::addRow("English") << 1402 << 0 << "en"
+                             << QStringList { "Product", "Quantity", "Unit price", "Discount %",
+                                    "VAT excl.", "VAT %", "VAT", "Total" };
+    QTest::addRow("Swedish, the customer's language")
+        << 1403 << 1 << ""
+        << QStringList { "Produkt", "Antal", "À-pris", "Rabatt %", "Exkl. moms", "Moms %", "Moms",
+               "Totalt" };
+}
+
+// Every heading of the rows table and a long reference are printed whole, wrapped if need be,
+// and no two headings run into each other.
+void TestInvoiceScript::languages()
+{
+    QFETCH(int, number);
+    QFETCH(int, customer);
+    QFETCH(QString, language);
+    QFETCH(QStringList, headings);
+    const QString reference = QStringLiteral("Isännöitsijä Kari Koskinen");
+    const int id = m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), number, customer);
+    QVERIFY2(id > 0, qPrintable(m_fixture.lastError()));
+    QVERIFY(m_fixture.testDatabase()->exec(
+        { QStringLiteral("UPDATE invoice SET buyer_ref = '%1' WHERE id = %2")
+                .arg(reference)
+                .arg(id) }));
+    QVERIFY(m_fixture.setSetting("invoiceForm/language", language));
+    const QString file = m_dir.filePath(QStringLiteral("kieli-%1.pdf").arg(number));
+    const bool printed = m_fixture.printInvoice(id, file);
+    QVERIFY(m_fixture.setSetting("invoiceForm/language", QString()));
+    QVERIFY2(printed, qPrintable(m_fixture.lastError()));
+
+    const QList<PdfTools::Page> pages = PdfTools::pages(file);
+    QCOMPARE(pages.size(), 1);
+    const QList<PdfTools::Word>& words = pages.at(0).words;
+    const QStringList texts = PdfTools::texts(words);
+    int from = 0;
+    for (const QString& part : reference.split(' ')) {
+        from = texts.indexOf(part, from);
+        QVERIFY2(from >= 0, qPrintable(part + " missing from: " + texts.join(' ')));
+    }
+
+    // The heading lines: from the first heading down by two lines of text.
+    const int first = texts.indexOf(headings.first());
+    QVERIFY2(first >= 0, qPrintable(texts.join(' ')));
+    const QRectF firstBox = words.at(first).box;
+    QList<PdfTools::Word> band;
+    for (const PdfTools::Word& word : words) {
+        if (word.box.top() >= firstBox.top() - firstBox.height() / 2
+            && word.box.top() < firstBox.top() + 2 * firstBox.height())
+            band.append(word);
+    }
+    const QStringList bandTexts = PdfTools::texts(band);
+    for (const QString& heading : headings) {
+        for (const QString& part : heading.split(' '))
+            QVERIFY2(bandTexts.contains(part),
+                qPrintable(part + " missing from: " + bandTexts.join(' ')));
+    }
+    for (const PdfTools::Word& a : band) {
+        for (const PdfTools::Word& b : band) {
+            QVERIFY2(
+                &a == &b || !a.box.intersects(b.box), qPrintable(a.text + " runs into " + b.text));
+        }
+    }
 }
 
 QTEST_MAIN(TestInvoiceScript)
