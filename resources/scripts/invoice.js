@@ -14,6 +14,8 @@ var FOOTER_TOP = 278;
 var FORM_TOP = FOOTER_TOP - 95;
 var ROW_GAP = 2;
 var ROW_TEXT_LIMIT = 25;
+var SELLER_FONT_SIZE = 12;
+var SELLER_LINE = 5.2;
 // The header grid: a label and its value take a row of HEADER_ROW unless the
 // value wraps onto more lines.
 var HEADER_TOP = 22;
@@ -385,14 +387,15 @@ function drawAddresses(d) {
         drawImage(25, y, 85, logoHeight, 'seller/logo');
         y += logoHeight;
     } else {
-        font(12, 'bold');
+        // The seller's name, street and post office all in the same size.
+        font(SELLER_FONT_SIZE, 'bold');
         drawText(25, y, 85, text('seller/name'));
-        font(10);
+        font(SELLER_FONT_SIZE);
         var seller = lines([text('seller/streetName'),
             lines([text('seller/postCode'), text('seller/townName')]).join(' ')]);
         for (var i = 0; i < seller.length; i++)
-            drawText(25, y + 6 + i * 4.5, 85, seller[i]);
-        y += 6 + seller.length * 4.5;
+            drawText(25, y + 6 + i * SELLER_LINE, 85, seller[i]);
+        y += 6 + seller.length * SELLER_LINE;
     }
     var c = d.path + 'customer/';
     var customer = lines([text(c + 'name'), text(c + 'contact'), text(c + 'streetName'),

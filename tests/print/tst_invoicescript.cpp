@@ -19,6 +19,7 @@ private slots:
     void manyRowsBreakPages();
     void languages_data();
     void languages();
+    void sellerAddressSize();
 
 private:
     // Prints a new invoice of these rows; the file name, empty on failure.
@@ -248,6 +249,31 @@ void TestInvoiceScript::languages()
             QVERIFY2(
                 &a == &b || !a.box.intersects(b.box), qPrintable(a.text + " runs into " + b.text));
         }
+    }
+}
+
+// The seller's street and post office are as large as the seller's name above them.
+void TestInvoiceScript::sellerAddressSize()
+{
+    const QString file = print(InvoiceFixture::sampleItems(), 1500);
+    QVERIFY(!file.isEmpty());
+    const QList<PdfTools::Page> pages = PdfTools::pages(file);
+    QVERIFY(!pages.isEmpty());
+    // The address block is at the top of the page; the footer and the form repeat its words.
+    auto topmost = [&pages](const QString& text) {
+        QRectF box;
+        for (const PdfTools::Word& word : pages.at(0).words) {
+            if (word.text == text && (box.isNull() || word.box.top() < box.top()))
+                box = word.box;
+        }
+        return box;
+    };
+    const double nameHeight = topmost(QStringLiteral("Kuusela")).height();
+    for (const QString& part : QStringList { "Hämeenkatu", "33100", "Tampere" }) {
+        const double height = topmost(part).height();
+        QVERIFY2(qAbs(height - nameHeight) < 0.05 * nameHeight,
+            qPrintable(
+                QStringLiteral("%1: %2 mm, the name %3 mm").arg(part).arg(height).arg(nameHeight)));
     }
 }
 
