@@ -15,17 +15,17 @@ function footerDate() {
 var COLUMNS = [
     { title: 'Nro', right: true,
         text: function(prefix) { return getNumber(prefix + 'number', 0, false); } },
-    { title: 'Nimi', stretch: true, text: field('name') },
-    { title: 'Yhteyshenkilö', stretch: true, text: field('contact') },
-    { title: 'Lähiosoite', stretch: true, text: field('streetName') },
+    { title: 'Nimi', wrap: true, text: field('name') },
+    { title: 'Yhteyshenkilö', wrap: true, text: field('contact') },
+    { title: 'Lähiosoite', wrap: true, text: field('streetName') },
     { title: 'Postinumero', text: field('postCode') },
-    { title: 'Postitoimipaikka', text: field('townName') },
-    { title: 'Maa', text: field('country') }
+    { title: 'Postitoimipaikka', wrap: true, text: field('townName') },
+    { title: 'Maa', wrap: true, text: field('country') }
 ];
 
 var WIDE_COLUMNS = [
     { title: 'Puhelinnumero', text: field('phoneNumber') },
-    { title: 'Sähköposti', stretch: true, text: field('emailAddress') }
+    { title: 'Sähköposti', wrap: true, text: field('emailAddress') }
 ];
 
 function print() {

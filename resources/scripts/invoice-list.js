@@ -24,7 +24,7 @@ var COLUMNS = [
         } },
     { name: 'customerNumber', title: 'Asiakasnro', right: true,
         text: function(prefix) { return positiveNumber(prefix + 'customer/number'); } },
-    { name: 'customerName', title: 'Asiakas', stretch: true,
+    { name: 'customerName', title: 'Asiakas', wrap: true,
         text: function(prefix) { return get(prefix + 'customer/name'); } },
     { name: 'totalAmountVatExcluded', title: 'Veroton', right: true,
         text: amount('totalAmountVatExcluded') },

@@ -14,6 +14,23 @@ var FOOTER_TOP = 278;
 var FORM_TOP = FOOTER_TOP - 95;
 var ROW_GAP = 2;
 var ROW_TEXT_LIMIT = 25;
+var SELLER_FONT_SIZE = 12;
+var SELLER_LINE = 5.2;
+// The header grid: a label and its value take a row of HEADER_ROW unless the
+// value wraps onto more lines.
+var HEADER_TOP = 22;
+var HEADER_ROW = 9;
+var HEADER_VALUE_OFFSET = 3.3;
+// The rows table: the line under the headings and the first row below a
+// heading of one line; the product column gives room to wider columns but
+// keeps at least PRODUCT_MIN_WIDTH.
+var TABLE_HEADER_LINE = 4.2;
+var TABLE_HEADER_HEIGHT = 6;
+var PRODUCT_MIN_WIDTH = 40;
+var QUANTITY_WIDTH = 11;
+var UNIT_WIDTH = 7;
+var UNIT_GAP = 0.8;
+var COLUMN_GAP = 1.5;
 
 var TEXTS = {
     fi: {
@@ -195,43 +212,128 @@ Invoice.prototype.dueDateText = function () {
 };
 
 /* Column layout of the rows table. The discount column folds into the first
- * when no row has a discount, the three VAT columns when no row has VAT. */
+ * when no row has a discount, the three VAT columns when no row has VAT. A
+ * column whose heading or values need more room than its usual width takes
+ * it from the product column; a heading wraps at its blanks when even that
+ * is not enough. */
 Invoice.prototype.columns = function () {
     var t = this.texts;
     var layout;
     if (this.type === 5) {
         layout = [
-            { key: 'product', width: 157, title: t.product },
+            { key: 'product', width: 157, title: t.product, gap: 2 },
             { key: 'quantity', width: 18, title: t.quantity }
         ];
     } else {
         layout = [
-            { key: 'product', width: 53, title: t.product },
+            { key: 'product', width: 53, title: t.product, gap: 2 },
             { key: 'quantity', width: 18, title: t.quantity },
-            { key: 'unit', width: 0, title: '' },
-            { key: 'unitPrice', width: 18, title: t.unitPrice },
-            { key: 'discount', width: 13, title: t.discount, fold: !this.hasDiscount },
-            { key: 'vatExcluded', width: 18, title: t.vatExcluded, fold: !this.hasVat },
-            { key: 'vatPercent', width: 15, title: t.vatPercent, fold: !this.hasVat },
-            { key: 'vat', width: 18, title: t.vat, fold: !this.hasVat },
-            { key: 'total', width: 22, title: t.total }
+            { key: 'unitPrice', width: 18, title: t.unitPrice, gap: COLUMN_GAP },
+            { key: 'discount', width: 13, title: t.discount, fold: !this.hasDiscount,
+                gap: COLUMN_GAP },
+            { key: 'vatExcluded', width: 18, title: t.vatExcluded, fold: !this.hasVat,
+                gap: COLUMN_GAP },
+            { key: 'vatPercent', width: 15, title: t.vatPercent, fold: !this.hasVat,
+                gap: COLUMN_GAP },
+            { key: 'vat', width: 18, title: t.vat, fold: !this.hasVat, gap: COLUMN_GAP },
+            { key: 'total', width: 22, title: t.total, gap: 0 }
         ];
     }
-    var result = {};
-    var x = LEFT;
+    var shown = [];
     for (var i = 0; i < layout.length; i++) {
         if (layout[i].fold)
             layout[0].width += layout[i].width;
+        else
+            shown.push(layout[i]);
     }
-    for (i = 0; i < layout.length; i++) {
-        if (layout[i].fold)
-            continue;
-        result[layout[i].key] = { x: x, width: layout[i].width, title: layout[i].title };
-        x += layout[i].width;
+    this.fitColumns(shown);
+    var result = { list: shown };
+    var x = LEFT;
+    for (i = 0; i < shown.length; i++) {
+        shown[i].x = x;
+        result[shown[i].key] = shown[i];
+        x += shown[i].width;
     }
-    result.order = layout;
     return result;
 };
+
+/* The widest value of each column in the rows and the totals line. */
+Invoice.prototype.valueWidths = function () {
+    var widths = { quantity: 0, unit: 0 };
+    var widen = function (key, value) {
+        var width = value ? boundingRect(value).width : 0;
+        widths[key] = Math.max(widths[key] || 0, width);
+    };
+    font(9);
+    for (var row = 0; row < this.itemCount; row++) {
+        if (this.isDescriptionRow(row))
+            continue;
+        var p = this.path + 'items/' + row + '/';
+        widen('quantity', getNumber(p + 'quantity'));
+        widen('unit', text(p + 'unitCode'));
+        widen('unitPrice', getNumber(p + 'amountVatExcluded', 2));
+        widen('discount', get(p + 'discountPercent') ? getNumber(p + 'discountPercent') : '');
+        widen('vatExcluded', getCurrency(p + 'totalAmountVatExcluded'));
+        widen('vatPercent', getNumber(p + 'vatRate'));
+        widen('vat', getCurrency(p + 'totalVatAmount'));
+        widen('total', getCurrency(p + 'totalAmount'));
+    }
+    font(9, 'bold');
+    widen('vatExcluded', getCurrency(this.path + 'totalAmountVatExcluded'));
+    widen('vat', getCurrency(this.path + 'totalVatAmount'));
+    widen('total', getCurrency(this.path + 'totalAmount'));
+    return widths;
+};
+
+function widestWord(value) {
+    var words = String(value).split(' ');
+    var widest = 0;
+    for (var i = 0; i < words.length; i++)
+        widest = Math.max(widest, boundingRect(words[i]).width);
+    return widest;
+}
+
+/* Widens the columns whose headings or values do not fit, narrowing the
+ * product column. Headings are measured whole first, then by their widest
+ * word, which then wraps. */
+Invoice.prototype.fitColumns = function (columns) {
+    var values = this.valueWidths();
+    var needs = function (wholeTitles) {
+        var result = [];
+        var extra = 0;
+        for (var i = 1; i < columns.length; i++) {
+            var column = columns[i];
+            font(8, 'bold');
+            var title = wholeTitles ? boundingRect(column.title).width : widestWord(column.title);
+            var need;
+            if (column.key === 'quantity') {
+                need = Math.max(QUANTITY_WIDTH, title, values.quantity)
+                    + Math.max(UNIT_WIDTH, values.unit + UNIT_GAP);
+            } else {
+                need = Math.max(title, values[column.key] || 0) + column.gap;
+            }
+            result.push(Math.max(column.width, need));
+            extra += result[i - 1] - column.width;
+        }
+        return { widths: result, extra: extra };
+    };
+    var fit = needs(true);
+    if (columns[0].width - fit.extra < PRODUCT_MIN_WIDTH)
+        fit = needs(false);
+    columns[0].width = Math.max(PRODUCT_MIN_WIDTH, columns[0].width - fit.extra);
+    for (var i = 1; i < columns.length; i++) {
+        var column = columns[i];
+        column.width = fit.widths[i - 1];
+        // The unit code stands after the number, the heading over the number.
+        if (column.key === 'quantity')
+            column.numberWidth = column.width - Math.max(UNIT_WIDTH, values.unit + UNIT_GAP);
+    }
+};
+
+/* The box of a column's heading and right-aligned values. */
+function valueBox(column) {
+    return column.key === 'quantity' ? column.numberWidth : column.width - column.gap;
+}
 
 Invoice.prototype.rowText = function (row) {
     var p = this.path + 'items/' + row + '/';
@@ -250,7 +352,7 @@ Invoice.prototype.isDescriptionRow = function (row) {
 
 Invoice.prototype.rowHeight = function (row, columns) {
     font(9);
-    var width = this.isDescriptionRow(row) ? TABLE_WIDTH : columns.product.width - 2;
+    var width = this.isDescriptionRow(row) ? TABLE_WIDTH : valueBox(columns.product);
     var height = boxHeight(width, ROW_TEXT_LIMIT, this.rowText(row));
     return Math.min(height, ROW_TEXT_LIMIT) + ROW_GAP;
 };
@@ -285,14 +387,15 @@ function drawAddresses(d) {
         drawImage(25, y, 85, logoHeight, 'seller/logo');
         y += logoHeight;
     } else {
-        font(12, 'bold');
+        // The seller's name, street and post office all in the same size.
+        font(SELLER_FONT_SIZE, 'bold');
         drawText(25, y, 85, text('seller/name'));
-        font(10);
+        font(SELLER_FONT_SIZE);
         var seller = lines([text('seller/streetName'),
             lines([text('seller/postCode'), text('seller/townName')]).join(' ')]);
         for (var i = 0; i < seller.length; i++)
-            drawText(25, y + 6 + i * 4.5, 85, seller[i]);
-        y += 6 + seller.length * 4.5;
+            drawText(25, y + 6 + i * SELLER_LINE, 85, seller[i]);
+        y += 6 + seller.length * SELLER_LINE;
     }
     var c = d.path + 'customer/';
     var customer = lines([text(c + 'name'), text(c + 'contact'), text(c + 'streetName'),
@@ -344,6 +447,30 @@ function headerItems(d) {
     return { left: filled(left), right: filled(right) };
 }
 
+/* The grid of labels and values below the title: each value wraps within
+ * its column, and an item of more lines pushes the ones below it down. */
+function headerGrid(d) {
+    var items = headerItems(d);
+    var columns = [[115, 38, items.left], [155, 40, items.right]];
+    var cells = [];
+    var bottom = HEADER_TOP;
+    font(10);
+    for (var c = 0; c < columns.length; c++) {
+        var y = HEADER_TOP;
+        var x = columns[c][0];
+        var width = columns[c][1];
+        var list = columns[c][2];
+        var oneLine = boxHeight(width, ROW_TEXT_LIMIT, 'Åg');
+        for (var i = 0; i < list.length; i++) {
+            var valueHeight = Math.min(boxHeight(width, ROW_TEXT_LIMIT, list[i][1]), ROW_TEXT_LIMIT);
+            cells.push({ x: x, y: y, width: width, label: list[i][0], value: list[i][1] });
+            y += HEADER_ROW + Math.max(0, valueHeight - oneLine);
+        }
+        bottom = Math.max(bottom, y);
+    }
+    return { cells: cells, bottom: bottom };
+}
+
 /* Title, page number and the grid of dates, numbers and references. */
 function drawHeader(d, page, pageCount) {
     var pageText = '';
@@ -362,47 +489,49 @@ function drawHeader(d, page, pageCount) {
     }
     drawText(115, 12, 80 - pageWidth, title);
 
-    var items = headerItems(d);
-    var columns = [[115, 38, items.left], [155, 40, items.right]];
-    var bottom = 22;
-    for (var c = 0; c < columns.length; c++) {
-        var x = columns[c][0];
-        var width = columns[c][1];
-        var list = columns[c][2];
-        for (var i = 0; i < list.length; i++) {
-            var y = 22 + i * 9;
-            font(8);
-            drawText(x, y, width, list[i][0]);
-            font(10);
-            drawText(x, y + 3.3, width, list[i][1]);
-            bottom = Math.max(bottom, y + 9);
-        }
+    var grid = headerGrid(d);
+    for (var i = 0; i < grid.cells.length; i++) {
+        var cell = grid.cells[i];
+        font(8);
+        drawText(cell.x, cell.y, cell.width, cell.label);
+        font(10);
+        drawText(cell.x, cell.y + HEADER_VALUE_OFFSET, cell.width, ROW_TEXT_LIMIT, cell.value);
     }
-    return bottom;
+    return grid.bottom;
+}
+
+/* The height of the headings, which wrap in their columns. */
+function tableHeaderHeight(columns) {
+    font(8, 'bold');
+    var oneLine = boxHeight(TABLE_WIDTH, ROW_TEXT_LIMIT, 'Åg');
+    var height = oneLine;
+    for (var i = 0; i < columns.list.length; i++) {
+        var column = columns.list[i];
+        height = Math.max(height, boxHeight(valueBox(column), ROW_TEXT_LIMIT, column.title));
+    }
+    return TABLE_HEADER_HEIGHT + height - oneLine;
 }
 
 function drawTableHeader(columns, y) {
+    var height = tableHeaderHeight(columns);
     font(8, 'bold');
-    for (var key in columns) {
-        var column = columns[key];
-        if (key === 'order' || key === 'unit')
-            continue;
-        if (key === 'product')
-            drawText(column.x, y, column.width - 2, column.title);
-        else if (key === 'quantity')
-            drawTextRight(column.x, y, 11, column.title);
+    for (var i = 0; i < columns.list.length; i++) {
+        var column = columns.list[i];
+        if (column.key === 'product')
+            drawText(column.x, y, valueBox(column), ROW_TEXT_LIMIT, column.title);
         else
-            drawTextRight(column.x, y, column.width - (key === 'total' ? 0 : 1.5), column.title);
+            drawTextRight(column.x, y, valueBox(column), ROW_TEXT_LIMIT, column.title);
     }
+    var line = y + height - (TABLE_HEADER_HEIGHT - TABLE_HEADER_LINE);
     setPen('#000', 0.2);
-    drawLine(LEFT, y + 4.2, RIGHT, y + 4.2);
-    return y + 6;
+    drawLine(LEFT, line, RIGHT, line);
+    return y + height;
 }
 
 function drawAmount(columns, key, y, value) {
     var column = columns[key];
     if (column && value)
-        drawTextRight(column.x, y, column.width - (key === 'total' ? 0 : 1.5), value);
+        drawTextRight(column.x, y, valueBox(column), value);
 }
 
 function drawRow(d, columns, row, y) {
@@ -412,10 +541,11 @@ function drawRow(d, columns, row, y) {
         drawText(LEFT, y, TABLE_WIDTH, ROW_TEXT_LIMIT, d.rowText(row));
         return;
     }
-    drawText(LEFT, y, columns.product.width - 2, ROW_TEXT_LIMIT, d.rowText(row));
+    drawText(LEFT, y, valueBox(columns.product), ROW_TEXT_LIMIT, d.rowText(row));
     var quantity = columns.quantity;
-    drawTextRight(quantity.x, y, 11, getNumber(p + 'quantity'));
-    drawText(quantity.x + 11.8, y, quantity.width - 11.8, text(p + 'unitCode'));
+    drawTextRight(quantity.x, y, quantity.numberWidth, getNumber(p + 'quantity'));
+    var unitX = quantity.numberWidth + UNIT_GAP;
+    drawText(quantity.x + unitX, y, quantity.width - unitX, text(p + 'unitCode'));
     if (d.type === 5)
         return;
     drawAmount(columns, 'unitPrice', y, getNumber(p + 'amountVatExcluded', 2));
@@ -436,7 +566,7 @@ function drawClosing(d, columns, y) {
     if (d.payable) {
         y += 1.5;
         font(9, 'bold');
-        drawText(LEFT, y, columns.product.width - 2, t.total);
+        drawText(LEFT, y, valueBox(columns.product), t.total);
         drawAmount(columns, 'vatExcluded', y, getCurrency(p + 'totalAmountVatExcluded'));
         drawAmount(columns, 'vat', y, getCurrency(p + 'totalVatAmount'));
         drawAmount(columns, 'total', y, getCurrency(p + 'totalAmount'));
@@ -627,9 +757,8 @@ function printInvoice(index) {
     var columns = d.columns();
     font(10);
     var addressBottom = drawAddressesMeasure(d);
-    var headerBottom = 22 + 9 * Math.max(headerItems(d).left.length, headerItems(d).right.length);
-    var tableTop = Math.max(addressBottom, headerBottom) + 5;
-    var rowsTop = tableTop + 6;
+    var tableTop = Math.max(addressBottom, headerGrid(d).bottom) + 5;
+    var rowsTop = tableTop + tableHeaderHeight(columns);
     var plan = planPages(d, columns, rowsTop);
     var pageCount = plan.pages.length;
     for (var page = 0; page < pageCount; page++) {

@@ -6,20 +6,23 @@
  * TITLE, its columns and print(); it may define footerDate() anew. Lengths
  * in millimetres, font sizes in points.
  *
- * A column is { name, title, text(prefix), right, stretch }: name is the
+ * A column is { name, title, text(prefix), right, wrap }: name is the
  * column's key under "columns/" when the user can hide it, text() gives the
  * cell of the row whose paths begin with prefix, right aligns it right and
- * a stretching column gives way when the line is too long.
+ * wrap lets a text of several words go onto more lines. Headings always
+ * wrap at their blanks.
  */
 
 var FONT = 'Arial';
 var MARGIN = 15;
 var MIN_PADDING = 1.5;
 var MAX_PADDING = 6;
-var MIN_STRETCH = 25;
+var FONT_SIZE = 9;
+var MIN_FONT_SIZE = 6;
+var FONT_STEP = 0.5;
 var DATE_FORMAT = 'd.M.yyyy';
 
-var layout = {};
+var layout = { fontSize: FONT_SIZE };
 
 function supportedOrientations() {
     return 3;
@@ -28,12 +31,16 @@ function supportedOrientations() {
 function measure(text) {
     if (text === undefined || text === null || text === '')
         return 0;
-    return boundingRect(text).width;
+    return boundingRect(String(text)).width;
 }
 
 // The height of a line in the current font.
 function lineHeight() {
     return boundingRect('ÅgjÄ').height;
+}
+
+function tableFont(style) {
+    setFont(FONT, layout.fontSize, style || 'normal');
 }
 
 function setUpPage() {
@@ -46,41 +53,159 @@ function setUpPage() {
     layout.bottom = layout.footerTop - 3;
     layout.page = 1;
     layout.y = MARGIN;
+    layout.fontSize = FONT_SIZE;
 }
 
-// Gives every column its x and width: the widest of its heading and texts,
-// then padding between the columns from what is left of the line. When
-// even the least padding does not fit, the stretching column narrows and
-// its texts are clipped.
-function layoutColumns(columns, texts) {
-    var i, r, width;
-    var total = 0;
-    setFont(FONT, 9, 'bold');
-    for (i = 0; i < columns.length; i++)
-        columns[i].width = measure(columns[i].title);
-    setFont(FONT, 9, 'normal');
+function cellText(value) {
+    // Only plain blanks separate words: amounts keep their no-break spaces.
+    return value === undefined || value === null ? '' : String(value).replace(/[\t\r\n]+/g, ' ');
+}
+
+// The widest word of a text in the current font.
+function widestWord(text) {
+    var words = cellText(text).split(' ');
+    var widest = 0;
+    for (var i = 0; i < words.length; i++)
+        widest = Math.max(widest, measure(words[i]));
+    return widest;
+}
+
+// The lines of a text in a column of the width: words go onto the next line
+// when the line is full, and a word longer than the whole width is broken
+// where it must, so that nothing reaches past the column.
+function wrapText(text, width) {
+    text = cellText(text);
+    if (measure(text) <= width)
+        return [text];
+    var words = text.split(' ');
+    var lines = [];
+    var line = '';
+    for (var i = 0; i < words.length; i++) {
+        var candidate = line ? line + ' ' + words[i] : words[i];
+        if (measure(candidate) <= width) {
+            line = candidate;
+            continue;
+        }
+        if (line)
+            lines.push(line);
+        var word = words[i];
+        while (word.length > 1 && measure(word) > width) {
+            var length = word.length - 1;
+            while (length > 1 && measure(word.substring(0, length)) > width)
+                length--;
+            lines.push(word.substring(0, length));
+            word = word.substring(length);
+        }
+        line = word;
+    }
+    if (line || lines.length == 0)
+        lines.push(line);
+    return lines;
+}
+
+// Each column's natural width (its widest heading and cell) and the least
+// widths it can do with: its widest word or cell beside its whole heading
+// (leastWhole), or beside the widest word of its heading (least).
+function measureColumns(columns, texts) {
+    var i, r;
+    tableFont('bold');
+    for (i = 0; i < columns.length; i++) {
+        columns[i].heading = measure(columns[i].title);
+        columns[i].headingWord = widestWord(columns[i].title);
+        columns[i].natural = columns[i].heading;
+        columns[i].cells = 0;
+    }
+    tableFont();
     for (r = 0; r < texts.length; r++) {
         for (i = 0; i < columns.length; i++) {
-            width = measure(texts[r][i]);
-            if (width > columns[i].width)
-                columns[i].width = width;
+            var width = measure(texts[r][i]);
+            columns[i].natural = Math.max(columns[i].natural, width);
+            columns[i].cells = Math.max(columns[i].cells,
+                columns[i].wrap ? widestWord(texts[r][i]) : width);
         }
     }
+    for (i = 0; i < columns.length; i++) {
+        columns[i].leastWhole = Math.max(columns[i].cells, columns[i].heading);
+        columns[i].least = Math.max(columns[i].cells, columns[i].headingWord);
+    }
+}
+
+function sum(columns, key) {
+    var total = 0;
+    for (var i = 0; i < columns.length; i++)
+        total += columns[i][key];
+    return total;
+}
+
+// Narrows the columns in proportion to their natural widths until they fill
+// the space, none below its least width.
+function narrowColumns(columns, space) {
+    var fixed = [];
+    var i;
     for (i = 0; i < columns.length; i++)
-        total += columns[i].width;
-    var available = layout.right - layout.left;
-    var padding = columns.length > 1 ? (available - total) / (columns.length - 1) : MAX_PADDING;
-    if (padding > MAX_PADDING)
-        padding = MAX_PADDING;
-    if (padding < MIN_PADDING) {
-        padding = MIN_PADDING;
-        var excess = total + padding * (columns.length - 1) - available;
-        for (i = 0; i < columns.length && excess > 0; i++) {
-            if (columns[i].stretch) {
-                var cut = Math.min(excess, Math.max(0, columns[i].width - MIN_STRETCH));
-                columns[i].width -= cut;
-                excess -= cut;
+        fixed.push(false);
+    for (var changed = true; changed;) {
+        changed = false;
+        var fixedWidth = 0;
+        var freeNatural = 0;
+        for (i = 0; i < columns.length; i++) {
+            if (fixed[i])
+                fixedWidth += columns[i].least;
+            else
+                freeNatural += columns[i].natural;
+        }
+        var scale = freeNatural > 0 ? (space - fixedWidth) / freeNatural : 0;
+        for (i = 0; i < columns.length; i++) {
+            if (fixed[i])
+                continue;
+            columns[i].width = columns[i].natural * scale;
+            if (columns[i].width < columns[i].least) {
+                columns[i].width = columns[i].least;
+                fixed[i] = true;
+                changed = true;
             }
+        }
+    }
+}
+
+// Gives every column its x and width so that the table fits between the
+// margins: the natural widths with padding from what is left of the line;
+// when they do not fit, narrower columns whose texts wrap; when even the
+// least widths do not fit, a smaller font.
+function layoutColumns(columns, texts) {
+    var available = layout.right - layout.left;
+    var gaps = Math.max(columns.length - 1, 0);
+    var i;
+    for (layout.fontSize = FONT_SIZE; layout.fontSize > MIN_FONT_SIZE;
+        layout.fontSize -= FONT_STEP) {
+        measureColumns(columns, texts);
+        if (sum(columns, 'least') + MIN_PADDING * gaps <= available)
+            break;
+    }
+    if (layout.fontSize <= MIN_FONT_SIZE) {
+        layout.fontSize = MIN_FONT_SIZE;
+        measureColumns(columns, texts);
+    }
+    // Headings stay on one line when the space allows.
+    if (sum(columns, 'leastWhole') + MIN_PADDING * gaps <= available) {
+        for (i = 0; i < columns.length; i++)
+            columns[i].least = columns[i].leastWhole;
+    }
+    var padding = gaps > 0 ? (available - sum(columns, 'natural')) / gaps : MAX_PADDING;
+    padding = Math.min(padding, MAX_PADDING);
+    if (padding >= MIN_PADDING) {
+        for (i = 0; i < columns.length; i++)
+            columns[i].width = columns[i].natural;
+    } else {
+        padding = MIN_PADDING;
+        var space = available - padding * gaps;
+        var least = sum(columns, 'least');
+        if (least <= space) {
+            narrowColumns(columns, space);
+        } else {
+            // Even the smallest font leaves words too long: they are broken.
+            for (i = 0; i < columns.length; i++)
+                columns[i].width = columns[i].least * space / least;
         }
     }
     var x = layout.left;
@@ -91,29 +216,38 @@ function layoutColumns(columns, texts) {
     layout.tableRight = columns.length > 0 ? x - padding : layout.right;
 }
 
-// One table line; the boxes are a millimetre wider than the measured texts
-// so that clipping keeps every character that was measured.
-function drawCells(columns, cells, y) {
+// One table line of cells, each wrapped in its column; returns its height.
+// The boxes are a millimetre wider than the measured texts so that clipping
+// keeps every character that was measured.
+function drawCells(columns, cells, y, measureOnly) {
+    var height = lineHeight();
+    var lines = 1;
     for (var i = 0; i < columns.length; i++) {
         var column = columns[i];
-        if (column.right)
-            drawTextRight(column.x - 1, y, column.width + 1, cells[i]);
-        else
-            drawText(column.x, y, column.width + 1, cells[i]);
+        var parts = wrapText(cells[i], column.width);
+        lines = Math.max(lines, parts.length);
+        if (measureOnly)
+            continue;
+        for (var k = 0; k < parts.length; k++) {
+            if (column.right)
+                drawTextRight(column.x - 1, y + k * height, column.width + 1, parts[k]);
+            else
+                drawText(column.x, y + k * height, column.width + 1, parts[k]);
+        }
     }
+    return lines * height;
 }
 
 function drawHeader(columns) {
     var titles = [];
     for (var i = 0; i < columns.length; i++)
         titles.push(columns[i].title);
-    setFont(FONT, 9, 'bold');
-    drawCells(columns, titles, layout.y);
-    layout.y += lineHeight() + 0.5;
+    tableFont('bold');
+    layout.y += drawCells(columns, titles, layout.y, false) + 0.5;
     setPen('#000', 0.3);
     drawLine(layout.left, layout.y, layout.tableRight, layout.y);
     layout.y += 1;
-    setFont(FONT, 9, 'normal');
+    tableFont();
 }
 
 function drawTitle(criteria) {
@@ -125,8 +259,11 @@ function drawTitle(criteria) {
         layout.y += lineHeight() + 1;
         setFont(FONT, 10, 'normal');
         for (var i = 0; i < criteria.length; i++) {
-            drawText(layout.left, layout.y, width, criteria[i]);
-            layout.y += lineHeight();
+            var lines = wrapText(criteria[i], width);
+            for (var k = 0; k < lines.length; k++) {
+                drawText(layout.left, layout.y, width + 1, lines[k]);
+                layout.y += lineHeight();
+            }
         }
         layout.y += 4;
     } else {
@@ -160,12 +297,13 @@ function ensureSpace(height, columns) {
 }
 
 function drawRows(columns, texts) {
-    setFont(FONT, 9, 'normal');
-    var height = lineHeight() + 0.8;
+    var gap = 0.8;
     for (var r = 0; r < texts.length; r++) {
+        tableFont();
+        var height = drawCells(columns, texts[r], layout.y, true) + gap;
         ensureSpace(height, columns);
-        setFont(FONT, 9, 'normal');
-        drawCells(columns, texts[r], layout.y);
+        tableFont();
+        drawCells(columns, texts[r], layout.y, false);
         layout.y += height;
     }
     setPen('#000', 0.3);

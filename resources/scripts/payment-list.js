@@ -20,7 +20,7 @@ var COLUMNS = [
         } },
     { name: 'customerNumber', title: 'Asiakasnro', right: true,
         text: function(prefix) { return positiveNumber(prefix + 'customer/number'); } },
-    { name: 'customerName', title: 'Asiakas', stretch: true,
+    { name: 'customerName', title: 'Asiakas', wrap: true,
         text: function(prefix) { return get(prefix + 'customer/name'); } },
     { name: 'totalAmount', title: 'Loppusumma', right: true,
         text: function(prefix) { return getCurrency(prefix + 'invoice/totalAmount'); } },
@@ -28,7 +28,7 @@ var COLUMNS = [
         text: function(prefix) { return getCurrency(prefix + 'amount'); } },
     { name: 'paymentDate', title: 'Maksupäivä',
         text: function(prefix) { return date(prefix + 'date'); } },
-    { name: 'bankAccount', title: 'Pankkitili', stretch: true,
+    { name: 'bankAccount', title: 'Pankkitili', wrap: true,
         text: function(prefix) { return get(prefix + 'bankAccount/shortName'); } }
 ];
 

@@ -8,7 +8,7 @@ var TITLE = 'Tuoteluettelo';
 
 var COLUMNS = [
     { title: 'Nro', text: field('number') },
-    { title: 'Nimi', stretch: true, text: field('name') },
+    { title: 'Nimi', wrap: true, text: field('name') },
     { title: 'Yksikkö', text: field('unitCode') },
     { title: 'Veroton', right: true,
         text: function(prefix) { return getNumber(prefix + 'amountVatExcluded', 2); } },
@@ -16,7 +16,7 @@ var COLUMNS = [
         text: function(prefix) { return formatNumber(get(prefix + 'vatRate'), 2, 0); } },
     { title: 'Verollinen', right: true,
         text: function(prefix) { return getNumber(prefix + 'amount', 2); } },
-    { title: 'Tuoteryhmä', stretch: true, text: field('category') }
+    { title: 'Tuoteryhmä', wrap: true, text: field('category') }
 ];
 
 function print() {

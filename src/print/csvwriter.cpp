@@ -1,5 +1,42 @@
 #include "csvwriter.h"
 
+#include <QRegularExpression>
+
+namespace {
+
+// At least this many digits make "+..." a telephone number rather than a sum.
+constexpr int minPhoneDigits = 7;
+
+bool isFormulaStart(QChar c)
+{
+    return c == QLatin1Char('=') || c == QLatin1Char('+') || c == QLatin1Char('-')
+        || c == QLatin1Char('@');
+}
+
+// A number as the program and people write it: a sign, digits in groups and
+// a decimal part, perhaps a percent or euro sign.
+bool isNumber(const QString& text)
+{
+    static const QRegularExpression number(
+        QStringLiteral("^[+-]?\\d[\\d \\x{00A0}\\x{202F}]*([.,]\\d+)?[ \\x{00A0}]*[%\\x{20AC}]?$"));
+    return number.match(text).hasMatch();
+}
+
+// "+358 40 123 4567", "+44 (0)20 7946-0000": digits and the separators of
+// telephone numbers only, nothing a spreadsheet could call or refer to.
+bool isPhoneNumber(const QString& text)
+{
+    static const QRegularExpression phone(QStringLiteral("^\\+\\d[\\d ()./\\-]*\\d$"));
+    if (!phone.match(text).hasMatch())
+        return false;
+    int digits = 0;
+    for (const QChar c : text)
+        digits += c.isDigit() ? 1 : 0;
+    return digits >= minPhoneDigits;
+}
+
+} // namespace
+
 CsvWriter::CsvWriter(const QString& delimiter)
     : m_delimiter(delimiter.isEmpty() ? QStringLiteral(";") : delimiter)
 {
@@ -7,19 +44,18 @@ CsvWriter::CsvWriter(const QString& delimiter)
 
 QString CsvWriter::neutralizeFormula(const QString& text)
 {
-    if (text.isEmpty())
+    // Spreadsheets skip leading tabs and carriage returns before a formula.
+    int start = 0;
+    while (start < text.size()
+        && (text.at(start) == QLatin1Char('\t') || text.at(start) == QLatin1Char('\r')))
+        ++start;
+    const QString rest = text.mid(start);
+    if (rest.size() < 2 || !isFormulaStart(rest.at(0)))
         return text;
-    switch (text.at(0).unicode()) {
-    case '=':
-    case '+':
-    case '-':
-    case '@':
-    case '\t':
-    case '\r':
-        return QLatin1Char('\'') + text;
-    default:
+    if ((rest.at(0) == QLatin1Char('+') || rest.at(0) == QLatin1Char('-'))
+        && (isNumber(rest) || isPhoneNumber(rest)))
         return text;
-    }
+    return QLatin1Char('\'') + text;
 }
 
 QString CsvWriter::quoteField(const QString& field, const QString& delimiter)

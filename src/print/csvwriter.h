@@ -6,9 +6,9 @@
 
 // Builds CSV text for spreadsheets; ListReportFormat::save() writes it to a
 // file. Fields holding the delimiter, quotes or line breaks are quoted. Text cells that a
-// spreadsheet would take for a formula (starting with =, +, -, @, tab or carriage return) get an
-// apostrophe in front; numbers formatted by the program are written as they are, so that negative
-// amounts stay numbers.
+// spreadsheet would run as a formula (=, +, -, or @ first, perhaps after tabs or carriage
+// returns) get an apostrophe in front. Numbers, negative amounts and telephone numbers such as
+// "+358 40 123 4567" are written as they are, so that they stay numbers and readable.
 class CsvWriter
 {
 public:

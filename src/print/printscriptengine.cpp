@@ -95,6 +95,11 @@ bool PrintScriptEngine::run(QPagedPaintDevice* device, QPainter* painter, int re
     m_device = device;
     m_painter = painter;
     m_resolution = resolution > 0 ? resolution : 72;
+    // Every run starts from the fresh painter's font and pen, not from the last run's.
+    m_font = painter->font();
+    m_pen = painter->pen();
+    m_painterHasFont = true;
+    m_painterHasPen = true;
     m_textClipping = true;
     m_lineHeight = -1.0;
     setPageNumber(1);
@@ -147,6 +152,16 @@ double PrintScriptEngine::devicePixelsToMillimeters(int pixels) const
 bool PrintScriptEngine::canDraw() const
 {
     return m_device && m_painter && m_pageInRange && m_outputEnabled;
+}
+
+void PrintScriptEngine::applyFontAndPen()
+{
+    if (!m_painterHasFont)
+        m_painter->setFont(m_font);
+    if (!m_painterHasPen)
+        m_painter->setPen(m_pen);
+    m_painterHasFont = true;
+    m_painterHasPen = true;
 }
 
 void PrintScriptEngine::setPageNumber(int page)
@@ -238,6 +253,7 @@ int PrintScriptEngine::envDrawLine()
     int p[4];
     if (!readPixels(0, 4, p) || !canDraw())
         return 0;
+    applyFontAndPen();
     m_painter->drawLine(p[0], p[1], p[2], p[3]);
     return 0;
 }
@@ -249,6 +265,7 @@ int PrintScriptEngine::envDrawRect()
     QRect rect;
     if (!readRect(0, rect) || !canDraw())
         return 0;
+    applyFontAndPen();
     m_painter->drawRect(rect);
     return 0;
 }
@@ -267,7 +284,7 @@ int PrintScriptEngine::envFillRect()
 QString PrintScriptEngine::clippedLine(const QString& text, int width) const
 {
     QString line = text;
-    const QFontMetricsF metrics(m_painter->font(), m_painter->device());
+    const QFontMetricsF metrics(m_font, m_device);
     while (!line.isEmpty() && metrics.horizontalAdvance(line) >= width)
         line.chop(1);
     return line;
@@ -286,7 +303,7 @@ QRectF PrintScriptEngine::layoutBox(
     for (const QString& paragraph : paragraphs) {
         if (cursor >= bottom)
             break;
-        QTextLayout layout(paragraph, m_painter->font(), m_painter->device());
+        QTextLayout layout(paragraph, m_font, m_device);
         layout.setTextOption(option);
         layout.beginLayout();
         for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
@@ -334,6 +351,7 @@ int PrintScriptEngine::drawTextAligned(int alignment)
     }
     if (!okX || !okY || !okW || !okH || !canDraw())
         return 0;
+    applyFontAndPen();
     const QString text = stringArg(textIndex);
     const QRect box(millimetersToDevicePixels(x), millimetersToDevicePixels(y),
         millimetersToDevicePixels(w), millimetersToDevicePixels(h));
@@ -401,7 +419,8 @@ int PrintScriptEngine::boundingRectAligned(int alignment)
     }
     const QRect lineBox(
         box.x(), box.y(), box.width(), millimetersToDevicePixels(singleLineBoxHeight));
-    const QRect bounds = m_painter->boundingRect(lineBox, alignment | Qt::TextSingleLine, text);
+    const QRect bounds = QFontMetrics(m_font, m_device)
+                             .boundingRect(lineBox, alignment | Qt::TextSingleLine, text);
     pushRect(QRectF(bounds.x(), bounds.y(), bounds.width(), bounds.height()));
     return 1;
 }
@@ -443,6 +462,7 @@ int PrintScriptEngine::envDrawBarcode128C()
     QRect rect;
     if (!readRect(0, rect) || !canDraw())
         return 0;
+    applyFontAndPen();
     Barcode128::renderC(m_painter, rect.x(), rect.y(), rect.width(), rect.height(), stringArg(4));
     return 0;
 }
@@ -542,8 +562,8 @@ int PrintScriptEngine::envSetFont()
     font.setWeight(QFont::Weight(weight));
     font.setItalic(style.endsWith(QLatin1String("italic")));
     m_font = font;
-    // Also while the page is out of range, so that measuring stays right.
-    if (m_painter)
+    m_painterHasFont = canDraw();
+    if (m_painterHasFont)
         m_painter->setFont(m_font);
     return 0;
 }
@@ -555,11 +575,12 @@ int PrintScriptEngine::envSetPen()
     m_penColorName = stringArg(0);
     bool ok = false;
     const double width = doubleArg(1, ok);
-    if (!m_painter)
-        return 0;
     QPen pen { QColor(m_penColorName) };
     if (ok && width > 0)
         pen.setWidth(millimetersToDevicePixels(width));
-    m_painter->setPen(pen);
+    m_pen = pen;
+    m_painterHasPen = canDraw();
+    if (m_painterHasPen)
+        m_painter->setPen(m_pen);
     return 0;
 }

@@ -4,6 +4,7 @@
 #include "printscriptenginebase.h"
 
 #include <QFont>
+#include <QPen>
 #include <QRectF>
 
 class QPagedPaintDevice;
@@ -38,8 +39,10 @@ public:
     bool isTextClipping() const { return m_textClipping; }
     // The page the script is on (during a run) or ended on (after it).
     int pageNumber() const { return m_pageNumber; }
-    // The font of the last setFont().
+    // The font and pen of the last setFont() and setPen(), or the painter's at the start of a
+    // run; drawing and measuring use them even when they were set while nothing was drawn.
     QFont font() const { return m_font; }
+    QPen pen() const { return m_pen; }
     QString penColorName() const { return m_penColorName; }
     QString brushName() const { return m_brushName; }
 
@@ -80,6 +83,8 @@ public slots:
 
 private:
     bool canDraw() const;
+    // Gives the painter the remembered font and pen before it draws.
+    void applyFontAndPen();
     void setPageNumber(int page);
     bool readPixels(int first, int count, int* pixels);
     bool readRect(int first, QRect& rect);
@@ -97,6 +102,10 @@ private:
     QString m_brushName;
     QString m_penColorName;
     QFont m_font;
+    QPen m_pen;
+    // Whether the painter has m_font and m_pen, which are set without it while nothing is drawn.
+    bool m_painterHasFont = false;
+    bool m_painterHasPen = false;
     bool m_textClipping = true;
     double m_lineHeight = -1.0;
     int m_fromPage = -1;

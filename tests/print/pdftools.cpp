@@ -3,6 +3,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QXmlStreamReader>
 #include <QtDebug>
 
 namespace PdfTools {
@@ -49,6 +50,44 @@ QImage renderPage(const QString& fileName, int page, int dpi)
         { "-gray", "-r", QString::number(dpi), "-f", QString::number(page), "-l",
             QString::number(page), "-singlefile", "-png", fileName, prefix });
     return QImage(prefix + ".png").convertToFormat(QImage::Format_Grayscale8);
+}
+
+static double millimeters(const QXmlStreamAttributes& attributes, const char* name)
+{
+    constexpr double millimetersPerPoint = 25.4 / 72.0;
+    return attributes.value(QLatin1String(name)).toDouble() * millimetersPerPoint;
+}
+
+QList<Page> pages(const QString& fileName)
+{
+    QXmlStreamReader xml(run("pdftotext", { "-bbox", "-enc", "UTF-8", fileName, "-" }));
+    QList<Page> result;
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement)
+            continue;
+        const QXmlStreamAttributes attributes = xml.attributes();
+        if (xml.name() == QLatin1String("page")) {
+            result.append(
+                { QSizeF(millimeters(attributes, "width"), millimeters(attributes, "height")),
+                    {} });
+        } else if (xml.name() == QLatin1String("word") && !result.isEmpty()) {
+            const QPointF topLeft(millimeters(attributes, "xMin"), millimeters(attributes, "yMin"));
+            const QPointF bottomRight(
+                millimeters(attributes, "xMax"), millimeters(attributes, "yMax"));
+            result.last().words.append({ xml.readElementText(), QRectF(topLeft, bottomRight) });
+        }
+    }
+    if (xml.hasError())
+        qWarning() << fileName << xml.errorString();
+    return result;
+}
+
+QStringList texts(const QList<Word>& words)
+{
+    QStringList result;
+    for (const Word& word : words)
+        result.append(word.text);
+    return result;
 }
 
 } // namespace PdfTools

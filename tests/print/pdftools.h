@@ -2,6 +2,8 @@
 #define PDFTOOLS_H
 
 #include <QImage>
+#include <QList>
+#include <QRectF>
 #include <QStringList>
 
 // Reads PDF files back with poppler's command-line tools.
@@ -14,6 +16,23 @@ int pageCount(const QString& fileName); // -1 when pdfinfo fails
 // pdftotext -layout of one page (from 1) or of all (0), no-break spaces as plain ones.
 QString text(const QString& fileName, int page = 0);
 QImage renderPage(const QString& fileName, int page, int dpi); // in grey scale
+
+// A word as pdftotext -bbox finds it; lengths in millimetres from the top-left corner.
+struct Word
+{
+    QString text;
+    QRectF box;
+};
+
+struct Page
+{
+    QSizeF size;
+    QList<Word> words;
+};
+
+// Every page with its words in reading order; empty when pdftotext fails.
+QList<Page> pages(const QString& fileName);
+QStringList texts(const QList<Word>& words);
 
 } // namespace PdfTools
 

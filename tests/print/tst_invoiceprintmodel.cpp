@@ -20,6 +20,8 @@ private slots:
     void vatBreakdown();
     void exportToCsv_data();
     void exportToCsv();
+    void barcodeAccount_data();
+    void barcodeAccount();
 
 private:
     bool load(InvoicePrintModel& model, int number);
@@ -201,6 +203,37 @@ void TestInvoicePrintModel::exportToCsv()
             sign < 0 ? "-1" : "1", "kpl", "450,00", Expected::plainEuros(excluded), "25,5",
             Expected::plainEuros(included - excluded), Expected::plainEuros(included) }));
     QVERIFY(!model.exportToCSV(m_dir.filePath(QStringLiteral("ei/ole/hakemistoa.csv")), ";"));
+}
+
+void TestInvoicePrintModel::barcodeAccount_data()
+{
+    QTest::addColumn<bool>("firstShown"); // the first stored account is shown on invoices
+    QTest::addColumn<QString>("digits"); // of the account the barcode names
+    QTest::addRow("first account shown") << true << "3457200020086597";
+    QTest::addRow("first account hidden") << false << "5211443500061725";
+}
+
+// The bank barcode names the seller's account printed first on the invoice.
+void TestInvoicePrintModel::barcodeAccount()
+{
+    QFETCH(bool, firstShown);
+    QFETCH(QString, digits);
+    const auto show = [this](bool visible) {
+        return m_fixture.testDatabase()->exec({ QStringLiteral(
+                   "UPDATE bank_account SET visible = %1 WHERE name = 'Osuuspankki'")
+                                                    .arg(visible ? "TRUE" : "FALSE") })
+            && m_fixture.refresh();
+    };
+    QVERIFY(show(firstShown));
+    InvoicePrintModel model(m_fixture.registry());
+    const bool loaded = load(model, 1001);
+    QVERIFY(show(true));
+    QVERIFY2(loaded, qPrintable(model.lastError()));
+    QCOMPARE(
+        model.value(QStringLiteral("seller/bankAccounts/0/ibanRaw")).toString(), "FI" + digits);
+    for (const char* path :
+        { "invoices/0/barcode", "invoices/0/balanceBarcode", "invoices/0/barcode4" })
+        QCOMPARE(model.value(QString::fromLatin1(path)).toString().mid(1, digits.size()), digits);
 }
 
 QTEST_MAIN(TestInvoicePrintModel)

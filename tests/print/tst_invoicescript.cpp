@@ -17,6 +17,8 @@ private slots:
     void barcode_data();
     void barcode();
     void manyRowsBreakPages();
+    void languages_data();
+    void languages();
 
 private:
     // Prints a new invoice of these rows; the file name, empty on failure.
@@ -174,6 +176,81 @@ void TestInvoiceScript::manyRowsBreakPages()
     const int printed = seen.size();
     seen.removeDuplicates();
     QCOMPARE(QList<int>({ printed, int(seen.size()) }), QList<int>({ rows, rows }));
+}
+
+void TestInvoiceScript::languages_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::addColumn<int>("customer");
+    QTest::addColumn<QString>("language"); // the company's invoice language
+    QTest::addColumn<QStringList>("headings");
+    QTest::addRow("Finnish") << 1401 << 0 << ""
+                             << QStringList { "Tuote", "Määrä", "à-hinta", "Ale %", "Veroton",
+                                    "ALV %", "ALV", "Yhteensä" };
+    QTest::addRow("English") << 1402 << 0 << "en"
+                             << QStringList { "Product", "Quantity", "Unit price", "Discount %",
+                                    "VAT excl.", "VAT %", "VAT", "Total" };
+    QTest::addRow("Swedish, the customer's language")
+        << 1403 << 1 << ""
+        << QStringList { "Produkt", "Antal", "À-pris", "Rabatt %", "Exkl. moms", "Moms %", "Moms",
+               "Totalt" };
+}
+
+// Every heading of the rows table and a long reference are printed whole, wrapped if need be, no
+// two headings run into each other, and the seller's address is as large as the seller's name.
+void TestInvoiceScript::languages()
+{
+    QFETCH(int, number);
+    QFETCH(int, customer);
+    QFETCH(QString, language);
+    QFETCH(QStringList, headings);
+    const QString reference = QStringLiteral("Isännöitsijä Kari Koskinen");
+    const int id = m_fixture.addInvoice(0, InvoiceFixture::sampleItems(), number, customer);
+    QVERIFY(id > 0
+        && m_fixture.testDatabase()->exec(
+            { QStringLiteral("UPDATE invoice SET buyer_ref = '%1' WHERE id = %2")
+                    .arg(reference)
+                    .arg(id) }));
+    QVERIFY(m_fixture.setSetting("invoiceForm/language", language));
+    const QString file = m_dir.filePath(QStringLiteral("kieli-%1.pdf").arg(number));
+    const bool printed = m_fixture.printInvoice(id, file);
+    QVERIFY(m_fixture.setSetting("invoiceForm/language", QString()) && printed);
+
+    const QList<PdfTools::Word> words = PdfTools::pages(file).value(0).words;
+    const QStringList texts = PdfTools::texts(words);
+    int from = 0;
+    for (const QString& part : reference.split(' ')) {
+        from = texts.indexOf(part, from);
+        QVERIFY2(from >= 0, qPrintable(part + " missing from: " + texts.join(' ')));
+    }
+    // The address block and the headings stand above the footer and the form that repeat words.
+    auto topmost = [&words](const QString& text) {
+        QRectF box;
+        for (const PdfTools::Word& word : words) {
+            if (word.text == text && (box.isNull() || word.box.top() < box.top()))
+                box = word.box;
+        }
+        return box;
+    };
+    const double nameHeight = topmost(QStringLiteral("Kuusela")).height();
+    for (const QString& part : QStringList { "Hämeenkatu", "33100", "Tampere" })
+        QVERIFY2(qAbs(topmost(part).height() - nameHeight) < 0.05 * nameHeight, qPrintable(part));
+
+    // The heading lines: from the first heading down by two lines of text.
+    const QRectF first = topmost(headings.first());
+    QList<PdfTools::Word> band;
+    QStringList missing = headings.join(' ').split(' ');
+    for (const PdfTools::Word& word : words) {
+        if (word.box.top() >= first.top() - first.height() / 2
+            && word.box.top() < first.top() + 2 * first.height()) {
+            for (const PdfTools::Word& other : band)
+                QVERIFY2(!word.box.intersects(other.box),
+                    qPrintable(word.text + " runs into " + other.text));
+            band.append(word);
+            missing.removeOne(word.text);
+        }
+    }
+    QVERIFY2(missing.isEmpty(), qPrintable(missing.join(' ') + " missing"));
 }
 
 QTEST_MAIN(TestInvoiceScript)

@@ -21,6 +21,9 @@
 
 using Expected::euros;
 
+static const QString longName
+    = QStringLiteral("Asunto Oy Pohjanmaan Puutavara- ja Rakennustarvikekauppa Nordic Timber AB");
+
 enum Report
 {
     InvoiceList,
@@ -43,9 +46,13 @@ private slots:
     void csv();
     void reportPdf_data();
     void reportPdf();
+    void reportsFitTheMargins_data();
+    void reportsFitTheMargins();
 
 private:
     std::unique_ptr<ListPrintModel> newModel(int report);
+    // The report's own script through ScriptHelper, into a PDF file.
+    bool printReport(ListPrintModel* model, int report, bool landscape, const QString& fileName);
     bool exec(const QString& sql) { return m_fixture.testDatabase()->exec({ sql }); }
 
     InvoiceFixture m_fixture { VEKLARI_TEST_BACKEND };
@@ -54,6 +61,7 @@ private:
 };
 
 // 1003 is a delivery note, 1004 of a customer whose texts a spreadsheet would run as formulas.
+// The second customer, of 1002 and 1003, has a name too long for any column.
 // 1002 is paid in two parts, 500,00 on 10.3. and the rest on 2.4.; 1004 has 20,00 paid on 1.2.
 void TestListPrintModels::initTestCase()
 {
@@ -108,6 +116,7 @@ void TestListPrintModels::initTestCase()
     }
     QVERIFY(exec(QStringLiteral("UPDATE invoice SET customer_id = %1 WHERE number = 1004")
                      .arg(customer.id)));
+    QVERIFY(exec(QStringLiteral("UPDATE customer SET name = '%1' WHERE number = 2").arg(longName)));
     const QList<std::tuple<int, QDate, long long, int>> payments {
         { 1002, QDate(2025, 3, 10), 50000, 0 },
         { 1002, QDate(2025, 4, 2), m_totals.value(1002) - 50000, 1 },
@@ -196,7 +205,7 @@ void TestListPrintModels::csv_data()
            "Verollinen (25,5 %)"
         << 4
         << QStringLiteral("1004|5.1.2025|19.1.2025||3|%1|100,00|24,00|124,00|104,00|%2|Suomi|"
-                          "'+358 40 765 4321||||100,00|24,00|124,00|||")
+                          "+358 40 765 4321||||100,00|24,00|124,00|||")
                .arg(formula, reference)
         << "";
     // The delivery date is not part of the journal's CSV.
@@ -214,11 +223,11 @@ void TestListPrintModels::csv_data()
                                   "Verkkolaskuvälittäjän tunnus|Verkkolaskuosoite|Oma 1|Oma 2"
                                << 1 << "1|Rautakauppa Virtanen Oy||Matti Virtanen||FI12345671||||"
                                << "";
-    // A product number like "-5" is text, not a number, but sorts as one.
+    // The product number "-5" sorts and is written as a number; the name "=SUM(A1)" is guarded.
     QTest::addRow("products") << int(ProductList) << "" << false << QChar(';')
                               << "Nro|Nimi|Yksikkö|Veroton|Verollinen|ALV-%|Tuoteryhmä" << 1
-                              << "'-5|'=SUM(A1)|kpl|100,00|125,50|25,5|"
-                              << "Nro|'-5|9|10|999|A-1";
+                              << "-5|'=SUM(A1)|kpl|100,00|125,50|25,5|"
+                              << "Nro|-5|9|10|999|A-1";
 }
 
 void TestListPrintModels::csv()
@@ -280,14 +289,30 @@ void TestListPrintModels::reportPdf_data()
         << "2.4.2025";
     // The customer list prints no date; its e-mail column needs a landscape page.
     QTest::addRow("customer list")
-        << int(CustomerList) << "Asiakasluettelo|Nordic Timber AB|Teollisuustie 4|Kuusela Design Oy"
+        << int(CustomerList) << "Asiakasluettelo|Storgatan 8|Teollisuustie 4|Kuusela Design Oy"
         << "Sähköposti|" + date;
     QTest::addRow("product list") << int(ProductList)
                                   << "Tuoteluettelo|Viivästyskorko|Tuntityö|85,00|106,68|" + date
                                   << "";
 }
 
-// The report's own script through ScriptHelper, into a PDF file.
+bool TestListPrintModels::printReport(
+    ListPrintModel* model, int report, bool landscape, const QString& fileName)
+{
+    PrintScriptEngine engine;
+    engine.setModel(model);
+    ScriptHelper helper(m_fixture.registry());
+    ScriptPdfWriter writer;
+    writer.setTitle(model->title());
+    writer.setOrientation(landscape ? QPageLayout::Landscape : QPageLayout::Portrait);
+    return model->run()
+        && (report == InvoiceList        ? helper.loadInvoiceListScript(&engine)
+                : report == PaymentList  ? helper.loadPaymentListScript(&engine)
+                : report == CustomerList ? helper.loadCustomerListScript(&engine)
+                                         : helper.loadProductListScript(&engine))
+        && engine.supportedOrientations() == 3 && writer.write(&engine, fileName);
+}
+
 void TestListPrintModels::reportPdf()
 {
     QFETCH(int, report);
@@ -304,21 +329,9 @@ void TestListPrintModels::reportPdf()
         payments->criteria().dateFrom = QDate(2025, 1, 1);
         payments->criteria().dateTo = QDate(2025, 3, 31);
     }
-    QVERIFY2(model->run(), qPrintable(model->lastError()));
-    PrintScriptEngine engine;
-    engine.setModel(model.get());
-    ScriptHelper helper(m_fixture.registry());
-    QVERIFY(report == InvoiceList    ? helper.loadInvoiceListScript(&engine)
-            : report == PaymentList  ? helper.loadPaymentListScript(&engine)
-            : report == CustomerList ? helper.loadCustomerListScript(&engine)
-                                     : helper.loadProductListScript(&engine));
-    QCOMPARE(engine.supportedOrientations(), 3);
-    ScriptPdfWriter writer;
-    writer.setTitle(model->title());
     const bool landscape = report == PaymentList;
-    writer.setOrientation(landscape ? QPageLayout::Landscape : QPageLayout::Portrait);
     const QString fileName = m_dir.filePath(QStringLiteral("report%1.pdf").arg(report));
-    QVERIFY2(writer.write(&engine, fileName), qPrintable(writer.lastError()));
+    QVERIFY(printReport(model.get(), report, landscape, fileName));
     QCOMPARE(PdfTools::pageCount(fileName), 1);
     QVERIFY(PdfTools::info(fileName).contains(landscape ? "842 x 595 pts" : "595 x 842 pts"));
     const QString text = PdfTools::text(fileName);
@@ -326,6 +339,57 @@ void TestListPrintModels::reportPdf()
         QVERIFY2(text.contains(expected), qPrintable(expected + " missing from:\n" + text));
     for (const QString& unexpected : absent.split('|', Qt::SkipEmptyParts))
         QVERIFY2(!text.contains(unexpected), qPrintable(unexpected));
+}
+
+void TestListPrintModels::reportsFitTheMargins_data()
+{
+    QTest::addColumn<int>("report");
+    QTest::addColumn<bool>("landscape");
+    const QList<std::pair<int, const char*>> reports { { InvoiceList, "invoice list" },
+        { PaymentList, "payment list" }, { CustomerList, "customer list" },
+        { ProductList, "product list" } };
+    for (const auto& [report, name] : reports) {
+        QTest::addRow("%s, portrait", name) << report << false;
+        QTest::addRow("%s, landscape", name) << report << true;
+    }
+}
+
+// With every column shown, every word lies within the margins of the page, and the long customer
+// name is printed whole, wrapped in its column.
+void TestListPrintModels::reportsFitTheMargins()
+{
+    QFETCH(int, report);
+    QFETCH(bool, landscape);
+    constexpr double margin = 15; // millimetres
+    constexpr double rounding = 0.1; // of positions to device pixels
+    const std::unique_ptr<ListPrintModel> model = newModel(report);
+    model->setColumnFlags(model->allColumns());
+    const QString fileName = m_dir.filePath(QStringLiteral("margins.pdf"));
+    QVERIFY(printReport(model.get(), report, landscape, fileName));
+
+    // The PDF rounds its page to whole points; the scripts lay out A4 paper.
+    QSizeF paper = QPageSize(QPageSize::A4).size(QPageSize::Millimeter);
+    if (landscape)
+        paper.transpose();
+    const QRectF inside = QRectF(QPointF(margin, margin), paper - QSizeF(2 * margin, 2 * margin))
+                              .adjusted(-rounding, -rounding, rounding, rounding);
+    const QList<PdfTools::Page> pages = PdfTools::pages(fileName);
+    QVERIFY(!pages.isEmpty());
+    QStringList texts;
+    for (const PdfTools::Page& page : pages) {
+        for (const PdfTools::Word& word : page.words)
+            QVERIFY2(inside.contains(word.box),
+                qPrintable(
+                    QStringLiteral("%1 ends at %2 mm").arg(word.text).arg(word.box.right())));
+        texts += PdfTools::texts(page.words);
+    }
+    if (report == ProductList)
+        return;
+    int from = 0;
+    for (const QString& part : longName.split(' ')) {
+        from = texts.indexOf(part, from);
+        QVERIFY2(from >= 0, qPrintable(part + " missing from: " + texts.join(' ')));
+    }
 }
 
 QTEST_MAIN(TestListPrintModels)

@@ -5,6 +5,8 @@
 #include "print/printscriptengine.h"
 #include "print/scriptpdfwriter.h"
 
+#include <QPainter>
+#include <QPdfWriter>
 #include <QtTest>
 #include <array>
 
@@ -34,6 +36,8 @@ private slots:
     void pageRanges_data();
     void pageRanges();
     void failuresLeaveNoPdf();
+    void fontAndPenWhileNotDrawing_data();
+    void fontAndPenWhileNotDrawing();
 
 private:
     // Evaluates the script and prints it into a new PDF file; empty on failure.
@@ -195,6 +199,56 @@ void TestPrintScriptEngine::failuresLeaveNoPdf()
     QVERIFY(engine.evaluate("function print() { drawText(10, 10, 50, 'valmis'); }"));
     QVERIFY2(writer.write(&engine, file), qPrintable(writer.lastError()));
     QVERIFY(PdfTools::text(file).contains(QStringLiteral("valmis")));
+}
+
+void TestPrintScriptEngine::fontAndPenWhileNotDrawing_data()
+{
+    QTest::addColumn<int>("page"); // the one page printed, or -1 for all
+    QTest::addColumn<QString>("stop"); // makes drawing impossible
+    QTest::addColumn<QString>("resume");
+    QTest::addRow("output off") << -1 << "setOutputEnabled(false)"
+                                << "setOutputEnabled(true)";
+    QTest::addRow("page out of range") << 2 << "newPage()"
+                                       << "newPage()";
+}
+
+// While nothing can be drawn, setFont() and setPen() leave the painter alone, yet measuring and
+// the drawing that follows use what they were given.
+void TestPrintScriptEngine::fontAndPenWhileNotDrawing()
+{
+    QFETCH(int, page);
+    QFETCH(QString, stop);
+    QFETCH(QString, resume);
+    PrintScriptEngine engine;
+    engine.setFromPage(page);
+    engine.setToPage(page);
+    engine.setModel(&m_model);
+    const QString script = QStringLiteral(R"(var wide, narrow;
+        function print() {
+            if (%1 < 0) %2;
+            setFont('Arial', 8, 'normal'); narrow = boundingRect('Mittari').width;
+            setFont('Arial', 24, 'normal'); wide = boundingRect('Mittari').width;
+            setPen('#ff0000', 0.5);
+            %3; drawText(20, 20, 150, 'Mittari'); %2;
+            setFont('Arial', 6, 'bold'); setPen('#0000ff', 0.5);
+        })");
+    QVERIFY(engine.evaluate(script.arg(page).arg(stop, resume).toUtf8()));
+    const QString file = m_dir.filePath(QStringLiteral("font-%1.pdf").arg(++m_files));
+    QPdfWriter writer(file);
+    QPainter painter(&writer);
+    QVERIFY2(engine.run(&writer, &painter, writer.resolution()), qPrintable(engine.lastError()));
+    QCOMPARE(painter.font().pointSizeF(), 24.0);
+    QCOMPARE(painter.pen().color(), QColor(Qt::red));
+    painter.end();
+    QCOMPARE(engine.font().pointSizeF(), 6.0);
+    QCOMPARE(engine.pen().color(), QColor(Qt::blue));
+    QVERIFY(global(engine, "wide").toDouble() > 2 * global(engine, "narrow").toDouble());
+
+    // The word drawn when drawing resumed is in 24 pt.
+    const QList<PdfTools::Word> words = PdfTools::pages(file).value(0).words;
+    QCOMPARE(PdfTools::texts(words), QStringList { "Mittari" });
+    const double points = words.at(0).box.height() * 72 / 25.4;
+    QVERIFY2(points > 20 && points < 30, qPrintable(QString::number(points)));
 }
 
 QTEST_MAIN(TestPrintScriptEngine)
