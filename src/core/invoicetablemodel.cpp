@@ -79,15 +79,10 @@ QVariant InvoiceTableModel::data(const QModelIndex& index, int role) const
     case BalanceColumn:
         return m_moneyFormat.format(invoice.balance);
     case TypeColumn:
-        return typeName(invoice.type);
+        return InvoiceType::name(invoice.type);
     default:
         return QVariant();
     }
-}
-
-QString InvoiceTableModel::typeName(int type)
-{
-    return InvoiceType::name(type);
 }
 
 QVariant InvoiceTableModel::headerData(int section, Qt::Orientation orientation, int role) const

@@ -54,7 +54,6 @@ public:
     void setBalance(int row, int balance);
     void setType(int row, int type);
     bool removeRow(int row);
-    static QString typeName(int type);
     // -1 when no row has the id.
     int rowOfInvoiceId(int id) const;
 

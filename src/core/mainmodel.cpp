@@ -10,6 +10,7 @@
 #include "domain/logging.h"
 #include "domain/payment.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "storage/database.h"
 #include "storage/postgresqldatabase.h"
 #include "storage/query.h"
@@ -26,7 +27,6 @@ namespace {
 const QString noticeText1Key = QStringLiteral("t1");
 const QString noticeText2Key = QStringLiteral("t2");
 const QString attributePrefix = QStringLiteral("attributes/");
-const QString defaultBankAccountKey = QStringLiteral("settings/defaultBankAccount");
 
 QVariant dateToSetting(const QDate& date)
 {
@@ -237,9 +237,9 @@ int MainModel::createInvoice()
     const Settings* settings = m_registry->settings();
     if (settings) {
         m_invoice.paymentTerms
-            = settings->property(QStringLiteral("settings/paymentTerms"), QString()).toString();
+            = settings->property(SettingsKeys::paymentTerms, QString()).toString();
         m_invoice.interestOnArrears
-            = settings->property(QStringLiteral("settings/interestOnArrears"), 0).toInt();
+            = settings->property(SettingsKeys::interestOnArrears, 0).toInt();
     }
     calculateDueDate();
     updateReferenceNumber();
@@ -289,7 +289,7 @@ int MainModel::addPayment()
     Payment payment;
     const Settings* settings = m_registry->settings();
     bool ok = false;
-    const int accountId = settings ? settings->property(defaultBankAccountKey).toInt(&ok) : -1;
+    const int accountId = settings ? settings->property(SettingsKeys::defaultBankAccount).toInt(&ok) : -1;
     bool found = false;
     if (ok)
         m_registry->bankAccountById(accountId, found);
@@ -507,11 +507,11 @@ void MainModel::updateReferenceNumber()
     TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
     m_invoice.setPropertyIfNotEmpty(noticeText1Key,
         helper.substituteVariables(
-            settings->property(QStringLiteral("invoiceForm/noticeText1"), QString()).toString(),
+            settings->property(SettingsKeys::noticeText1, QString()).toString(),
             &m_invoice, customer));
     m_invoice.setPropertyIfNotEmpty(noticeText2Key,
         helper.substituteVariables(
-            settings->property(QStringLiteral("invoiceForm/noticeText2"), QString()).toString(),
+            settings->property(SettingsKeys::noticeText2, QString()).toString(),
             &m_invoice, customer));
 }
 

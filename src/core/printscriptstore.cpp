@@ -3,6 +3,7 @@
 #include "core/registry.h"
 #include "domain/printscript.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "storage/database.h"
 #include "storage/query.h"
 
@@ -10,7 +11,6 @@
 
 namespace {
 
-const QString defaultInvoiceKey = QStringLiteral("printScripts/invoice");
 const QString invoiceType = QStringLiteral("invoice");
 const int builtInInvoiceScriptId = -1;
 
@@ -24,7 +24,7 @@ int PrintScriptStore::defaultInvoiceScriptId() const
     if (!settings)
         return builtInInvoiceScriptId;
     bool ok = false;
-    const int id = settings->property(defaultInvoiceKey).toString().toInt(&ok);
+    const int id = settings->property(SettingsKeys::invoiceScript).toString().toInt(&ok);
     return ok ? id : builtInInvoiceScriptId;
 }
 
@@ -37,7 +37,7 @@ bool PrintScriptStore::inTransaction(Work work)
         m_lastError = tr("Tietokantaa ei ole avattu.");
         return false;
     }
-    const QVariant previousDefault = settings->property(defaultInvoiceKey);
+    const QVariant previousDefault = settings->property(SettingsKeys::invoiceScript);
     std::unique_ptr<Query> query(database->query());
     m_lastError.clear();
     if (database->transaction() && work(query.get(), settings) && database->commit()) {
@@ -48,9 +48,9 @@ bool PrintScriptStore::inTransaction(Work work)
     m_lastError = query->lastError().isEmpty() ? database->lastError() : query->lastError();
     database->rollback();
     if (previousDefault.isValid())
-        settings->setProperty(defaultInvoiceKey, previousDefault);
+        settings->setProperty(SettingsKeys::invoiceScript, previousDefault);
     else
-        settings->removeProperty(defaultInvoiceKey);
+        settings->removeProperty(SettingsKeys::invoiceScript);
     return false;
 }
 
@@ -65,9 +65,9 @@ bool PrintScriptStore::save(PrintScript* script, bool makeDefault)
         if (isDefault == wasDefault)
             return true;
         if (isDefault)
-            settings->setProperty(defaultInvoiceKey, QString::number(script->id));
+            settings->setProperty(SettingsKeys::invoiceScript, QString::number(script->id));
         else
-            settings->removeProperty(defaultInvoiceKey);
+            settings->removeProperty(SettingsKeys::invoiceScript);
         return query->updateSettings(settings);
     });
     // An id handed out inside a rolled-back transaction is void.
@@ -83,7 +83,7 @@ bool PrintScriptStore::remove(int id)
             return false;
         if (defaultInvoiceScriptId() != id)
             return true;
-        settings->removeProperty(defaultInvoiceKey);
+        settings->removeProperty(SettingsKeys::invoiceScript);
         return query->updateSettings(settings);
     });
 }

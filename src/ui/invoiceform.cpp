@@ -2,10 +2,10 @@
 
 #include "core/invoiceitemclipboard.h"
 #include "core/invoiceitemtablemodel.h"
-#include "core/invoicetablemodel.h"
 #include "core/mainmodel.h"
 #include "core/paymenttablemodel.h"
 #include "core/registry.h"
+#include "domain/invoicetype.h"
 #include "domain/constants.h"
 #include "domain/customer.h"
 #include "domain/dateformat.h"
@@ -39,7 +39,6 @@ namespace {
 const QString attributePrefix = QStringLiteral("attributes/");
 const QString noticeText1Key = QStringLiteral("t1");
 const QString noticeText2Key = QStringLiteral("t2");
-const int lastInvoiceType = 5;
 
 QLabel* addField(QGridLayout* layout, int row, int column, const QString& text, QWidget* field,
     int columnSpan = 1)
@@ -167,8 +166,8 @@ QWidget* InvoiceForm::createHead()
 
     m_typeCombo = new QComboBox();
     m_typeCombo->setObjectName(QStringLiteral("typeCombo"));
-    for (int type = 0; type <= lastInvoiceType; ++type)
-        m_typeCombo->addItem(InvoiceTableModel::typeName(type));
+    for (int type = 0; type < InvoiceType::count; ++type)
+        m_typeCombo->addItem(InvoiceType::name(type));
 
     m_numberEdit = FormHelper::create<QLineEdit>(QStringLiteral("numberEdit"));
     m_numberEdit->setValidator(new QIntValidator(1, 2147483647, m_numberEdit));
@@ -371,7 +370,7 @@ void InvoiceForm::load(bool shown)
     const DateFormat dateFormat(m_model->today());
     selectCustomer(invoice->customerId);
     m_typeCombo->setCurrentIndex(
-        invoice->type >= 0 && invoice->type <= lastInvoiceType ? invoice->type : 0);
+        InvoiceType::isValid(invoice->type) ? invoice->type : InvoiceType::Invoice);
     m_numberEdit->setText(QString::number(invoice->number));
     m_dateEdit->setText(dateFormat.format(invoice->date));
     m_dueDateEdit->setText(dateFormat.format(invoice->dueDate));

@@ -7,8 +7,10 @@
 #include "core/mainmodel.h"
 #include "core/registry.h"
 #include "domain/invoicecriteria.h"
+#include "domain/invoicetype.h"
 #include "domain/logging.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "ui/aboutdialog.h"
 #include "ui/bankaccountdialog.h"
 #include "ui/customerdialog.h"
@@ -42,7 +44,6 @@ namespace {
 
 const QString applicationTitle = QStringLiteral("Veklari");
 const QString helpAddress = QStringLiteral("https://veklari.fi/ohje");
-const QString vatIncludedKey = QStringLiteral("settings/vatIncluded");
 const QSize initialSize(1280, 860);
 
 } // namespace
@@ -564,8 +565,8 @@ bool MainWindow::printSeveralInvoices(int kind)
     if (m_hasInvoice && !saveInvoice())
         return false;
     const int number = m_hasInvoice ? m_model->invoice()->number : 1;
-    const QString title = kind == PrintReminder ? tr("Useita maksumuistutuksia")
-        : kind == PrintReceipt                  ? tr("Useita kuitteja")
+    const QString title = kind == InvoiceType::Reminder ? tr("Useita maksumuistutuksia")
+        : kind == InvoiceType::Receipt                  ? tr("Useita kuitteja")
                                                 : tr("Useita laskuja");
     InvoiceRangeDialog dialog(title, number, number, this);
     if (execDialog(&dialog) != QDialog::Accepted)
@@ -581,16 +582,16 @@ void MainWindow::setVatIncluded(bool vatIncluded)
     showVatMode(vatIncluded);
     Settings* settings = m_registry->settings();
     if (!m_registry->isConnected() || !settings
-        || settings->property(vatIncludedKey, true).toBool() == vatIncluded)
+        || settings->property(SettingsKeys::vatIncluded, true).toBool() == vatIncluded)
         return;
-    settings->setProperty(vatIncludedKey, vatIncluded);
+    settings->setProperty(SettingsKeys::vatIncluded, vatIncluded);
     saveSettings();
 }
 
 void MainWindow::applyVatMode()
 {
     const Settings* settings = m_registry->settings();
-    showVatMode(settings ? settings->property(vatIncludedKey, true).toBool() : true);
+    showVatMode(settings ? settings->property(SettingsKeys::vatIncluded, true).toBool() : true);
 }
 
 void MainWindow::showVatMode(bool vatIncluded)

@@ -25,15 +25,6 @@ class MainWindow : public QMainWindow
 {
     Q_OBJECT
 public:
-    // The print kinds of printInvoices().
-    enum PrintKind
-    {
-        PrintInvoice = 0,
-        PrintReminder = 3,
-        PrintReceipt = 4,
-        PrintDeliveryNote = 5
-    };
-
     explicit MainWindow(Registry* registry, QWidget* parent = nullptr);
     ~MainWindow() override;
 

@@ -2,6 +2,7 @@
 
 #include "core/invoiceitemtablemodel.h"
 #include "core/mainmodel.h"
+#include "domain/invoicetype.h"
 #include "domain/paymentcriteria.h"
 #include "ui/invoiceform.h"
 #include "ui/invoicelistprintpreviewdialog.h"
@@ -197,7 +198,7 @@ void MainWindowActions::createPrintActions()
 {
     MainWindow* w = m_window;
     create(QStringLiteral("printAction"), tr("&Tulosta"), QKeySequence(Qt::Key_F9), w,
-        [w] { w->printInvoices(false, MainWindow::PrintInvoice); });
+        [w] { w->printInvoices(false, InvoiceType::Invoice); });
     const struct
     {
         const char* name;
@@ -207,16 +208,16 @@ void MainWindowActions::createPrintActions()
         bool several;
     } prints[] = {
         { "printSelectedAction", "&Valittu lasku", QKeySequence(Qt::ALT | Qt::Key_1),
-            MainWindow::PrintInvoice, false },
+            InvoiceType::Invoice, false },
         { "printSeveralAction", "&Useita laskuja", QKeySequence(Qt::ALT | Qt::Key_2),
-            MainWindow::PrintInvoice, true },
+            InvoiceType::Invoice, true },
         { "printReminderAction", "&Maksumuistutus", QKeySequence(Qt::ALT | Qt::Key_3),
-            MainWindow::PrintReminder, false },
+            InvoiceType::Reminder, false },
         { "printRemindersAction", "Useita m&aksumuistutuksia", QKeySequence(),
-            MainWindow::PrintReminder, true },
+            InvoiceType::Reminder, true },
         { "printReceiptAction", "&Kuitti", QKeySequence(Qt::ALT | Qt::Key_4),
-            MainWindow::PrintReceipt, false },
-        { "printReceiptsAction", "Useita ku&itteja", QKeySequence(), MainWindow::PrintReceipt,
+            InvoiceType::Receipt, false },
+        { "printReceiptsAction", "Useita ku&itteja", QKeySequence(), InvoiceType::Receipt,
             true },
     };
     for (const auto& print : prints) {

@@ -6,6 +6,7 @@
 #include "domain/invoice.h"
 #include "domain/referencenumber.h"
 #include "domain/settings.h"
+#include "domain/settingskeys.h"
 #include "util/templatestringhelper.h"
 
 #include <QCheckBox>
@@ -151,10 +152,10 @@ void ReferenceNumberDialog::rebuild()
         return;
     TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
     m_noticeText1Edit->setPlainText(helper.substituteVariables(
-        settings->property(QStringLiteral("invoiceForm/noticeText1"), QString()).toString(),
+        settings->property(SettingsKeys::noticeText1, QString()).toString(),
         invoice, customer));
     m_noticeText2Edit->setPlainText(helper.substituteVariables(
-        settings->property(QStringLiteral("invoiceForm/noticeText2"), QString()).toString(),
+        settings->property(SettingsKeys::noticeText2, QString()).toString(),
         invoice, customer));
 }
 
