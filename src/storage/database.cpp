@@ -1,6 +1,7 @@
 #include "database.h"
 #include "domain/logging.h"
 #include "query.h"
+#include "sqlstatement.h"
 
 #include <QFile>
 #include <QSqlDatabase>
@@ -43,28 +44,26 @@ bool Database::isCreateIfNotExist() const
     return m_createIfNotExist;
 }
 
-bool Database::transactionStep(const char* logLine, bool (QSqlDatabase::*step)())
+bool Database::transactionStep(const char* logLine, SqlStatement::TransactionStep step)
 {
     qCDebug(logDatabase).noquote() << logLine;
     QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
-    const bool ok = (db.*step)();
-    m_lastError = ok ? QString() : db.lastError().text();
-    return ok;
+    return SqlStatement::transaction(db, step, &m_lastError);
 }
 
 bool Database::transaction()
 {
-    return transactionStep("Aloitetaan tietokantatapahtuma", &QSqlDatabase::transaction);
+    return transactionStep("Aloitetaan tietokantatapahtuma", SqlStatement::Begin);
 }
 
 bool Database::commit()
 {
-    return transactionStep("Vahvistetaan tietokantatapahtuma", &QSqlDatabase::commit);
+    return transactionStep("Vahvistetaan tietokantatapahtuma", SqlStatement::Commit);
 }
 
 bool Database::rollback()
 {
-    return transactionStep("Peruutetaan tietokantatapahtuma", &QSqlDatabase::rollback);
+    return transactionStep("Peruutetaan tietokantatapahtuma", SqlStatement::Rollback);
 }
 
 QString Database::lastError()
@@ -102,10 +101,7 @@ Query* Database::query()
 
 bool Database::queryExec(QSqlQuery& query, const QString& sql)
 {
-    qCDebug(logDatabase).noquote() << "Tietokantakysely:" << sql;
-    if (query.exec(sql))
-        return true;
-    return fail(query.lastError().text());
+    return SqlStatement::exec(query, sql, &m_lastError);
 }
 
 bool Database::upgradeStep(int from, QSqlQuery& query)

@@ -6,6 +6,8 @@
 #include <QSqlQuery>
 #include <QString>
 
+#include "sqlstatement.h"
+
 class QSettings;
 class Query;
 
@@ -66,7 +68,7 @@ protected:
     // Keeps the text as the last error, logs it as a warning and returns false.
     bool fail(const QString& text);
     // A step of a transaction: its log line, then the step on the connection.
-    bool transactionStep(const char* logLine, bool (QSqlDatabase::*step)());
+    bool transactionStep(const char* logLine, SqlStatement::TransactionStep step);
 
     QString m_connectionName;
     bool m_createIfNotExist = false;

@@ -10,6 +10,7 @@
 #include "domain/printscript.h"
 #include "domain/product.h"
 #include "domain/settings.h"
+#include "sqlstatement.h"
 
 #include <QSqlError>
 #include <QStringList>
@@ -105,9 +106,7 @@ bool Query::prepareQuery(const QString& sql)
 
 bool Query::execQuery()
 {
-    if (m_query.exec())
-        return true;
-    return fail();
+    return SqlStatement::execPrepared(m_query, &m_lastError);
 }
 
 bool Query::fail()

@@ -12,6 +12,7 @@
 #include "recordfields.h"
 #include "samplerecords.h"
 #include "storage/database.h"
+#include "storage/faultinjector.h"
 #include "storage/postgresqlquery.h"
 #include "storage/query.h"
 #include "testdatabase.h"
@@ -39,7 +40,11 @@ class StorageTest : public QObject
 private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
     void init();
-    void cleanup() { m_db.reset(); }
+    void cleanup()
+    {
+        FaultInjector::clear();
+        m_db.reset();
+    }
 
     void recordsRoundTrip_data();
     void recordsRoundTrip();
@@ -50,6 +55,8 @@ private slots:
     void paymentCriteria_data();
     void paymentCriteria();
     void transactionsAndLogLines();
+    void injectedFaults_data();
+    void injectedFaults();
 
 private:
     std::unique_ptr<Query> newQuery() { return std::unique_ptr<Query>(m_db->database()->query()); }
@@ -471,6 +478,49 @@ void StorageTest::transactionsAndLogLines()
     invoice.date = QDate();
     QVERIFY(!query->saveInvoice(&invoice) && invoice.id == -1);
     QVERIFY(log.contains(QStringLiteral("warning: Tietokantavirhe: ") + query->lastError()));
+}
+
+void StorageTest::injectedFaults_data()
+{
+    QTest::addColumn<int>("n"); // 0: the first statement that matches
+    QTest::addColumn<QString>("pattern");
+    QTest::addRow("second statement") << 2 << QString();
+    QTest::addRow("matching statement") << 0 << QStringLiteral("^INSERT INTO invoice ");
+    QTest::addRow("commit") << 0 << QStringLiteral("^COMMIT$");
+}
+
+// A customer and its invoice in one transaction. The fault stops it with its
+// text like a failure of the server; after the rollback nothing is stored, and
+// the fault is gone: the same transaction then goes through.
+void StorageTest::injectedFaults()
+{
+    QFETCH(int, n);
+    QFETCH(QString, pattern);
+    const QString error = QStringLiteral("Levy täynnä");
+    if (n > 0)
+        FaultInjector::failStatement(n, error);
+    else
+        FaultInjector::failMatching(QRegularExpression(pattern), error);
+
+    Database* db = m_db->database();
+    std::unique_ptr<Query> query = newQuery();
+    auto store = [&] {
+        Customer customer = SampleRecords::customer();
+        Invoice invoice = SampleRecords::invoice(-1);
+        return db->transaction() && query->saveCustomer(&customer)
+            && (invoice.customerId = customer.id, query->saveInvoice(&invoice)) && db->commit();
+    };
+    LogCapture log("veklari.database");
+    QVERIFY(!store());
+    QVERIFY(!FaultInjector::isPending());
+    QVERIFY2(QStringList({ db->lastError(), query->lastError() }).contains(error),
+        qPrintable(db->lastError() + query->lastError()));
+    QVERIFY(log.contains(QStringLiteral("warning: Tietokantavirhe: ") + error));
+    QVERIFY(db->rollback());
+    QCOMPARE(count("customer") + count("invoice"), 0);
+
+    QVERIFY2(store(), qPrintable(db->lastError() + query->lastError()));
+    QCOMPARE(count("customer") + count("invoice"), 2);
 }
 
 QTEST_GUILESS_MAIN(StorageTest)
