@@ -135,10 +135,46 @@ bool Database::runUpgradeStatements(int toVersion, QSqlQuery& query, const QStri
     qCDebug(logDatabase).noquote()
         << QStringLiteral("Päivitetään tietokanta versioon %1").arg(toVersion);
     for (const QString& sql : statements) {
-        if (!queryExec(query, sql))
+        if (!queryExec(query, sql)) {
+            m_failedStatement = sql;
             return false;
+        }
     }
     return true;
+}
+
+bool Database::upgradeFrom(int version)
+{
+    m_failedStatement.clear();
+    if (!transaction()) {
+        m_failedStatement = QStringLiteral("BEGIN");
+        m_lastError = upgradeFailure(version, m_lastError);
+        return false;
+    }
+    bool ok = true;
+    {
+        QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+        for (int from = version; ok && from < currentVersion; ++from)
+            ok = upgradeStep(from, query);
+    }
+    if (ok && commit())
+        return true;
+    if (ok)
+        m_failedStatement = QStringLiteral("COMMIT");
+    const QString error = m_lastError;
+    qCWarning(logDatabase).noquote() << "Tietokannan päivittäminen epäonnistui:" << error;
+    rollback();
+    m_lastError = upgradeFailure(version, error);
+    return false;
+}
+
+QString Database::upgradeFailure(int version, const QString& error) const
+{
+    return tr("Tietokannan päivitys versiosta %1 versioon %2 epäonnistui, joten tietokanta "
+              "jätettiin ennalleen. Epäonnistunut lause: %3\nVirhe: %4")
+        .arg(version)
+        .arg(currentVersion)
+        .arg(m_failedStatement, error);
 }
 
 bool Database::upgrade1To2(QSqlQuery& query)

@@ -28,6 +28,16 @@ Query* PostgreSQLDatabase::query()
 
 bool PostgreSQLDatabase::open(QSettings* entry)
 {
+    if (openEntry(entry))
+        return true;
+    // Nothing stays open after a failure.
+    if (QSqlDatabase::contains(m_connectionName))
+        close();
+    return false;
+}
+
+bool PostgreSQLDatabase::openEntry(QSettings* entry)
+{
     m_lastError.clear();
     const QString host
         = entry->value(QStringLiteral("host"), QStringLiteral("localhost")).toString();
@@ -129,13 +139,5 @@ int PostgreSQLDatabase::upgrade()
         return version;
 
     query.finish();
-    bool ok = false;
-    for (int from = version; from < currentVersion; ++from)
-        ok = upgradeStep(from, query);
-    if (!ok) {
-        qCWarning(logDatabase).noquote()
-            << "Tietokannan päivittäminen epäonnistui:" << query.lastError().text();
-        return -1;
-    }
-    return currentVersion;
+    return upgradeFrom(version) ? currentVersion : -1;
 }

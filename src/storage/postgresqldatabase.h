@@ -23,6 +23,9 @@ protected:
     // (10 after a successful upgrade).
     int upgrade();
     bool createDatabase(const QString& databaseName);
+
+private:
+    bool openEntry(QSettings* entry);
 };
 
 #endif // POSTGRESQLDATABASE_H

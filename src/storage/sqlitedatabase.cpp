@@ -22,6 +22,16 @@ bool SQLiteDatabase::exists() const
 
 bool SQLiteDatabase::open(QSettings* entry)
 {
+    if (openEntry(entry))
+        return true;
+    // Nothing stays open after a failure.
+    if (QSqlDatabase::contains(m_connectionName))
+        close();
+    return false;
+}
+
+bool SQLiteDatabase::openEntry(QSettings* entry)
+{
     m_lastError.clear();
     m_fileName = entry->value(QStringLiteral("filename")).toString();
     if (m_fileName.isEmpty()) {
@@ -69,15 +79,20 @@ bool SQLiteDatabase::upgrade(const QString& fileName)
     if (version >= currentVersion || version < 1)
         return true;
 
-    // Every step runs even when an earlier one failed; the version row only
-    // advances through the steps that succeeded, and the result is the last.
-    QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
-    bool ok = false;
+    // One copy for every step, as the file was before the upgrade: the steps
+    // run in one transaction, and nothing reaches the file before its end.
+    QString firstBackup;
     for (int from = version; from < currentVersion; ++from) {
-        backup(fileName);
-        ok = upgradeStep(from, query);
+        const QString name = backup(fileName);
+        if (from == version)
+            firstBackup = name;
     }
-    return ok;
+    if (upgradeFrom(version))
+        return true;
+    m_lastError += QLatin1Char('\n')
+        + (firstBackup.isEmpty() ? tr("Varmuuskopiota ei saatu tehtyä.")
+                                 : tr("Varmuuskopio ennen päivitystä: %1").arg(firstBackup));
+    return false;
 }
 
 QDateTime SQLiteDatabase::currentDateTime() const
@@ -85,7 +100,7 @@ QDateTime SQLiteDatabase::currentDateTime() const
     return QDateTime::currentDateTime();
 }
 
-bool SQLiteDatabase::backup(const QString& fileName)
+QString SQLiteDatabase::backup(const QString& fileName)
 {
     const QFileInfo info(fileName);
     const QString name = appendSuffixToFilename(
@@ -93,10 +108,10 @@ bool SQLiteDatabase::backup(const QString& fileName)
             .arg(info.absolutePath(),
                 currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"))));
     if (QFile::copy(fileName, name))
-        return true;
+        return name;
     qCWarning(logDatabase).noquote()
         << "Tietokantavirhe:" << tr("Varmuuskopion %1 luonti epäonnistui").arg(name);
-    return false;
+    return QString();
 }
 
 QString SQLiteDatabase::appendSuffixToFilename(const QString& fileName)

@@ -5,8 +5,9 @@
 
 #include <QDateTime>
 
-// A local SQLite file. The entry key "filename" names the file. Before every
-// upgrade step the file is copied to "backup-yyyyMMdd-HHmmss.sqlite" beside it.
+// A local SQLite file. The entry key "filename" names the file. An upgrade
+// first copies the file to "backup-yyyyMMdd-HHmmss.sqlite" beside it, once for
+// every step, then runs all steps in one transaction.
 class SQLiteDatabase : public Database
 {
     Q_OBJECT
@@ -30,11 +31,14 @@ public slots:
 
 protected:
     bool upgrade(const QString& fileName);
-    bool backup(const QString& fileName);
+    // The name of the copy, empty when it could not be made.
+    QString backup(const QString& fileName);
     // The time stamp of backup names; tests replace the clock.
     virtual QDateTime currentDateTime() const;
 
 private:
+    bool openEntry(QSettings* entry);
+
     QString m_fileName;
 };
 

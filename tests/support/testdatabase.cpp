@@ -7,6 +7,7 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlRecord>
 
 TestDatabase::TestDatabase(Backend backend, const QString& companyName)
     : m_backend(backend)
@@ -133,13 +134,29 @@ bool TestDatabase::exec(const QStringList& statements)
 
 QVariant TestDatabase::value(const QString& sql)
 {
-    QVariant result;
+    QList<QVariantList> result;
     if (readServer())
         run(m_databaseName, { sql }, &result);
-    return result;
+    return result.value(0).value(0);
 }
 
-bool TestDatabase::run(const QString& databaseName, const QStringList& statements, QVariant* result)
+QStringList TestDatabase::rows(const QString& sql)
+{
+    QList<QVariantList> result;
+    if (readServer() && !run(m_databaseName, { sql }, &result))
+        return { m_lastError };
+    QStringList lines;
+    for (const QVariantList& row : result) {
+        QStringList values;
+        for (const QVariant& value : row)
+            values.append(value.toString());
+        lines.append(values.join(QLatin1Char('|')));
+    }
+    return lines;
+}
+
+bool TestDatabase::run(
+    const QString& databaseName, const QStringList& statements, QList<QVariantList>* result)
 {
     const QString connection = QStringLiteral("veklari_test_helper");
     bool ok = false;
@@ -161,8 +178,12 @@ bool TestDatabase::run(const QString& databaseName, const QStringList& statement
                 break;
             }
         }
-        if (ok && result && query.next())
-            *result = query.value(0);
+        while (ok && result && query.next()) {
+            QVariantList row;
+            for (int column = 0; column < query.record().count(); ++column)
+                row.append(query.value(column));
+            result->append(row);
+        }
         query.finish();
         db.close();
     }

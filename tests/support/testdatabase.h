@@ -36,6 +36,8 @@ public:
     bool exec(const QStringList& statements);
     // The first value of a SELECT; invalid on failure or without rows.
     QVariant value(const QString& sql);
+    // Every row of a SELECT, its values joined with "|".
+    QStringList rows(const QString& sql);
 
     Database* database() const { return m_database.get(); }
     Backend backend() const { return m_backend; }
@@ -51,7 +53,9 @@ public:
 
 private:
     bool readServer();
-    bool run(const QString& databaseName, const QStringList& statements, QVariant* result);
+    // Runs the statements; result gets the rows of the last one.
+    bool run(
+        const QString& databaseName, const QStringList& statements, QList<QVariantList>* result);
 
     Backend m_backend;
     QString m_companyName;
