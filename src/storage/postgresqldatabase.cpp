@@ -11,6 +11,12 @@ PostgreSQLDatabase::PostgreSQLDatabase(QObject* parent)
 {
 }
 
+QString PostgreSQLDatabase::quoteIdentifier(const QString& name)
+{
+    const QChar quote = QLatin1Char('"');
+    return quote + QString(name).replace(quote, QStringLiteral("\"\"")) + quote;
+}
+
 bool PostgreSQLDatabase::driverAvailable() const
 {
     return QSqlDatabase::isDriverAvailable(QStringLiteral("QPSQL"));
@@ -105,7 +111,8 @@ bool PostgreSQLDatabase::createDatabase(const QString& databaseName)
     bool ok = db.open();
     if (ok) {
         QSqlQuery query(db);
-        ok = queryExec(query, QStringLiteral("CREATE DATABASE %1").arg(databaseName));
+        ok = queryExec(
+            query, QStringLiteral("CREATE DATABASE %1").arg(quoteIdentifier(databaseName)));
         if (ok)
             qCDebug(logDatabase).noquote() << "Tietokannan luonti onnistui";
     } else {

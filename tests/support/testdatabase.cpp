@@ -9,6 +9,16 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 
+namespace {
+
+QString quoted(const QString& name)
+{
+    return QLatin1Char('"') + QString(name).replace(QLatin1String("\""), QLatin1String("\"\""))
+        + QLatin1Char('"');
+}
+
+} // namespace
+
 TestDatabase::TestDatabase(Backend backend, const QString& companyName)
     : m_backend(backend)
     , m_companyName(companyName)
@@ -28,7 +38,8 @@ TestDatabase::~TestDatabase()
     close();
     if (m_created && readServer()) {
         run(QStringLiteral("postgres"),
-            { QStringLiteral("DROP DATABASE IF EXISTS %1 WITH (FORCE)").arg(m_databaseName) },
+            { QStringLiteral("DROP DATABASE IF EXISTS %1 WITH (FORCE)")
+                    .arg(quoted(m_databaseName)) },
             nullptr);
     }
 }
@@ -81,8 +92,8 @@ bool TestDatabase::create()
     if (m_created || m_backend == SQLite)
         return true;
     m_created = readServer()
-        && run(QStringLiteral("postgres"), { QStringLiteral("CREATE DATABASE ") + m_databaseName },
-            nullptr);
+        && run(QStringLiteral("postgres"),
+            { QStringLiteral("CREATE DATABASE ") + quoted(m_databaseName) }, nullptr);
     return m_created;
 }
 

@@ -49,6 +49,9 @@ public:
     static void writeEntries(QSettings* settings, const QList<QVariantMap>& entries);
     QString fileName() const { return m_fileName; }
     QString databaseName() const { return m_databaseName; }
+    // A PostgreSQL database name of the test's choice instead of a generated
+    // one; set before the first open() or create().
+    void setDatabaseName(const QString& name) { m_databaseName = name; }
     QString directory() const { return m_dir.path(); }
 
 private:
