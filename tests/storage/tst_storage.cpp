@@ -285,7 +285,7 @@ void StorageTest::newIdsFollowTheTable()
 
 // Six invoices of two customers. Effective delivery dates (the delivery date,
 // else the invoice date): 1: 10.1., 2: 28.1., 3: 20.2., 4: 10.3., 5: 15.3.,
-// 6: 15.2. Invoice 1 has two rows, the others one.
+// 6: 15.2. Invoices 1 and 3 have two rows, the others one.
 void StorageTest::addCriteriaFixture()
 {
     m_fixture.customerIds = { addCustomer(1), addCustomer(2) };
@@ -299,7 +299,7 @@ void StorageTest::addCriteriaFixture()
     const QList<Row> rows {
         { 1, 0, 0, QDate(2024, 1, 10), QDate(), 0, { "Kahvi", "Tee" } },
         { 2, 0, 1, QDate(2024, 2, 5), QDate(2024, 1, 28), 5000, { "Kahvinkeitin 2 kpl" } },
-        { 3, 2, 0, QDate(2024, 2, 20), QDate(), 0, { "100% puuvillaa" } },
+        { 3, 2, 0, QDate(2024, 2, 20), QDate(), 0, { "100% puuvillaa", "C:\\kuvat\\" } },
         { 4, 1, 1, QDate(2024, 3, 1), QDate(2024, 3, 10), 700, { "a_b" } },
         { 5, 3, 0, QDate(2024, 3, 15), QDate(), 300, { "axb" } },
         { 6, 0, 0, QDate(2024, 4, 2), QDate(2024, 2, 15), 12345, { "KAHVI" } },
@@ -361,6 +361,14 @@ void StorageTest::invoiceCriteria_data()
     row("text star and question mark", [](C& c, const F&) { c.text = "*k?hvi*"; }, { 1, 2, 6 });
     row("text typed underscore is a wildcard", [](C& c, const F&) { c.text = "a_b"; }, { 4, 5 });
     row("text backslash escapes", [](C& c, const F&) { c.text = "a\\_b"; }, { 4 });
+    row("text backslash before a letter and at the end",
+        [](C& c, const F&) { c.text = "C:\\kuvat\\"; }, { 3 });
+    row("text ending in a backslash", [](C& c, const F&) { c.text = "*\\"; }, { 3 });
+    row("text doubled backslash", [](C& c, const F&) { c.text = "*\\\\kuvat*"; }, { 3 });
+    row("text typed percent is a wildcard", [](C& c, const F&) { c.text = "1%puuvillaa"; }, { 3 });
+    row("text escaped percent is no wildcard", [](C& c, const F&) { c.text = "1\\%puuvillaa"; },
+        {});
+    row("text escaped percent", [](C& c, const F&) { c.text = "*0\\% p*"; }, { 3 });
     row("customer, type and unpaid",
         [](C& c, const F& f) {
             c.customerId = f.customerIds.at(0), c.types = 1, c.paymentStatus = 1;
@@ -398,8 +406,10 @@ void StorageTest::invoiceCriteria()
         itemInvoices.append(m_fixture.invoiceIds.key(item.at(1).mid(10).toInt()));
     QList<int> expectedItems = numbers;
     std::sort(expectedItems.begin(), expectedItems.end());
-    if (expectedItems.contains(1))
-        expectedItems.prepend(1);
+    for (int twoRows : { 1, 3 }) {
+        if (expectedItems.contains(twoRows))
+            expectedItems.insert(expectedItems.indexOf(twoRows), twoRows);
+    }
     QCOMPARE(itemInvoices, expectedItems);
 }
 
