@@ -39,10 +39,16 @@ bool SQLiteDatabase::openEntry(QSettings* entry)
         return false;
     }
 
-    m_existed = QFileInfo::exists(m_fileName);
     qCDebug(logDatabase).noquote()
         << QStringLiteral("Avataan tietokanta sqlite://%1").arg(m_fileName);
-
+    QString problem;
+    m_fileStatus = checkFile(m_fileName, &problem);
+    // A file that is there but cannot be used still exists: it is not to be
+    // created anew.
+    m_existed = m_fileStatus == FileFound
+        || (m_fileStatus == FileUnusable && QFileInfo::exists(m_fileName));
+    if (m_fileStatus == FileUnusable)
+        return fail(problem);
     if (!m_existed && !isCreateIfNotExist()) {
         // Not opened at all: the driver would leave an empty file behind.
         m_lastError = tr("Tietokantatiedostoa %1 ei ole olemassa").arg(m_fileName);
@@ -52,8 +58,11 @@ bool SQLiteDatabase::openEntry(QSettings* entry)
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
         db.setDatabaseName(m_fileName);
-        if (!db.open())
-            return fail(db.lastError().text());
+        if (!db.open()) {
+            m_fileStatus = FileUnusable;
+            return fail(tr("Tietokantatiedostoa %1 ei voi avata: %2")
+                            .arg(m_fileName, db.lastError().text()));
+        }
     }
 
     if (!m_existed) {
@@ -65,13 +74,60 @@ bool SQLiteDatabase::openEntry(QSettings* entry)
     return upgrade(m_fileName);
 }
 
+SQLiteDatabase::FileStatus SQLiteDatabase::checkFile(const QString& fileName, QString* problem)
+{
+    const QFileInfo file(fileName);
+    const QString path = QDir::toNativeSeparators(file.absoluteFilePath());
+    QFileInfo dir(file.absolutePath());
+    auto unusable = [&](const QString& cause) {
+        if (problem)
+            *problem = tr("Tietokantatiedostoa %1 ei voi avata: %2").arg(path, cause);
+        return FileUnusable;
+    };
+    auto noWrite = [&] {
+        // Besides the file SQLite writes its journal into the directory.
+        return unusable(tr("hakemistoon %1 ei voi kirjoittaa")
+                            .arg(QDir::toNativeSeparators(dir.absoluteFilePath())));
+    };
+
+    if (file.exists()) {
+        if (file.isDir())
+            return unusable(tr("se on hakemisto"));
+        if (!file.isReadable() || !file.isWritable())
+            return unusable(tr("tiedostoon ei ole luku- ja kirjoitusoikeutta"));
+        if (!dir.isWritable())
+            return noWrite();
+        // An empty file is what a failed open leaves: no database yet.
+        return file.size() > 0 ? FileFound : FileMissing;
+    }
+
+    // Missing for certain only in a directory that can be searched; else the
+    // nearest existing part of the path tells why it cannot be used.
+    while (!dir.exists() && !dir.isRoot())
+        dir = QFileInfo(dir.absolutePath());
+    const QString dirPath = QDir::toNativeSeparators(dir.absoluteFilePath());
+    if (!dir.isDir())
+        return unusable(tr("%1 ei ole hakemisto").arg(dirPath));
+    if (!dir.isExecutable())
+        return unusable(tr("hakemistoa %1 ei voi lukea").arg(dirPath));
+    if (dir.absoluteFilePath() != file.absolutePath()) {
+        return unusable(
+            tr("hakemistoa %1 ei ole").arg(QDir::toNativeSeparators(file.absolutePath())));
+    }
+    if (!dir.isWritable())
+        return noWrite();
+    return FileMissing;
+}
+
 bool SQLiteDatabase::upgrade(const QString& fileName)
 {
     int version = 0;
     {
         QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
-        if (!queryExec(query, QStringLiteral("SELECT version FROM settings")))
+        if (!queryExec(query, QStringLiteral("SELECT version FROM settings"))) {
+            m_lastError = tr("Tietokantatiedostoa %1 ei voi lukea: %2").arg(fileName, m_lastError);
             return false;
+        }
         if (!query.isActive() || !query.next())
             return fail(tr("Tietokannan versiota ei löytynyt"));
         version = query.value(0).toInt();
