@@ -68,11 +68,9 @@ bool Database::rollback()
 
 QString Database::lastError()
 {
-    if (!m_lastError.isEmpty())
-        return m_lastError;
-    if (!QSqlDatabase::contains(m_connectionName))
-        return QString();
-    return QSqlDatabase::database(m_connectionName, false).lastError().text();
+    // Only our own text: the connection keeps the error of an attempt that
+    // was followed by a successful one (a database just created).
+    return m_lastError;
 }
 
 void Database::setLastError(const QString& text)

@@ -40,7 +40,8 @@ public slots:
     bool transaction();
     bool commit();
     bool rollback();
-    // Our own failure text when there is one, else the connection's.
+    // The text of the last failure; empty after a successful open(),
+    // statement or transaction step.
     QString lastError();
     // A new query on this connection; the caller owns it.
     virtual Query* query();

@@ -34,8 +34,10 @@ Query* PostgreSQLDatabase::query()
 
 bool PostgreSQLDatabase::open(QSettings* entry)
 {
-    if (openEntry(entry))
+    if (openEntry(entry)) {
+        m_lastError.clear();
         return true;
+    }
     // Nothing stays open after a failure.
     if (QSqlDatabase::contains(m_connectionName))
         close();

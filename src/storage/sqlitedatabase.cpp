@@ -22,8 +22,10 @@ bool SQLiteDatabase::exists() const
 
 bool SQLiteDatabase::open(QSettings* entry)
 {
-    if (openEntry(entry))
+    if (openEntry(entry)) {
+        m_lastError.clear();
         return true;
+    }
     // Nothing stays open after a failure.
     if (QSqlDatabase::contains(m_connectionName))
         close();

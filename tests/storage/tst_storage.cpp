@@ -57,6 +57,7 @@ private slots:
     void transactionsAndLogLines();
     void injectedFaults_data();
     void injectedFaults();
+    void createAfterFailedCreate();
 
 private:
     std::unique_ptr<Query> newQuery() { return std::unique_ptr<Query>(m_db->database()->query()); }
@@ -531,6 +532,22 @@ void StorageTest::injectedFaults()
 
     QVERIFY2(store(), qPrintable(db->lastError() + query->lastError()));
     QCOMPARE(count("customer") + count("invoice"), 2);
+}
+
+// The error of a failed create is not left behind a later one that succeeds.
+void StorageTest::createAfterFailedCreate()
+{
+    TestDatabase db(VEKLARI_TEST_BACKEND);
+    const QString error = QStringLiteral("Levy täynnä");
+    // CREATE DATABASE on PostgreSQL, the first CREATE TABLE on SQLite.
+    FaultInjector::failMatching(QRegularExpression(QStringLiteral("^CREATE ")), error);
+    QVERIFY(!db.open(true));
+    QVERIFY(!FaultInjector::isPending());
+    QVERIFY2(db.database()->lastError().contains(error), qPrintable(db.database()->lastError()));
+
+    QVERIFY2(db.open(true), qPrintable(db.lastError()));
+    QCOMPARE(db.database()->lastError(), QString());
+    QCOMPARE(db.value(QStringLiteral("SELECT version FROM settings")).toInt(), 10);
 }
 
 QTEST_GUILESS_MAIN(StorageTest)

@@ -118,9 +118,9 @@ bool TestDatabase::open(bool createIfNotExist)
     // open() may create the database: it is ours to drop afterwards.
     m_created = m_created || (m_backend == PostgreSQL && createIfNotExist);
 
-    if (m_backend == SQLite)
+    if (m_backend == SQLite && !m_database)
         m_database = std::make_unique<SQLiteDatabase>();
-    else
+    else if (!m_database)
         m_database = std::make_unique<PostgreSQLDatabase>();
     m_database->setCreateIfNotExist(createIfNotExist);
     m_configuration->beginReadArray(QStringLiteral("databases/settings"));
@@ -135,7 +135,6 @@ void TestDatabase::close()
 {
     if (m_database)
         m_database->close();
-    m_database.reset();
 }
 
 bool TestDatabase::exec(const QStringList& statements)

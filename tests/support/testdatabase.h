@@ -29,6 +29,8 @@ public:
 
     static QString backendName(Backend backend);
 
+    // Opens the one Database object of this test database, made on the
+    // first call.
     bool open(bool createIfNotExist = true);
     void close();
     bool create();
