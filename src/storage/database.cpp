@@ -1,6 +1,7 @@
 #include "database.h"
 #include "domain/logging.h"
 #include "query.h"
+#include "sqlstatement.h"
 
 #include <QFile>
 #include <QSqlDatabase>
@@ -43,37 +44,33 @@ bool Database::isCreateIfNotExist() const
     return m_createIfNotExist;
 }
 
-bool Database::transactionStep(const char* logLine, bool (QSqlDatabase::*step)())
+bool Database::transactionStep(const char* logLine, SqlStatement::TransactionStep step)
 {
     qCDebug(logDatabase).noquote() << logLine;
     QSqlDatabase db = QSqlDatabase::database(m_connectionName, false);
-    const bool ok = (db.*step)();
-    m_lastError = ok ? QString() : db.lastError().text();
-    return ok;
+    return SqlStatement::transaction(db, step, &m_lastError);
 }
 
 bool Database::transaction()
 {
-    return transactionStep("Aloitetaan tietokantatapahtuma", &QSqlDatabase::transaction);
+    return transactionStep("Aloitetaan tietokantatapahtuma", SqlStatement::Begin);
 }
 
 bool Database::commit()
 {
-    return transactionStep("Vahvistetaan tietokantatapahtuma", &QSqlDatabase::commit);
+    return transactionStep("Vahvistetaan tietokantatapahtuma", SqlStatement::Commit);
 }
 
 bool Database::rollback()
 {
-    return transactionStep("Peruutetaan tietokantatapahtuma", &QSqlDatabase::rollback);
+    return transactionStep("Peruutetaan tietokantatapahtuma", SqlStatement::Rollback);
 }
 
 QString Database::lastError()
 {
-    if (!m_lastError.isEmpty())
-        return m_lastError;
-    if (!QSqlDatabase::contains(m_connectionName))
-        return QString();
-    return QSqlDatabase::database(m_connectionName, false).lastError().text();
+    // Only our own text: the connection keeps the error of an attempt that
+    // was followed by a successful one (a database just created).
+    return m_lastError;
 }
 
 void Database::setLastError(const QString& text)
@@ -102,10 +99,7 @@ Query* Database::query()
 
 bool Database::queryExec(QSqlQuery& query, const QString& sql)
 {
-    qCDebug(logDatabase).noquote() << "Tietokantakysely:" << sql;
-    if (query.exec(sql))
-        return true;
-    return fail(query.lastError().text());
+    return SqlStatement::exec(query, sql, &m_lastError);
 }
 
 bool Database::upgradeStep(int from, QSqlQuery& query)
@@ -139,10 +133,46 @@ bool Database::runUpgradeStatements(int toVersion, QSqlQuery& query, const QStri
     qCDebug(logDatabase).noquote()
         << QStringLiteral("Päivitetään tietokanta versioon %1").arg(toVersion);
     for (const QString& sql : statements) {
-        if (!queryExec(query, sql))
+        if (!queryExec(query, sql)) {
+            m_failedStatement = sql;
             return false;
+        }
     }
     return true;
+}
+
+bool Database::upgradeFrom(int version)
+{
+    m_failedStatement.clear();
+    if (!transaction()) {
+        m_failedStatement = QStringLiteral("BEGIN");
+        m_lastError = upgradeFailure(version, m_lastError);
+        return false;
+    }
+    bool ok = true;
+    {
+        QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
+        for (int from = version; ok && from < currentVersion; ++from)
+            ok = upgradeStep(from, query);
+    }
+    if (ok && commit())
+        return true;
+    if (ok)
+        m_failedStatement = QStringLiteral("COMMIT");
+    const QString error = m_lastError;
+    qCWarning(logDatabase).noquote() << "Tietokannan päivittäminen epäonnistui:" << error;
+    rollback();
+    m_lastError = upgradeFailure(version, error);
+    return false;
+}
+
+QString Database::upgradeFailure(int version, const QString& error) const
+{
+    return tr("Tietokannan päivitys versiosta %1 versioon %2 epäonnistui, joten tietokanta "
+              "jätettiin ennalleen. Epäonnistunut lause: %3\nVirhe: %4")
+        .arg(version)
+        .arg(currentVersion)
+        .arg(m_failedStatement, error);
 }
 
 bool Database::upgrade1To2(QSqlQuery& query)

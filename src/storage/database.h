@@ -6,11 +6,15 @@
 #include <QSqlQuery>
 #include <QString>
 
+#include "sqlstatement.h"
+
 class QSettings;
 class Query;
 
 // One open database: SQLite or PostgreSQL. open() creates a missing database
-// when allowed and brings an older schema up to version 10 step by step.
+// when allowed and brings an older schema up to version 10 step by step, all
+// steps in one transaction: a failed upgrade leaves the database as it was.
+// A failed open() leaves nothing open.
 // Each back-end uses one fixed connection name, so only one database of a
 // kind is open at a time.
 class Database : public QObject
@@ -36,7 +40,8 @@ public slots:
     bool transaction();
     bool commit();
     bool rollback();
-    // Our own failure text when there is one, else the connection's.
+    // The text of the last failure; empty after a successful open(),
+    // statement or transaction step.
     QString lastError();
     // A new query on this connection; the caller owns it.
     virtual Query* query();
@@ -57,6 +62,13 @@ protected:
     // Logs the progress line of a step and runs its statements in order,
     // stopping at the first failure.
     bool runUpgradeStatements(int toVersion, QSqlQuery& query, const QStringList& statements);
+    // Runs every step from version up to currentVersion in one transaction:
+    // the upgrade is done completely or not at all. On failure the
+    // transaction is rolled back and lastError() is upgradeFailure()'s text.
+    bool upgradeFrom(int version);
+    // "The upgrade failed and the database was left as it was", with the
+    // statement that failed and its error.
+    QString upgradeFailure(int version, const QString& error) const;
     // Runs the statements of a resource file (one per line) and writes the
     // initial data in a transaction.
     bool createTables(const QString& resource, const QString& companyName);
@@ -66,12 +78,14 @@ protected:
     // Keeps the text as the last error, logs it as a warning and returns false.
     bool fail(const QString& text);
     // A step of a transaction: its log line, then the step on the connection.
-    bool transactionStep(const char* logLine, bool (QSqlDatabase::*step)());
+    bool transactionStep(const char* logLine, SqlStatement::TransactionStep step);
 
     QString m_connectionName;
     bool m_createIfNotExist = false;
     bool m_existed = false;
     QString m_lastError;
+    // The statement of an upgrade step that failed.
+    QString m_failedStatement;
 };
 
 #endif // DATABASE_H

@@ -11,6 +11,12 @@ PostgreSQLDatabase::PostgreSQLDatabase(QObject* parent)
 {
 }
 
+QString PostgreSQLDatabase::quoteIdentifier(const QString& name)
+{
+    const QChar quote = QLatin1Char('"');
+    return quote + QString(name).replace(quote, QStringLiteral("\"\"")) + quote;
+}
+
 bool PostgreSQLDatabase::driverAvailable() const
 {
     return QSqlDatabase::isDriverAvailable(QStringLiteral("QPSQL"));
@@ -27,6 +33,18 @@ Query* PostgreSQLDatabase::query()
 }
 
 bool PostgreSQLDatabase::open(QSettings* entry)
+{
+    if (openEntry(entry)) {
+        m_lastError.clear();
+        return true;
+    }
+    // Nothing stays open after a failure.
+    if (QSqlDatabase::contains(m_connectionName))
+        close();
+    return false;
+}
+
+bool PostgreSQLDatabase::openEntry(QSettings* entry)
 {
     m_lastError.clear();
     const QString host
@@ -95,7 +113,8 @@ bool PostgreSQLDatabase::createDatabase(const QString& databaseName)
     bool ok = db.open();
     if (ok) {
         QSqlQuery query(db);
-        ok = queryExec(query, QStringLiteral("CREATE DATABASE %1").arg(databaseName));
+        ok = queryExec(
+            query, QStringLiteral("CREATE DATABASE %1").arg(quoteIdentifier(databaseName)));
         if (ok)
             qCDebug(logDatabase).noquote() << "Tietokannan luonti onnistui";
     } else {
@@ -129,13 +148,5 @@ int PostgreSQLDatabase::upgrade()
         return version;
 
     query.finish();
-    bool ok = false;
-    for (int from = version; from < currentVersion; ++from)
-        ok = upgradeStep(from, query);
-    if (!ok) {
-        qCWarning(logDatabase).noquote()
-            << "Tietokannan päivittäminen epäonnistui:" << query.lastError().text();
-        return -1;
-    }
-    return currentVersion;
+    return upgradeFrom(version) ? currentVersion : -1;
 }

@@ -12,6 +12,10 @@ class PostgreSQLDatabase : public Database
 public:
     explicit PostgreSQLDatabase(QObject* parent = nullptr);
 
+    // name as an SQL identifier: in double quotes, embedded ones doubled, so
+    // that "Vk_Upper" keeps its capitals and "vk-hyphen" is one name.
+    static QString quoteIdentifier(const QString& name);
+
 public slots:
     bool open(QSettings* entry) override;
     bool driverAvailable() const override;
@@ -23,6 +27,9 @@ protected:
     // (10 after a successful upgrade).
     int upgrade();
     bool createDatabase(const QString& databaseName);
+
+private:
+    bool openEntry(QSettings* entry);
 };
 
 #endif // POSTGRESQLDATABASE_H

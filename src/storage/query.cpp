@@ -11,6 +11,7 @@
 #include "domain/product.h"
 #include "domain/settings.h"
 #include "domain/settingskeys.h"
+#include "sqlstatement.h"
 
 #include <QSqlError>
 #include <QStringList>
@@ -65,6 +66,34 @@ void appendInvoiceOrder(QString& sql, const QString& numberColumn, const Invoice
         sql += QStringLiteral(" LIMIT %1").arg(criteria.limit);
 }
 
+// The LIKE pattern of a search text. The user's * and ? are the wildcards %
+// and _, and a typed % or _ is one too. A backslash before any of these or
+// before another backslash makes that character literal; anywhere else, and
+// at the end, it is a backslash itself. The pattern escapes with a backslash
+// only before %, _ and \, which both back-ends read alike.
+QString likePattern(const QString& text)
+{
+    const QString special = QStringLiteral("*?%_\\");
+    const QChar backslash = QLatin1Char('\\');
+    QString pattern;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        QChar c = text.at(i);
+        const bool escaped
+            = c == backslash && i + 1 < text.size() && special.contains(text.at(i + 1));
+        if (escaped)
+            c = text.at(++i);
+        const bool literal = escaped || c == backslash;
+        if (literal && (c == QLatin1Char('%') || c == QLatin1Char('_') || c == backslash))
+            pattern += backslash;
+        if (!literal && c == QLatin1Char('*'))
+            c = QLatin1Char('%');
+        else if (!literal && c == QLatin1Char('?'))
+            c = QLatin1Char('_');
+        pattern += c;
+    }
+    return pattern;
+}
+
 bool appendConditions(QString& where, const QString& keyword, const QStringList& conditions)
 {
     if (conditions.isEmpty())
@@ -106,9 +135,7 @@ bool Query::prepareQuery(const QString& sql)
 
 bool Query::execQuery()
 {
-    if (m_query.exec())
-        return true;
-    return fail();
+    return SqlStatement::execPrepared(m_query, &m_lastError);
 }
 
 bool Query::fail()
@@ -982,13 +1009,10 @@ bool Query::buildInvoiceWhereClause(const InvoiceCriteria& criteria, QString& wh
     }
 
     if (!criteria.text.isEmpty()) {
-        QString pattern = criteria.text;
-        pattern.replace(QLatin1Char('*'), QLatin1Char('%'));
-        pattern.replace(QLatin1Char('?'), QLatin1Char('_'));
         add(QStringLiteral("%1id IN (SELECT invoice_id FROM invoice_item WHERE text %2 ?%3)")
                 .replace(QLatin1String("%2"), patternOperator())
                 .replace(QLatin1String("%3"), escapeClause()),
-            { pattern });
+            { likePattern(criteria.text) });
     }
 
     return appendConditions(where, keyword, conditions);

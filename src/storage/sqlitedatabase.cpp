@@ -22,6 +22,18 @@ bool SQLiteDatabase::exists() const
 
 bool SQLiteDatabase::open(QSettings* entry)
 {
+    if (openEntry(entry)) {
+        m_lastError.clear();
+        return true;
+    }
+    // Nothing stays open after a failure.
+    if (QSqlDatabase::contains(m_connectionName))
+        close();
+    return false;
+}
+
+bool SQLiteDatabase::openEntry(QSettings* entry)
+{
     m_lastError.clear();
     m_fileName = entry->value(QStringLiteral("filename")).toString();
     if (m_fileName.isEmpty()) {
@@ -29,10 +41,16 @@ bool SQLiteDatabase::open(QSettings* entry)
         return false;
     }
 
-    m_existed = QFileInfo::exists(m_fileName);
     qCDebug(logDatabase).noquote()
         << QStringLiteral("Avataan tietokanta sqlite://%1").arg(m_fileName);
-
+    QString problem;
+    m_fileStatus = checkFile(m_fileName, &problem);
+    // A file that is there but cannot be used still exists: it is not to be
+    // created anew.
+    m_existed = m_fileStatus == FileFound
+        || (m_fileStatus == FileUnusable && QFileInfo::exists(m_fileName));
+    if (m_fileStatus == FileUnusable)
+        return fail(problem);
     if (!m_existed && !isCreateIfNotExist()) {
         // Not opened at all: the driver would leave an empty file behind.
         m_lastError = tr("Tietokantatiedostoa %1 ei ole olemassa").arg(m_fileName);
@@ -42,8 +60,11 @@ bool SQLiteDatabase::open(QSettings* entry)
     {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
         db.setDatabaseName(m_fileName);
-        if (!db.open())
-            return fail(db.lastError().text());
+        if (!db.open()) {
+            m_fileStatus = FileUnusable;
+            return fail(tr("Tietokantatiedostoa %1 ei voi avata: %2")
+                            .arg(m_fileName, db.lastError().text()));
+        }
     }
 
     if (!m_existed) {
@@ -55,13 +76,60 @@ bool SQLiteDatabase::open(QSettings* entry)
     return upgrade(m_fileName);
 }
 
+SQLiteDatabase::FileStatus SQLiteDatabase::checkFile(const QString& fileName, QString* problem)
+{
+    const QFileInfo file(fileName);
+    const QString path = QDir::toNativeSeparators(file.absoluteFilePath());
+    QFileInfo dir(file.absolutePath());
+    auto unusable = [&](const QString& cause) {
+        if (problem)
+            *problem = tr("Tietokantatiedostoa %1 ei voi avata: %2").arg(path, cause);
+        return FileUnusable;
+    };
+    auto noWrite = [&] {
+        // Besides the file SQLite writes its journal into the directory.
+        return unusable(tr("hakemistoon %1 ei voi kirjoittaa")
+                            .arg(QDir::toNativeSeparators(dir.absoluteFilePath())));
+    };
+
+    if (file.exists()) {
+        if (file.isDir())
+            return unusable(tr("se on hakemisto"));
+        if (!file.isReadable() || !file.isWritable())
+            return unusable(tr("tiedostoon ei ole luku- ja kirjoitusoikeutta"));
+        if (!dir.isWritable())
+            return noWrite();
+        // An empty file is what a failed open leaves: no database yet.
+        return file.size() > 0 ? FileFound : FileMissing;
+    }
+
+    // Missing for certain only in a directory that can be searched; else the
+    // nearest existing part of the path tells why it cannot be used.
+    while (!dir.exists() && !dir.isRoot())
+        dir = QFileInfo(dir.absolutePath());
+    const QString dirPath = QDir::toNativeSeparators(dir.absoluteFilePath());
+    if (!dir.isDir())
+        return unusable(tr("%1 ei ole hakemisto").arg(dirPath));
+    if (!dir.isExecutable())
+        return unusable(tr("hakemistoa %1 ei voi lukea").arg(dirPath));
+    if (dir.absoluteFilePath() != file.absolutePath()) {
+        return unusable(
+            tr("hakemistoa %1 ei ole").arg(QDir::toNativeSeparators(file.absolutePath())));
+    }
+    if (!dir.isWritable())
+        return noWrite();
+    return FileMissing;
+}
+
 bool SQLiteDatabase::upgrade(const QString& fileName)
 {
     int version = 0;
     {
         QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
-        if (!queryExec(query, QStringLiteral("SELECT version FROM settings")))
+        if (!queryExec(query, QStringLiteral("SELECT version FROM settings"))) {
+            m_lastError = tr("Tietokantatiedostoa %1 ei voi lukea: %2").arg(fileName, m_lastError);
             return false;
+        }
         if (!query.isActive() || !query.next())
             return fail(tr("Tietokannan versiota ei löytynyt"));
         version = query.value(0).toInt();
@@ -69,15 +137,20 @@ bool SQLiteDatabase::upgrade(const QString& fileName)
     if (version >= currentVersion || version < 1)
         return true;
 
-    // Every step runs even when an earlier one failed; the version row only
-    // advances through the steps that succeeded, and the result is the last.
-    QSqlQuery query(QSqlDatabase::database(m_connectionName, false));
-    bool ok = false;
+    // One copy for every step, as the file was before the upgrade: the steps
+    // run in one transaction, and nothing reaches the file before its end.
+    QString firstBackup;
     for (int from = version; from < currentVersion; ++from) {
-        backup(fileName);
-        ok = upgradeStep(from, query);
+        const QString name = backup(fileName);
+        if (from == version)
+            firstBackup = name;
     }
-    return ok;
+    if (upgradeFrom(version))
+        return true;
+    m_lastError += QLatin1Char('\n')
+        + (firstBackup.isEmpty() ? tr("Varmuuskopiota ei saatu tehtyä.")
+                                 : tr("Varmuuskopio ennen päivitystä: %1").arg(firstBackup));
+    return false;
 }
 
 QDateTime SQLiteDatabase::currentDateTime() const
@@ -85,7 +158,7 @@ QDateTime SQLiteDatabase::currentDateTime() const
     return QDateTime::currentDateTime();
 }
 
-bool SQLiteDatabase::backup(const QString& fileName)
+QString SQLiteDatabase::backup(const QString& fileName)
 {
     const QFileInfo info(fileName);
     const QString name = appendSuffixToFilename(
@@ -93,10 +166,10 @@ bool SQLiteDatabase::backup(const QString& fileName)
             .arg(info.absolutePath(),
                 currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"))));
     if (QFile::copy(fileName, name))
-        return true;
+        return name;
     qCWarning(logDatabase).noquote()
         << "Tietokantavirhe:" << tr("Varmuuskopion %1 luonti epäonnistui").arg(name);
-    return false;
+    return QString();
 }
 
 QString SQLiteDatabase::appendSuffixToFilename(const QString& fileName)

@@ -6,10 +6,12 @@
 #include "domain/product.h"
 #include "logcapture.h"
 #include "storage/database.h"
+#include "storage/faultinjector.h"
 #include "storage/query.h"
 #include "testdatabase.h"
 
 #include <QDir>
+#include <QSqlDatabase>
 #include <QStandardPaths>
 #include <QtTest>
 #include <memory>
@@ -127,6 +129,34 @@ int backupCount(const QString& directory)
     return QDir(directory).entryList({ QStringLiteral("backup-*.sqlite") }, QDir::Files).size();
 }
 
+QByteArray contents(const QString& fileName)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Everything a database holds: its columns and the rows of every table. On
+// SQLite also the bytes of the file and the other files (journals) beside it.
+QStringList snapshot(TestDatabase& db)
+{
+    QStringList state;
+    if (db.backend() == TestDatabase::SQLite) {
+        state = db.rows(QStringLiteral("SELECT name, sql FROM sqlite_master ORDER BY name"));
+        state.append(QString::fromLatin1(contents(db.fileName()).toBase64()));
+        const QStringList files = QDir(db.directory()).entryList(QDir::Files);
+        state.append(files.filter(QRegularExpression(QStringLiteral("^(?!backup-)"))).join(' '));
+    } else {
+        state = db.rows(QStringLiteral(
+            "SELECT table_name, column_name, data_type, is_nullable, column_default FROM "
+            "information_schema.columns WHERE table_schema = 'public' ORDER BY table_name, "
+            "ordinal_position"));
+    }
+    for (const auto& table : tables())
+        state += db.rows(QStringLiteral("SELECT * FROM %1 ORDER BY id").arg(table.first));
+    state += db.rows(QStringLiteral("SELECT * FROM settings"));
+    return state;
+}
+
 } // namespace
 
 class MigrationTest : public QObject
@@ -138,6 +168,8 @@ private slots:
     void upgrade_data();
     void upgrade();
     void newerVersionIsLeftAlone();
+    void failedUpgradeChangesNothing_data();
+    void failedUpgradeChangesNothing();
 };
 
 void MigrationTest::initTestCase()
@@ -244,6 +276,79 @@ void MigrationTest::newerVersionIsLeftAlone()
     QCOMPARE(db.value("SELECT version * 10 + (SELECT count(*) FROM product) FROM settings").toInt(),
         111);
     QCOMPARE(backupCount(db.directory()), backupsBefore);
+}
+
+void MigrationTest::failedUpgradeChangesNothing_data()
+{
+    QTest::addColumn<int>("version");
+    // The statement that fails: an injected fault, or a real failure.
+    QTest::addColumn<QString>("failing");
+    QTest::addColumn<bool>("injected");
+    QTest::addRow("first statement of step 8 to 9") << 8 << "^ALTER TABLE invoice" << true;
+    QTest::addRow("middle of step 5 to 6, after two steps")
+        << 3 << "^ALTER TABLE invoice_item ADD discount " << true;
+    QTest::addRow("version update of the last step")
+        << 1 << "^UPDATE settings SET version=10$" << true;
+    QTest::addRow("commit") << 7 << "^COMMIT$" << true;
+    QTest::addRow("tags column already there")
+        << 8 << "^ALTER TABLE invoice ADD tags integer NOT NULL DEFAULT 0$" << false;
+}
+
+// Either every step or none: the database after a failure is the one before,
+// and the message names the statement that failed (and the SQLite backup).
+void MigrationTest::failedUpgradeChangesNothing()
+{
+    QFETCH(int, version);
+    QFETCH(QString, failing);
+    QFETCH(bool, injected);
+    TestDatabase db(VEKLARI_TEST_BACKEND);
+    QStringList schema = oldSchema(db.backend(), version);
+    if (!injected)
+        schema.append(QStringLiteral("ALTER TABLE invoice ADD tags integer NOT NULL DEFAULT 0"));
+    QVERIFY2(db.exec(schema), qPrintable(db.lastError()));
+    const QByteArray bytes = contents(db.fileName());
+    const QStringList before = snapshot(db);
+
+    const QString fault = QStringLiteral("Levy täynnä");
+    if (injected)
+        FaultInjector::failMatching(QRegularExpression(failing), fault);
+    LogCapture log("veklari.database");
+    QVERIFY(!db.open(false));
+    QVERIFY(!FaultInjector::isPending());
+    QVERIFY(!QSqlDatabase::contains(db.database()->connectionName()));
+    QVERIFY(log.containsPrefix(QStringLiteral("warning: Tietokannan päivittäminen epäonnistui:")));
+
+    const QString message = db.lastError();
+    const QRegularExpressionMatch parts
+        = QRegularExpression(QStringLiteral("^Tietokannan päivitys versiosta (\\d+) versioon 10 "
+                                            "epäonnistui, joten tietokanta jätettiin ennalleen. "
+                                            "Epäonnistunut lause: (.*)\nVirhe: (.*)$"),
+            QRegularExpression::MultilineOption)
+              .match(message);
+    QVERIFY2(parts.hasMatch(), qPrintable(message));
+    QCOMPARE(parts.captured(1).toInt(), version);
+    QVERIFY2(QRegularExpression(failing).match(parts.captured(2)).hasMatch(), qPrintable(message));
+    QVERIFY2(
+        parts.captured(3).contains(injected ? fault : QStringLiteral("tags")), qPrintable(message));
+    if (db.backend() == TestDatabase::SQLite) {
+        // Every copy, and first of all the one the message names, holds the
+        // file as it was.
+        const QString backup
+            = message.section(QStringLiteral("Varmuuskopio ennen päivitystä: "), 1);
+        QVERIFY2(QFile::exists(backup) && contents(backup) == bytes, qPrintable(message));
+        QCOMPARE(backupCount(db.directory()), 10 - version);
+        for (const QString& name :
+            QDir(db.directory()).entryList({ QStringLiteral("backup-*.sqlite") }, QDir::Files))
+            QVERIFY(contents(QDir(db.directory()).filePath(name)) == bytes);
+        QVERIFY(contents(db.fileName()) == bytes);
+    }
+    QCOMPARE(snapshot(db), before);
+
+    // Nothing was harmed: once the fault is gone the upgrade goes through.
+    if (injected) {
+        QVERIFY2(db.open(false), qPrintable(db.lastError()));
+        QCOMPARE(db.value(QStringLiteral("SELECT version FROM settings")).toInt(), 10);
+    }
 }
 
 QTEST_GUILESS_MAIN(MigrationTest)

@@ -13,6 +13,8 @@ private slots:
     void initTestCase();
     void missingDatabaseIsCreatedOnlyWhenAsked();
     void wrongPasswordIsRefused();
+    void namesAreKeptAsTyped_data();
+    void namesAreKeptAsTyped();
 };
 
 void PostgreSQLDatabaseTest::initTestCase()
@@ -56,6 +58,34 @@ void PostgreSQLDatabaseTest::wrongPasswordIsRefused()
     QVERIFY2(db.open(false), qPrintable(db.lastError()));
     QCOMPARE(db.value(QStringLiteral("SELECT seller_name FROM settings")).toString(),
         QStringLiteral("Ennallaan"));
+}
+
+void PostgreSQLDatabaseTest::namesAreKeptAsTyped_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addRow("capitals") << QStringLiteral("Vk_Upper");
+    QTest::addRow("hyphen") << QStringLiteral("vk-hyphen");
+    QTest::addRow("double quote") << QStringLiteral("vk\"quote");
+}
+
+// A database is created under exactly the configured name, so that the next
+// open finds it.
+void PostgreSQLDatabaseTest::namesAreKeptAsTyped()
+{
+    QFETCH(QString, name);
+    TestDatabase db(TestDatabase::PostgreSQL);
+    db.setDatabaseName(name);
+    LogCapture log("veklari.database");
+    QVERIFY2(db.open(true), qPrintable(db.lastError()));
+    QVERIFY(log.contains(QStringLiteral("debug: Tietokannan luonti onnistui")));
+    db.close();
+
+    log.clear();
+    QVERIFY2(db.open(false), qPrintable(db.lastError()));
+    QVERIFY(!log.contains(QStringLiteral("debug: Luodaan tietokanta")));
+    QCOMPARE(
+        db.value(QStringLiteral("SELECT current_database() || version FROM settings")).toString(),
+        name + QStringLiteral("10"));
 }
 
 QTEST_GUILESS_MAIN(PostgreSQLDatabaseTest)

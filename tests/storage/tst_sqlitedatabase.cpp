@@ -4,11 +4,15 @@
 #include "testdatabase.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
+#include <QScopeGuard>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QStandardPaths>
 #include <QtTest>
+
+#include <unistd.h>
 
 namespace {
 
@@ -50,6 +54,18 @@ QString versionOf(const QString& fileName)
     return version;
 }
 
+// Everything under a directory, to see that nothing was created.
+QStringList listing(const QString& dir)
+{
+    QStringList names;
+    QDirIterator it(
+        dir, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        names.append(it.next());
+    names.sort();
+    return names;
+}
+
 } // namespace
 
 class SQLiteDatabaseTest : public QObject
@@ -62,6 +78,8 @@ private slots:
     void badFiles_data();
     void badFiles();
     void backupBeforeEveryStep();
+    void missingOrUnusable_data();
+    void missingOrUnusable();
 };
 
 void SQLiteDatabaseTest::initTestCase()
@@ -118,8 +136,9 @@ void SQLiteDatabaseTest::badFiles()
 
 void SQLiteDatabaseTest::backupBeforeEveryStep()
 {
-    // From version 7: copies before steps 7->8, 8->9 and 9->10, each holding
-    // the database as it was before its step, beside a copy of the same second.
+    // From version 7: copies for steps 7->8, 8->9 and 9->10, beside a copy of
+    // the same second. The steps run in one transaction, so each copy holds
+    // the database as it was before the upgrade.
     TestDatabase setup(TestDatabase::SQLite);
     QVERIFY(setup.open());
     setup.close();
@@ -139,9 +158,118 @@ void SQLiteDatabaseTest::backupBeforeEveryStep()
     for (const QString& name : dir.entryList({ QStringLiteral("backup-*") }, QDir::Files))
         versions.append(name + QLatin1Char(' ') + versionOf(dir.filePath(name)));
     QCOMPARE(versions,
-        QStringList({ "backup-20250101-120000-1.sqlite 7", "backup-20250101-120000-2.sqlite 8",
-            "backup-20250101-120000-3.sqlite 9", "backup-20250101-120000.sqlite older copy" }));
+        QStringList({ "backup-20250101-120000-1.sqlite 7", "backup-20250101-120000-2.sqlite 7",
+            "backup-20250101-120000-3.sqlite 7", "backup-20250101-120000.sqlite older copy" }));
     QCOMPARE(versionOf(setup.fileName()), QStringLiteral("10"));
+}
+
+void SQLiteDatabaseTest::missingOrUnusable_data()
+{
+    QTest::addColumn<QString>("path"); // relative to a temporary directory
+    // Made first, in order: "mkdir x", "file x" (empty), "db x" (a database),
+    // "chmod x 5555" (QFileDevice::Permissions in hexadecimal).
+    QTest::addColumn<QString>("setup");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("cause"); // lastError() after the file name
+    QTest::addColumn<bool>("exists");
+
+    QTest::addRow("file missing") << "a.sqlite"
+                                  << "" << int(SQLiteDatabase::FileMissing) << "ei ole olemassa"
+                                  << false;
+    QTest::addRow("empty file") << "a.sqlite"
+                                << "file a.sqlite" << int(SQLiteDatabase::FileMissing)
+                                << "ei ole olemassa" << false;
+    QTest::addRow("parent is a regular file") << "plain/a.sqlite"
+                                              << "file plain" << int(SQLiteDatabase::FileUnusable)
+                                              << "ei voi avata: %1/plain ei ole hakemisto" << false;
+    QTest::addRow("directory missing") << "gone/a.sqlite"
+                                       << "" << int(SQLiteDatabase::FileUnusable)
+                                       << "ei voi avata: hakemistoa %1/gone ei ole" << false;
+    QTest::addRow("a directory") << "a.sqlite"
+                                 << "mkdir a.sqlite" << int(SQLiteDatabase::FileUnusable)
+                                 << "ei voi avata: se on hakemisto" << true;
+    // Permissions bind everyone but root.
+    if (::geteuid() == 0)
+        return;
+    QTest::addRow("directory not writable, file missing")
+        << "ro/a.sqlite"
+        << "mkdir ro;chmod ro 5555" << int(SQLiteDatabase::FileUnusable)
+        << "ei voi avata: hakemistoon %1/ro ei voi kirjoittaa" << false;
+    QTest::addRow("directory not writable, database there")
+        << "ro/a.sqlite"
+        << "mkdir ro;db ro/a.sqlite;chmod ro 5555" << int(SQLiteDatabase::FileUnusable)
+        << "ei voi avata: hakemistoon %1/ro ei voi kirjoittaa" << true;
+    QTest::addRow("directory not searchable")
+        << "closed/a.sqlite"
+        << "mkdir closed;db closed/a.sqlite;chmod closed 0" << int(SQLiteDatabase::FileUnusable)
+        << "ei voi avata: hakemistoa %1/closed ei voi lukea" << false;
+    QTest::addRow("file read-only")
+        << "a.sqlite"
+        << "db a.sqlite;chmod a.sqlite 4444" << int(SQLiteDatabase::FileUnusable)
+        << "ei voi avata: tiedostoon ei ole luku- ja kirjoitusoikeutta" << true;
+}
+
+// A missing database is told from one that cannot be used, and the message
+// names the file and the cause. Nothing is created for an unusable one.
+void SQLiteDatabaseTest::missingOrUnusable()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, setup);
+    QFETCH(int, status);
+    QFETCH(QString, cause);
+    QFETCH(bool, exists);
+    TestDatabase source(TestDatabase::SQLite);
+    QVERIFY(source.open());
+    source.close();
+    QTemporaryDir temp;
+    const QDir dir(temp.path());
+    QStringList restore; // modes to put back for the clean-up
+    for (const QString& step : setup.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        const QStringList words = step.split(QLatin1Char(' '));
+        const QString target = dir.filePath(words.at(1));
+        if (words.at(0) == QLatin1String("mkdir")) {
+            QVERIFY(dir.mkpath(words.at(1)));
+        } else if (words.at(0) == QLatin1String("file")) {
+            QFile file(target);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        } else if (words.at(0) == QLatin1String("db")) {
+            QVERIFY(QFile::copy(source.fileName(), target));
+        } else {
+            QFile::setPermissions(target, QFileDevice::Permissions(words.at(2).toInt(nullptr, 16)));
+            restore.append(target);
+        }
+    }
+    auto cleanUp = qScopeGuard([&] {
+        for (const QString& target : restore)
+            QFile::setPermissions(target, QFileDevice::Permissions(0x7700));
+    });
+    const QString fileName = dir.filePath(path);
+    const QString expected
+        = QStringLiteral("Tietokantatiedostoa %1 %2").arg(fileName, cause.arg(dir.path()));
+    const QStringList before = listing(dir.path());
+
+    QString problem;
+    QCOMPARE(int(SQLiteDatabase::checkFile(fileName, &problem)), status);
+    SQLiteDatabase database;
+    QVERIFY(!openWith(&database, source.directory(), fileName));
+    QCOMPARE(int(database.fileStatus()), status);
+    QCOMPARE(database.exists(), exists);
+    QCOMPARE(database.lastError(), expected);
+    if (status == SQLiteDatabase::FileUnusable) {
+        QCOMPARE(problem, expected);
+        database.setCreateIfNotExist(true);
+        QVERIFY(!openWith(&database, source.directory(), fileName));
+        QCOMPARE(database.lastError(), expected);
+        QCOMPARE(listing(dir.path()), before);
+    } else {
+        // There is no database yet: one can be created there.
+        database.setCreateIfNotExist(true);
+        QVERIFY2(
+            openWith(&database, source.directory(), fileName), qPrintable(database.lastError()));
+        QCOMPARE(int(database.fileStatus()), int(SQLiteDatabase::FileMissing));
+        database.close();
+        QCOMPARE(versionOf(fileName), QStringLiteral("10"));
+    }
 }
 
 QTEST_GUILESS_MAIN(SQLiteDatabaseTest)

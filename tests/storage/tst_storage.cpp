@@ -12,6 +12,7 @@
 #include "recordfields.h"
 #include "samplerecords.h"
 #include "storage/database.h"
+#include "storage/faultinjector.h"
 #include "storage/postgresqlquery.h"
 #include "storage/query.h"
 #include "testdatabase.h"
@@ -39,7 +40,11 @@ class StorageTest : public QObject
 private slots:
     void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
     void init();
-    void cleanup() { m_db.reset(); }
+    void cleanup()
+    {
+        FaultInjector::clear();
+        m_db.reset();
+    }
 
     void recordsRoundTrip_data();
     void recordsRoundTrip();
@@ -50,6 +55,9 @@ private slots:
     void paymentCriteria_data();
     void paymentCriteria();
     void transactionsAndLogLines();
+    void injectedFaults_data();
+    void injectedFaults();
+    void createAfterFailedCreate();
 
 private:
     std::unique_ptr<Query> newQuery() { return std::unique_ptr<Query>(m_db->database()->query()); }
@@ -278,7 +286,7 @@ void StorageTest::newIdsFollowTheTable()
 
 // Six invoices of two customers. Effective delivery dates (the delivery date,
 // else the invoice date): 1: 10.1., 2: 28.1., 3: 20.2., 4: 10.3., 5: 15.3.,
-// 6: 15.2. Invoice 1 has two rows, the others one.
+// 6: 15.2. Invoices 1 and 3 have two rows, the others one.
 void StorageTest::addCriteriaFixture()
 {
     m_fixture.customerIds = { addCustomer(1), addCustomer(2) };
@@ -292,7 +300,7 @@ void StorageTest::addCriteriaFixture()
     const QList<Row> rows {
         { 1, 0, 0, QDate(2024, 1, 10), QDate(), 0, { "Kahvi", "Tee" } },
         { 2, 0, 1, QDate(2024, 2, 5), QDate(2024, 1, 28), 5000, { "Kahvinkeitin 2 kpl" } },
-        { 3, 2, 0, QDate(2024, 2, 20), QDate(), 0, { "100% puuvillaa" } },
+        { 3, 2, 0, QDate(2024, 2, 20), QDate(), 0, { "100% puuvillaa", "C:\\kuvat\\" } },
         { 4, 1, 1, QDate(2024, 3, 1), QDate(2024, 3, 10), 700, { "a_b" } },
         { 5, 3, 0, QDate(2024, 3, 15), QDate(), 300, { "axb" } },
         { 6, 0, 0, QDate(2024, 4, 2), QDate(2024, 2, 15), 12345, { "KAHVI" } },
@@ -354,6 +362,14 @@ void StorageTest::invoiceCriteria_data()
     row("text star and question mark", [](C& c, const F&) { c.text = "*k?hvi*"; }, { 1, 2, 6 });
     row("text typed underscore is a wildcard", [](C& c, const F&) { c.text = "a_b"; }, { 4, 5 });
     row("text backslash escapes", [](C& c, const F&) { c.text = "a\\_b"; }, { 4 });
+    row("text backslash before a letter and at the end",
+        [](C& c, const F&) { c.text = "C:\\kuvat\\"; }, { 3 });
+    row("text ending in a backslash", [](C& c, const F&) { c.text = "*\\"; }, { 3 });
+    row("text doubled backslash", [](C& c, const F&) { c.text = "*\\\\kuvat*"; }, { 3 });
+    row("text typed percent is a wildcard", [](C& c, const F&) { c.text = "1%puuvillaa"; }, { 3 });
+    row("text escaped percent is no wildcard", [](C& c, const F&) { c.text = "1\\%puuvillaa"; },
+        {});
+    row("text escaped percent", [](C& c, const F&) { c.text = "*0\\% p*"; }, { 3 });
     row("customer, type and unpaid",
         [](C& c, const F& f) {
             c.customerId = f.customerIds.at(0), c.types = 1, c.paymentStatus = 1;
@@ -391,8 +407,10 @@ void StorageTest::invoiceCriteria()
         itemInvoices.append(m_fixture.invoiceIds.key(item.at(1).mid(10).toInt()));
     QList<int> expectedItems = numbers;
     std::sort(expectedItems.begin(), expectedItems.end());
-    if (expectedItems.contains(1))
-        expectedItems.prepend(1);
+    for (int twoRows : { 1, 3 }) {
+        if (expectedItems.contains(twoRows))
+            expectedItems.insert(expectedItems.indexOf(twoRows), twoRows);
+    }
     QCOMPARE(itemInvoices, expectedItems);
 }
 
@@ -471,6 +489,65 @@ void StorageTest::transactionsAndLogLines()
     invoice.date = QDate();
     QVERIFY(!query->saveInvoice(&invoice) && invoice.id == -1);
     QVERIFY(log.contains(QStringLiteral("warning: Tietokantavirhe: ") + query->lastError()));
+}
+
+void StorageTest::injectedFaults_data()
+{
+    QTest::addColumn<int>("n"); // 0: the first statement that matches
+    QTest::addColumn<QString>("pattern");
+    QTest::addRow("second statement") << 2 << QString();
+    QTest::addRow("matching statement") << 0 << QStringLiteral("^INSERT INTO invoice ");
+    QTest::addRow("commit") << 0 << QStringLiteral("^COMMIT$");
+}
+
+// A customer and its invoice in one transaction. The fault stops it with its
+// text like a failure of the server; after the rollback nothing is stored, and
+// the fault is gone: the same transaction then goes through.
+void StorageTest::injectedFaults()
+{
+    QFETCH(int, n);
+    QFETCH(QString, pattern);
+    const QString error = QStringLiteral("Levy täynnä");
+    if (n > 0)
+        FaultInjector::failStatement(n, error);
+    else
+        FaultInjector::failMatching(QRegularExpression(pattern), error);
+
+    Database* db = m_db->database();
+    std::unique_ptr<Query> query = newQuery();
+    auto store = [&] {
+        Customer customer = SampleRecords::customer();
+        Invoice invoice = SampleRecords::invoice(-1);
+        return db->transaction() && query->saveCustomer(&customer)
+            && (invoice.customerId = customer.id, query->saveInvoice(&invoice)) && db->commit();
+    };
+    LogCapture log("veklari.database");
+    QVERIFY(!store());
+    QVERIFY(!FaultInjector::isPending());
+    QVERIFY2(QStringList({ db->lastError(), query->lastError() }).contains(error),
+        qPrintable(db->lastError() + query->lastError()));
+    QVERIFY(log.contains(QStringLiteral("warning: Tietokantavirhe: ") + error));
+    QVERIFY(db->rollback());
+    QCOMPARE(count("customer") + count("invoice"), 0);
+
+    QVERIFY2(store(), qPrintable(db->lastError() + query->lastError()));
+    QCOMPARE(count("customer") + count("invoice"), 2);
+}
+
+// The error of a failed create is not left behind a later one that succeeds.
+void StorageTest::createAfterFailedCreate()
+{
+    TestDatabase db(VEKLARI_TEST_BACKEND);
+    const QString error = QStringLiteral("Levy täynnä");
+    // CREATE DATABASE on PostgreSQL, the first CREATE TABLE on SQLite.
+    FaultInjector::failMatching(QRegularExpression(QStringLiteral("^CREATE ")), error);
+    QVERIFY(!db.open(true));
+    QVERIFY(!FaultInjector::isPending());
+    QVERIFY2(db.database()->lastError().contains(error), qPrintable(db.database()->lastError()));
+
+    QVERIFY2(db.open(true), qPrintable(db.lastError()));
+    QCOMPARE(db.database()->lastError(), QString());
+    QCOMPARE(db.value(QStringLiteral("SELECT version FROM settings")).toInt(), 10);
 }
 
 QTEST_GUILESS_MAIN(StorageTest)

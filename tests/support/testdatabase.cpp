@@ -7,6 +7,17 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlRecord>
+
+namespace {
+
+QString quoted(const QString& name)
+{
+    return QLatin1Char('"') + QString(name).replace(QLatin1String("\""), QLatin1String("\"\""))
+        + QLatin1Char('"');
+}
+
+} // namespace
 
 TestDatabase::TestDatabase(Backend backend, const QString& companyName)
     : m_backend(backend)
@@ -27,7 +38,8 @@ TestDatabase::~TestDatabase()
     close();
     if (m_created && readServer()) {
         run(QStringLiteral("postgres"),
-            { QStringLiteral("DROP DATABASE IF EXISTS %1 WITH (FORCE)").arg(m_databaseName) },
+            { QStringLiteral("DROP DATABASE IF EXISTS %1 WITH (FORCE)")
+                    .arg(quoted(m_databaseName)) },
             nullptr);
     }
 }
@@ -80,8 +92,8 @@ bool TestDatabase::create()
     if (m_created || m_backend == SQLite)
         return true;
     m_created = readServer()
-        && run(QStringLiteral("postgres"), { QStringLiteral("CREATE DATABASE ") + m_databaseName },
-            nullptr);
+        && run(QStringLiteral("postgres"),
+            { QStringLiteral("CREATE DATABASE ") + quoted(m_databaseName) }, nullptr);
     return m_created;
 }
 
@@ -106,9 +118,9 @@ bool TestDatabase::open(bool createIfNotExist)
     // open() may create the database: it is ours to drop afterwards.
     m_created = m_created || (m_backend == PostgreSQL && createIfNotExist);
 
-    if (m_backend == SQLite)
+    if (m_backend == SQLite && !m_database)
         m_database = std::make_unique<SQLiteDatabase>();
-    else
+    else if (!m_database)
         m_database = std::make_unique<PostgreSQLDatabase>();
     m_database->setCreateIfNotExist(createIfNotExist);
     m_configuration->beginReadArray(QStringLiteral("databases/settings"));
@@ -123,7 +135,6 @@ void TestDatabase::close()
 {
     if (m_database)
         m_database->close();
-    m_database.reset();
 }
 
 bool TestDatabase::exec(const QStringList& statements)
@@ -133,13 +144,29 @@ bool TestDatabase::exec(const QStringList& statements)
 
 QVariant TestDatabase::value(const QString& sql)
 {
-    QVariant result;
+    QList<QVariantList> result;
     if (readServer())
         run(m_databaseName, { sql }, &result);
-    return result;
+    return result.value(0).value(0);
 }
 
-bool TestDatabase::run(const QString& databaseName, const QStringList& statements, QVariant* result)
+QStringList TestDatabase::rows(const QString& sql)
+{
+    QList<QVariantList> result;
+    if (readServer() && !run(m_databaseName, { sql }, &result))
+        return { m_lastError };
+    QStringList lines;
+    for (const QVariantList& row : result) {
+        QStringList values;
+        for (const QVariant& value : row)
+            values.append(value.toString());
+        lines.append(values.join(QLatin1Char('|')));
+    }
+    return lines;
+}
+
+bool TestDatabase::run(
+    const QString& databaseName, const QStringList& statements, QList<QVariantList>* result)
 {
     const QString connection = QStringLiteral("veklari_test_helper");
     bool ok = false;
@@ -161,8 +188,12 @@ bool TestDatabase::run(const QString& databaseName, const QStringList& statement
                 break;
             }
         }
-        if (ok && result && query.next())
-            *result = query.value(0);
+        while (ok && result && query.next()) {
+            QVariantList row;
+            for (int column = 0; column < query.record().count(); ++column)
+                row.append(query.value(column));
+            result->append(row);
+        }
         query.finish();
         db.close();
     }

@@ -29,6 +29,8 @@ public:
 
     static QString backendName(Backend backend);
 
+    // Opens the one Database object of this test database, made on the
+    // first call.
     bool open(bool createIfNotExist = true);
     void close();
     bool create();
@@ -36,6 +38,8 @@ public:
     bool exec(const QStringList& statements);
     // The first value of a SELECT; invalid on failure or without rows.
     QVariant value(const QString& sql);
+    // Every row of a SELECT, its values joined with "|".
+    QStringList rows(const QString& sql);
 
     Database* database() const { return m_database.get(); }
     Backend backend() const { return m_backend; }
@@ -47,11 +51,16 @@ public:
     static void writeEntries(QSettings* settings, const QList<QVariantMap>& entries);
     QString fileName() const { return m_fileName; }
     QString databaseName() const { return m_databaseName; }
+    // A PostgreSQL database name of the test's choice instead of a generated
+    // one; set before the first open() or create().
+    void setDatabaseName(const QString& name) { m_databaseName = name; }
     QString directory() const { return m_dir.path(); }
 
 private:
     bool readServer();
-    bool run(const QString& databaseName, const QStringList& statements, QVariant* result);
+    // Runs the statements; result gets the rows of the last one.
+    bool run(
+        const QString& databaseName, const QStringList& statements, QList<QVariantList>* result);
 
     Backend m_backend;
     QString m_companyName;
