@@ -289,7 +289,8 @@ int MainModel::addPayment()
     Payment payment;
     const Settings* settings = m_registry->settings();
     bool ok = false;
-    const int accountId = settings ? settings->property(SettingsKeys::defaultBankAccount).toInt(&ok) : -1;
+    const int accountId
+        = settings ? settings->property(SettingsKeys::defaultBankAccount).toInt(&ok) : -1;
     bool found = false;
     if (ok)
         m_registry->bankAccountById(accountId, found);
@@ -507,12 +508,12 @@ void MainModel::updateReferenceNumber()
     TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
     m_invoice.setPropertyIfNotEmpty(noticeText1Key,
         helper.substituteVariables(
-            settings->property(SettingsKeys::noticeText1, QString()).toString(),
-            &m_invoice, customer));
+            settings->property(SettingsKeys::noticeText1, QString()).toString(), &m_invoice,
+            customer));
     m_invoice.setPropertyIfNotEmpty(noticeText2Key,
         helper.substituteVariables(
-            settings->property(SettingsKeys::noticeText2, QString()).toString(),
-            &m_invoice, customer));
+            settings->property(SettingsKeys::noticeText2, QString()).toString(), &m_invoice,
+            customer));
 }
 
 void MainModel::setupQuickSearchCriteria(int n)

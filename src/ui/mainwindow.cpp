@@ -567,7 +567,7 @@ bool MainWindow::printSeveralInvoices(int kind)
     const int number = m_hasInvoice ? m_model->invoice()->number : 1;
     const QString title = kind == InvoiceType::Reminder ? tr("Useita maksumuistutuksia")
         : kind == InvoiceType::Receipt                  ? tr("Useita kuitteja")
-                                                : tr("Useita laskuja");
+                                                        : tr("Useita laskuja");
     InvoiceRangeDialog dialog(title, number, number, this);
     if (execDialog(&dialog) != QDialog::Accepted)
         return false;

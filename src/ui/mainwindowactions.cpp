@@ -215,10 +215,9 @@ void MainWindowActions::createPrintActions()
             InvoiceType::Reminder, false },
         { "printRemindersAction", "Useita m&aksumuistutuksia", QKeySequence(),
             InvoiceType::Reminder, true },
-        { "printReceiptAction", "&Kuitti", QKeySequence(Qt::ALT | Qt::Key_4),
-            InvoiceType::Receipt, false },
-        { "printReceiptsAction", "Useita ku&itteja", QKeySequence(), InvoiceType::Receipt,
-            true },
+        { "printReceiptAction", "&Kuitti", QKeySequence(Qt::ALT | Qt::Key_4), InvoiceType::Receipt,
+            false },
+        { "printReceiptsAction", "Useita ku&itteja", QKeySequence(), InvoiceType::Receipt, true },
     };
     for (const auto& print : prints) {
         const int kind = print.kind;

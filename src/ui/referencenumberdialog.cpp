@@ -152,11 +152,9 @@ void ReferenceNumberDialog::rebuild()
         return;
     TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
     m_noticeText1Edit->setPlainText(helper.substituteVariables(
-        settings->property(SettingsKeys::noticeText1, QString()).toString(),
-        invoice, customer));
+        settings->property(SettingsKeys::noticeText1, QString()).toString(), invoice, customer));
     m_noticeText2Edit->setPlainText(helper.substituteVariables(
-        settings->property(SettingsKeys::noticeText2, QString()).toString(),
-        invoice, customer));
+        settings->property(SettingsKeys::noticeText2, QString()).toString(), invoice, customer));
 }
 
 void ReferenceNumberDialog::accept()
