@@ -95,8 +95,21 @@ int MainModel::openDatabase(int index, bool create)
         m_lastError = database->lastError();
         status = database->driverAvailable() ? -1 : -3;
     }
-    if (!database->exists())
+    // Only a file that really is missing is offered to be created; one that
+    // cannot be opened (a directory without write access, say) is a failure
+    // with its cause.
+    const auto* sqlite = qobject_cast<const SQLiteDatabase*>(database);
+    if (sqlite && sqlite->fileStatus() == SQLiteDatabase::FileUnusable)
+        status = -1;
+    else if (!database->exists())
         status = -2;
+    // What the user is asked to create: the file, or the server's database.
+    m_missingDatabaseName.clear();
+    if (status == -2 && sqlite)
+        m_missingDatabaseName = sqlite->fileName();
+    if (status == -2 && m_missingDatabaseName.isEmpty())
+        m_missingDatabaseName
+            = databases.entry(index).value(QStringLiteral("databaseName")).toString();
     loadCriteria();
     return status;
 }

@@ -41,6 +41,8 @@ public:
     // failed open is followed by closeDatabase(). The saved search of the
     // registry's database number becomes active.
     int openDatabase(int index, bool create);
+    // The database or file that openDatabase() found missing (status -2).
+    QString missingDatabaseName() const { return m_missingDatabaseName; }
     bool closeDatabase();
     // Company settings, customers, products, bank accounts, print scripts
     // and then the invoice list.
@@ -145,6 +147,7 @@ private:
     InvoiceItemTableModel* m_invoiceItemTableModel;
     PaymentTableModel* m_paymentTableModel;
     QString m_lastError;
+    QString m_missingDatabaseName;
     Invoice m_invoice;
     int m_invoiceIndex = -1;
     int m_lastInvoiceId = -1;

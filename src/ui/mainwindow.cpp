@@ -157,15 +157,14 @@ bool MainWindow::openDatabase(int number)
     else if (number >= 1)
         index = qMax(0, databases.indexOfNumber(number));
     const DatabaseList::Entry entry = databases.entry(index);
-    const QString databaseName = entry.value(QStringLiteral("databaseName")).toString();
     m_databaseTitle = DatabaseList::displayName(entry);
 
     m_hasInvoice = false;
     m_registry->setDatabaseNumber(number);
     int status = m_model->openDatabase(index, false);
     if (status == -2) {
-        const QString question
-            = tr("Tietokantaa \"%1\" ei löytynyt. Haluatko luoda tietokannan?").arg(databaseName);
+        const QString question = tr("Tietokantaa \"%1\" ei löytynyt. Haluatko luoda tietokannan?")
+                                     .arg(m_model->missingDatabaseName());
         if (!askQuestion(question)) {
             m_model->closeDatabase();
             loadForm();

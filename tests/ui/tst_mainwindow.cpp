@@ -150,6 +150,9 @@ void TestMainWindow::failuresAreReported_data()
     QTest::addRow("missing, do not create") << "missing" << false << ""
                                             << "";
     QTest::addRow("not a database") << "file" << false << connection << "not a database";
+    // A file that cannot be made is no question of creating: the cause is shown.
+    QTest::addRow("directory is a file")
+        << "unusable" << true << connection << "kansio/uusi.sqlite";
     QTest::addRow("fetch fails") << "table" << false << "Laskutustietojen hakeminen epäonnistui. "
                                  << "print_script";
 }
@@ -164,6 +167,11 @@ void TestMainWindow::failuresAreReported()
     if (broken == QLatin1String("missing")) {
         TestDatabase::writeEntries(m_registry->appSettings(),
             { { { "number", 2 }, { "name", "Kirjanpito" }, { "databaseName", "kirjanpito" } } });
+    } else if (broken == QLatin1String("unusable")) {
+        QFile notADirectory(path("kansio"));
+        QVERIFY(notADirectory.open(QIODevice::WriteOnly));
+        TestDatabase::writeEntries(m_registry->appSettings(),
+            { { { "number", 2 }, { "filename", path("kansio/uusi.sqlite") } } });
     } else {
         TestDatabase::writeEntries(m_registry->appSettings(),
             { { { "number", 2 }, { "name", "Rikki" }, { "filename", path("broken.sqlite") } } });
