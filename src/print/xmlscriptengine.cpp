@@ -319,13 +319,10 @@ QString XmlScriptEngine::soapEnvelope() const
 
 bool XmlScriptEngine::writeDocument(QString* document)
 {
-    duk_context* ctx = context();
-    if (!ctx || !duk_get_global_string(ctx, "write") || !duk_is_function(ctx, -1)) {
-        if (ctx)
-            duk_pop(ctx);
-        setError(QStringLiteral("function write does not exist"));
+    if (!checkWriteFunction())
         return false;
-    }
+    duk_context* ctx = context();
+    duk_get_global_string(ctx, "write");
     QByteArray buffer;
     QBuffer device(&buffer);
     device.open(QIODevice::WriteOnly);
@@ -364,16 +361,6 @@ bool XmlScriptEngine::write(const QString& fileName, bool append)
     // lacks, which no XML reader accepts.
     QList<QPair<QString, QString>> replaced;
     const QByteArray bytes = encoder.encode(replaceUnencodable(text, &replaced));
-    const QString number = modelText(QStringLiteral("invoice/number"));
-    for (const auto& pair : std::as_const(replaced)) {
-        const QString character = pair.first;
-        const QString code
-            = QStringLiteral("%1").arg(character.toUcs4().value(0), 4, 16, QLatin1Char('0'));
-        const QString warning
-            = tr("merkki %1 (U+%2) ei kuulu ISO-8859-15-merkistöön, tilalle kirjoitettiin \"%3\"")
-                  .arg(character, code.toUpper(), pair.second);
-        addWarning(number.isEmpty() ? warning : tr("lasku %1: %2").arg(number, warning));
-    }
 
     QFile file(fileName);
     const QIODevice::OpenMode mode
@@ -381,6 +368,15 @@ bool XmlScriptEngine::write(const QString& fileName, bool append)
     if (!file.open(mode) || file.write(bytes) != bytes.size()) {
         setError(file.errorString());
         return false;
+    }
+    const QString number = modelText(QStringLiteral("invoice/number"));
+    for (const auto& pair : std::as_const(replaced)) {
+        const QString character = pair.first;
+        const QString code = QString::number(character.toUcs4().value(0), 16).toUpper();
+        const QString warning
+            = tr("merkki %1 (U+%2) ei kuulu ISO-8859-15-merkistöön, tilalle kirjoitettiin \"%3\"")
+                  .arg(character, code.rightJustified(4, QLatin1Char('0')), pair.second);
+        addWarning(number.isEmpty() ? warning : tr("lasku %1: %2").arg(number, warning));
     }
     return true;
 }
