@@ -335,8 +335,8 @@ function writeRow(index) {
     if (!described) {
         startElement('InvoicedQuantity');
         attributeIfNotEmpty('QuantityUnitCode', clip(unit, 14));
-        if (version.major >= 3)
-            attributeIfNotEmpty('QuantityUnitCodeUN', UNIT_CODES[unit.toLowerCase()]);
+        if (version.major >= 3 && UNIT_CODES.hasOwnProperty(unit.toLowerCase()))
+            attribute('QuantityUnitCodeUN', UNIT_CODES[unit.toLowerCase()]);
         characters(getNumber(row + 'quantity'));
         endElement('InvoicedQuantity');
         startElement('UnitPriceAmount');
@@ -364,7 +364,7 @@ function writeRow(index) {
 function writeEpiDetails(type) {
     var account = 'seller/bankAccounts/0/';
     var bic = text(account + 'bic');
-    var reference = text('invoice/referenceNumberRaw');
+    var reference = text('invoice/referenceNumberRaw').replace(/\s/g, '');
 
     startElement('EpiDetails');
     startElement('EpiIdentificationDetails');
