@@ -6,6 +6,7 @@
 #include "domain/settingskeys.h"
 #include "util/ecmascriptengine.h"
 #include "util/scriptloader.h"
+#include "xmlscriptengine.h"
 
 ScriptHelper::ScriptHelper(Registry* registry) : m_registry(registry) { }
 
@@ -48,18 +49,23 @@ bool ScriptHelper::loadInvoiceScript(ECMAScriptEngine* engine, int id)
 
 bool ScriptHelper::loadFinvoiceScript(ECMAScriptEngine* engine)
 {
+    QByteArray source;
     if (m_registry) {
         for (int i = 0; i < m_registry->printScriptCount(); ++i) {
             const PrintScript* script = m_registry->printScriptAt(i);
             if (script->type == QLatin1String("finvoice")) {
-                const QByteArray source = ScriptLoader(m_registry).loadScriptById(script->id);
-                if (!source.isNull())
-                    return engine->evaluate(source);
+                source = ScriptLoader(m_registry).loadScriptById(script->id);
                 break;
             }
         }
     }
-    return loadResource(engine, "finvoice");
+    if (source.isNull())
+        source = ScriptLoader(m_registry).loadResource(QStringLiteral("finvoice"));
+    if (!engine->evaluate(source))
+        return false;
+    // A script that only defines other functions would write an empty file.
+    auto* xmlEngine = qobject_cast<XmlScriptEngine*>(engine);
+    return !xmlEngine || xmlEngine->checkWriteFunction();
 }
 
 bool ScriptHelper::loadResource(ECMAScriptEngine* engine, const char* name)

@@ -21,7 +21,8 @@ public:
     // id > 0: the stored script, or the first built-in layout when it does not
     // exist; id <= 0: built-in layout number -id-1 (index 0 when out of range).
     bool loadInvoiceScript(ECMAScriptEngine* engine, int id);
-    // The first stored script of type "finvoice", else the built-in one.
+    // The first stored script of type "finvoice", else the built-in one; an
+    // XML engine also fails when the script defines no write().
     bool loadFinvoiceScript(ECMAScriptEngine* engine);
     // The built-in list reports, each evaluated after the part they share.
     bool loadInvoiceListScript(ECMAScriptEngine* engine);

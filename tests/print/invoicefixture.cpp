@@ -11,6 +11,8 @@
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
 #include "print/scriptpdfwriter.h"
+#include "print/xmlscriptengine.h"
+#include "print/xmlscriptmodel.h"
 #include "storage/database.h"
 #include "storage/query.h"
 #include "util/scriptloader.h"
@@ -166,6 +168,30 @@ int InvoiceFixture::addInvoice(
     return ok ? invoice.id : (failed(query->lastError()), -1);
 }
 
+int InvoiceFixture::addCustomer(Customer customer)
+{
+    std::unique_ptr<Query> query(m_database->database()->query());
+    customer.id = -1;
+    customer.number = m_customerIds.size() + 1;
+    if (!query->saveCustomer(&customer))
+        return failed(query->lastError()), -1;
+    m_customerIds.append(customer.id);
+    return refresh() ? m_customerIds.size() - 1 : -1;
+}
+
+bool InvoiceFixture::showBankAccounts(int count)
+{
+    std::unique_ptr<Query> query(m_database->database()->query());
+    for (int i = 0; i < m_registry->bankAccountCount(); ++i) {
+        BankAccount account;
+        m_registry->bankAccountAt(i)->copy(&account);
+        account.visible = i < count;
+        if (!query->saveBankAccount(&account))
+            return failed(query->lastError());
+    }
+    return refresh();
+}
+
 bool InvoiceFixture::setSetting(const QString& key, const QVariant& value)
 {
     m_registry->settings()->setProperty(key, value);
@@ -183,6 +209,12 @@ int InvoiceFixture::addPrintScript(const QString& name, const QString& type, con
     return query->savePrintScript(&script) ? script.id : (failed(query->lastError()), -1);
 }
 
+bool InvoiceFixture::removePrintScript(int id)
+{
+    std::unique_ptr<Query> query(m_database->database()->query());
+    return (query->deletePrintScript(id) || failed(query->lastError())) && refresh();
+}
+
 bool InvoiceFixture::printInvoice(int id, const QString& fileName, int printType)
 {
     InvoicePrintModel model(m_registry.get());
@@ -198,4 +230,23 @@ bool InvoiceFixture::printInvoice(int id, const QString& fileName, int printType
         && writer.write(&engine, fileName))
         return true;
     return failed(model.lastError() + engine.lastError() + writer.lastError());
+}
+
+bool InvoiceFixture::writeFinvoice(int id, const QString& version, const QString& fileName,
+    XmlScriptEngine* engine, bool append, int printType)
+{
+    InvoicePrintModel invoices(m_registry.get());
+    invoices.criteria().id = id;
+    if (!invoices.run())
+        return failed(invoices.lastError());
+    XmlScriptModel model(m_registry.get());
+    model.copyInvoice(&invoices, 0);
+    model.setXmlSchemaVersion(version);
+    model.setPrintType(printType);
+    engine->setModel(&model);
+    const bool written
+        = (engine->isEvaluated() || ScriptHelper(m_registry.get()).loadFinvoiceScript(engine))
+        && engine->write(fileName, append);
+    engine->setModel(nullptr);
+    return written || failed(engine->lastError());
 }

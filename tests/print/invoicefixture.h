@@ -8,7 +8,9 @@
 #include <QString>
 #include <memory>
 
+class Customer;
 class Registry;
+class XmlScriptEngine;
 
 // A small business in a fresh database, loaded into a registry as the program does: a seller,
 // two visible bank accounts and a hidden one, and two customers (the second reads Swedish).
@@ -32,10 +34,19 @@ public:
     static QList<InvoiceItem> sampleItems();
     // count rows, now and then with a text long enough to wrap.
     static QList<InvoiceItem> manyItems(int count);
+    // Stores another customer; its index for addInvoice(), or -1.
+    int addCustomer(Customer customer);
+    // Shows the first count of the three bank accounts on invoices and hides the rest.
+    bool showBankAccounts(int count);
     bool setSetting(const QString& key, const QVariant& value);
     int addPrintScript(const QString& name, const QString& type, const QString& source);
+    bool removePrintScript(int id);
     // Prints the invoice as the program does; printType 0 prints it as its own type.
     bool printInvoice(int id, const QString& fileName, int printType = 0);
+    // Writes the invoice as a Finvoice file of that version as the export does, with the Finvoice
+    // script unless the engine holds a script already.
+    bool writeFinvoice(int id, const QString& version, const QString& fileName,
+        XmlScriptEngine* engine, bool append = false, int printType = 0);
     QString referenceNumber(int number) const;
 
 private:
