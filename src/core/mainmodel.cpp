@@ -276,9 +276,8 @@ int MainModel::createInvoiceCopy()
     if (highest < 0)
         return highest;
 
+    // The new invoice keeps its own number, date and reference number.
     m_invoice.customerId = source.customerId;
-    // The customer's own reference number, as when the customer is chosen.
-    updateReferenceNumber();
     m_invoice.paymentTerms = source.paymentTerms;
     if (!m_invoice.paymentTerms.isEmpty())
         calculateDueDate();

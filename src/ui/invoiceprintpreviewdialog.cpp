@@ -94,7 +94,9 @@ bool InvoicePrintPreviewDialog::setPrintScript(int id)
 bool InvoicePrintPreviewDialog::printInvoices(
     Registry* registry, const InvoiceCriteria& criteria, int kind, bool preview, QWidget* parent)
 {
-    const QString title = QCoreApplication::applicationName();
+    // Titled like the window they come from ("laskutus - Veklari").
+    const QString title
+        = parent ? parent->window()->windowTitle() : QCoreApplication::applicationName();
     InvoicePrintJob job(registry);
     InvoicePrintPreviewDialog dialog(registry, parent);
     InvoicePrintModel* model = dialog.invoicePrintModel();

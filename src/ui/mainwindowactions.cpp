@@ -237,9 +237,9 @@ void MainWindowActions::createPrintActions()
     create(QStringLiteral("paymentJournalAction"), tr("&Suorituspäiväkirja"),
         QKeySequence(Qt::ALT | Qt::Key_7), w,
         [w, registry] { PaymentPrintPreviewDialog::showReport(registry, PaymentCriteria(), w); });
-    create(QStringLiteral("customerListAction"), tr("&Asiakasluettelo"), QKeySequence(), w,
+    create(QStringLiteral("customerListAction"), tr("Asiakaslu&ettelo"), QKeySequence(), w,
         [w, registry] { PrintPreviewDialog::showCustomerList(registry, w); });
-    create(QStringLiteral("productListAction"), tr("T&uoteluettelo"), QKeySequence(), w,
+    create(QStringLiteral("productListAction"), tr("Tu&oteluettelo"), QKeySequence(), w,
         [w, registry] { PrintPreviewDialog::showProductList(registry, w); });
 }
 

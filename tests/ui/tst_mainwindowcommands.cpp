@@ -198,6 +198,7 @@ void TestMainWindowCommands::mnemonicsAreUnique_data()
         QTest::newRow(name) << QString::fromLatin1(name) << 0;
     for (int page = 0; page < SettingsDialog::PageCount; ++page)
         QTest::addRow("settings %d", page) << QStringLiteral("settings") << page;
+    QTest::newRow("each menu") << QStringLiteral("menus") << 0;
     QTest::newRow("databases: file") << QStringLiteral("databases") << 0;
     QTest::newRow("databases: server") << QStringLiteral("databases") << 1;
 }
@@ -212,6 +213,31 @@ void TestMainWindowCommands::mnemonicsAreUnique()
     InvoiceCriteria criteria;
     std::unique_ptr<QWidget> dialog;
     QStringList texts;
+    if (window == QLatin1String("menus")) {
+        // Within one menu (and its submenus) every entry has its own letter.
+        QStringList found;
+        QList<const QMenu*> menus;
+        for (const QAction* action : m_f->window()->menuBar()->actions())
+            menus.append(action->menu());
+        while (!menus.isEmpty()) {
+            const QMenu* menu = menus.takeFirst();
+            QStringList entries;
+            for (const QAction* action : menu->actions()) {
+                if (!action->isSeparator())
+                    entries.append(action->text());
+                if (action->menu())
+                    menus.append(action->menu());
+            }
+            // Cut and paste keep their established names, which share a letter.
+            const QString cutAndPaste = QStringLiteral("L: &Leikkaa,&Liitä laskurivit");
+            for (const QString& clash : clashes(entries)) {
+                if (clash != cutAndPaste)
+                    found.append(menu->title() + QLatin1String(": ") + clash);
+            }
+        }
+        QVERIFY2(found.isEmpty(), qPrintable(found.join(QLatin1String("; "))));
+        return;
+    }
     if (window == QLatin1String("main window")) {
         // The menus and the fields of the invoice share the Alt key.
         for (const QAction* menu : m_f->window()->menuBar()->actions())
