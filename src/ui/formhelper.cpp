@@ -1,7 +1,5 @@
 #include "formhelper.h"
 
-#include "domain/decimalformat.h"
-
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QDialog>
@@ -57,7 +55,7 @@ void FormHelper::setTabOrder(std::initializer_list<QWidget*> widgets)
     }
 }
 
-bool FormHelper::parseDecimal(
+DecimalFormat::ParseStatus FormHelper::parseDecimal(
     const QString& text, int fractionDigits, int minFractionDigits, qint64& value)
 {
     QString compact = text.trimmed();
@@ -66,20 +64,9 @@ bool FormHelper::parseDecimal(
     compact.remove(QChar(0x202f));
     compact.replace(QLatin1Char(','), QLatin1Char('.'));
     if (compact.isEmpty() || compact.count(QLatin1Char('.')) > 1)
-        return false;
-    const qsizetype point = compact.indexOf(QLatin1Char('.'));
-    const QString integerPart = point < 0 ? compact : compact.left(point);
-    qint64 limit = 2147483647;
-    for (int i = 0; i < fractionDigits; ++i)
-        limit /= 10;
-    bool integerOk = integerPart.isEmpty() || integerPart == QLatin1String("-");
-    if (!integerOk) {
-        const qlonglong integer = integerPart.toLongLong(&integerOk);
-        if (!integerOk || qAbs(integer) >= limit)
-            return false;
-    }
+        return DecimalFormat::ParseStatus::Invalid;
     const DecimalFormat format(fractionDigits, minFractionDigits);
-    bool ok = false;
-    value = format.parse(compact, ok);
-    return ok;
+    DecimalFormat::ParseStatus status = DecimalFormat::ParseStatus::Invalid;
+    value = format.parse(compact, status);
+    return status;
 }

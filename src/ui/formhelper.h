@@ -1,6 +1,8 @@
 #ifndef FORMHELPER_H
 #define FORMHELPER_H
 
+#include "domain/decimalformat.h"
+
 #include <QString>
 #include <initializer_list>
 
@@ -45,8 +47,8 @@ public:
 
     // Reads a decimal number typed with a comma or a point (and perhaps
     // spaces between thousands) as an integer with the given number of
-    // decimals. DecimalFormat works in 32 bits, so larger values are refused.
-    static bool parseDecimal(
+    // decimals. DecimalFormat works in 32 bits: a larger number is TooLarge.
+    static DecimalFormat::ParseStatus parseDecimal(
         const QString& text, int fractionDigits, int minFractionDigits, qint64& value);
 };
 

@@ -11,6 +11,12 @@
 #include <QPushButton>
 #include <QTreeView>
 
+namespace {
+
+constexpr qint64 maxVatRate = 100 * Constants::percentageScale;
+
+} // namespace
+
 ProductDialog::ProductDialog(Registry* registry, QWidget* parent)
     : EditorDialog(registry, tr("Tuotetietojen tallentaminen epäonnistui. %1"), parent)
     , m_treeModel(new ProductTreeModel(m_model, this))
@@ -134,14 +140,32 @@ bool ProductDialog::readForm(Product& product)
         return refuse(m_numberEdit, tr("Tuotenumero puuttuu."));
     if (m_model->rowOfNumber(number, m_formRow) >= 0)
         return refuse(m_numberEdit, tr("Tuotenumero %1 on jo käytössä.").arg(number));
+    using Status = DecimalFormat::ParseStatus;
     qint64 amount = 0;
-    if (!FormHelper::parseDecimal(m_amountEdit->text(), Constants::amountFractionDigits,
-            Constants::amountMinFractionDigits, amount))
+    const Status amountStatus = FormHelper::parseDecimal(m_amountEdit->text(),
+        Constants::amountFractionDigits, Constants::amountMinFractionDigits, amount);
+    if (amountStatus == Status::TooLarge) {
+        const DecimalFormat amountFormat(
+            Constants::amountFractionDigits, Constants::amountMinFractionDigits);
+        return refuse(m_amountEdit,
+            tr("Hinta on liian suuri. Suurin sallittu hinta on %1.")
+                .arg(amountFormat.format(DecimalFormat::maxParsedValue)),
+            true);
+    }
+    if (amountStatus != Status::Ok)
         return refuse(m_amountEdit, tr("Hinta on virheellinen."), true);
     qint64 vatRate = 0;
-    if (!FormHelper::parseDecimal(m_vatRateEdit->text(), Constants::percentageFractionDigits,
-            Constants::percentageMinFractionDigits, vatRate)
-        || vatRate < 0 || vatRate > 100 * Constants::percentageScale)
+    const Status vatStatus = FormHelper::parseDecimal(m_vatRateEdit->text(),
+        Constants::percentageFractionDigits, Constants::percentageMinFractionDigits, vatRate);
+    if (vatStatus == Status::TooLarge || (vatStatus == Status::Ok && vatRate > maxVatRate)) {
+        const DecimalFormat rateFormat(
+            Constants::percentageFractionDigits, Constants::percentageMinFractionDigits);
+        return refuse(m_vatRateEdit,
+            tr("ALV-prosentti on liian suuri. Suurin sallittu ALV-prosentti on %1.")
+                .arg(rateFormat.format(maxVatRate)),
+            true);
+    }
+    if (vatStatus != Status::Ok || vatRate < 0)
         return refuse(m_vatRateEdit, tr("ALV-prosentti on virheellinen."), true);
 
     product.number = number;

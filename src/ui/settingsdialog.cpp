@@ -65,6 +65,7 @@ const QString attachmentNameKey = QStringLiteral("email/attachmentName");
 
 // The logo is printed 20 mm high unless told otherwise.
 constexpr int defaultLogoHeight = 20;
+constexpr qint64 maxInterest = 100 * Constants::percentageScale;
 
 QPlainTextEdit* addText(QFormLayout* layout, const QString& caption, const QString& name)
 {
@@ -413,11 +414,18 @@ bool SettingsDialog::checkValues()
             tr("Y-tunnus on virheellinen. Kirjoita se muodossa 1234567-8."));
     }
     if (!m_interestOnArrearsEdit->text().trimmed().isEmpty()) {
+        using Status = DecimalFormat::ParseStatus;
         qint64 interest = 0;
-        if (!FormHelper::parseDecimal(m_interestOnArrearsEdit->text(),
-                Constants::percentageFractionDigits, Constants::percentageMinFractionDigits,
-                interest)
-            || interest < 0 || interest > 100 * Constants::percentageScale) {
+        const Status status = FormHelper::parseDecimal(m_interestOnArrearsEdit->text(),
+            Constants::percentageFractionDigits, Constants::percentageMinFractionDigits, interest);
+        if (status == Status::TooLarge || (status == Status::Ok && interest > maxInterest)) {
+            const DecimalFormat percentFormat(
+                Constants::percentageFractionDigits, Constants::percentageMinFractionDigits);
+            return refuse(m_interestOnArrearsEdit, InvoicingPage,
+                tr("Viivästyskorko on liian suuri. Suurin sallittu viivästyskorko on %1 %.")
+                    .arg(percentFormat.format(maxInterest)));
+        }
+        if (status != Status::Ok || interest < 0) {
             return refuse(m_interestOnArrearsEdit, InvoicingPage,
                 tr("Viivästyskorko on virheellinen: kirjoita prosentti, esimerkiksi 8 tai 8,5."));
         }
@@ -455,8 +463,8 @@ void SettingsDialog::storeValues()
     store(periodForComplaintsKey, m_periodForComplaintsEdit->text());
     qint64 interest = 0;
     if (FormHelper::parseDecimal(m_interestOnArrearsEdit->text(),
-            Constants::percentageFractionDigits, Constants::percentageMinFractionDigits,
-            interest)) {
+            Constants::percentageFractionDigits, Constants::percentageMinFractionDigits, interest)
+        == DecimalFormat::ParseStatus::Ok) {
         settings->setProperty(interestOnArrearsKey, int(interest));
     } else {
         settings->removeProperty(interestOnArrearsKey);

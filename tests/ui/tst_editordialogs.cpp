@@ -1,4 +1,5 @@
 #include "core/producttreemodel.h"
+#include "domain/decimalformat.h"
 #include "recordfields.h"
 #include "testdatabase.h"
 #include "tst_mainwindowfixture.h"
@@ -238,18 +239,25 @@ void TestEditorDialogs::refusedFields_data()
 {
     QTest::addColumn<int>("kind");
     addFieldColumns();
-    auto row
-        = [](const char* name, int kind, const char* field, const char* text, const char* warning) {
-              QTest::newRow(name) << kind << QString::fromLatin1(field) << QString::fromUtf8(text)
-                                  << QString::fromUtf8(warning);
-          };
-    const char* iban = "IBAN-tilinumero on virheellinen. Tarkista numero tiliotteesta.";
+    auto row = [](const char* name, int kind, const char* field, const char* text,
+                   const QString& warning) {
+        QTest::newRow(name) << kind << QString::fromLatin1(field) << QString::fromUtf8(text)
+                            << warning;
+    };
+    const QString iban
+        = QStringLiteral("IBAN-tilinumero on virheellinen. Tarkista numero tiliotteesta.");
     row("id check digit", 0, "vatNumberEdit", "1572860-1",
         "Y-tunnus tai ALV-numero on virheellinen.");
     row("customer number in use", 0, "numberEdit", "5", "Asiakasnumero 5 on jo käytössä.");
     row("no name", 0, "nameEdit", "", "Asiakkaan nimi puuttuu.");
-    row("no price", 1, "amountEdit", "", "Hinta on virheellinen.");
-    row("rate over 100", 1, "vatRateEdit", "100,01", "ALV-prosentti on virheellinen.");
+    row("no price", 1, "amountEdit", "", QStringLiteral("Hinta on virheellinen."));
+    // The price is read in 32 bits: 250 000,0000 does not fit.
+    row("price too large", 1, "amountEdit", "250000",
+        QStringLiteral("Hinta on liian suuri. Suurin sallittu hinta on %1.")
+            .arg(DecimalFormat(4, 2).format(DecimalFormat::maxParsedValue)));
+    row("rate over 100", 1, "vatRateEdit", "100,01",
+        QStringLiteral("ALV-prosentti on liian suuri. Suurin sallittu ALV-prosentti on 100."));
+    row("negative rate", 1, "vatRateEdit", "-1", QStringLiteral("ALV-prosentti on virheellinen."));
     row("no product number", 1, "numberEdit", "", "Tuotenumero puuttuu.");
     row("product number in use", 1, "numberEdit", "999", "Tuotenumero 999 on jo käytössä.");
     row("IBAN check digits", 2, "ibanEdit", "FI22 1234 5600 0007 85", iban);

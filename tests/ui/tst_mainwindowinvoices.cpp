@@ -34,6 +34,8 @@ private slots:
     void copyInvoice();
     void editMode();
     void closeRefusedWhileInvalid();
+    void tooLargeNumbersAreRefused_data();
+    void tooLargeNumbersAreRefused();
 
 private:
     TestWindow* window() const { return m_f->window(); }
@@ -334,6 +336,59 @@ void TestMainWindowInvoices::closeRefusedWhileInvalid()
     QCOMPARE(m_f->storedInvoiceCount(), 1);
     for (const char* key : { "mainWindow/geometry", "mainWindow/invoiceItemTable/columns" })
         QVERIFY2(settings->contains(QLatin1String(key)), key);
+}
+
+void TestMainWindowInvoices::tooLargeNumbersAreRefused_data()
+{
+    QTest::addColumn<bool>("payment");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("message");
+    // The limits as the cells show numbers.
+    const qint64 max = DecimalFormat::maxParsedValue;
+    const QString price = DecimalFormat(4, 2).format(max);
+    const QString quantity = DecimalFormat(4, 0).format(max);
+    const QString cents = DecimalFormat(2, 2).format(max);
+    QTest::addRow("unit price")
+        << false << int(InvoiceItemTableModel::PriceColumn) << "250000"
+        << QStringLiteral("À-hinta on liian suuri. Suurin sallittu à-hinta on %1.").arg(price);
+    QTest::addRow("negative quantity")
+        << false << int(InvoiceItemTableModel::QuantityColumn) << "-250000"
+        << QStringLiteral("Määrä on liian suuri. Suurin sallittu määrä on %1.").arg(quantity);
+    QTest::addRow("discount") << false << int(InvoiceItemTableModel::DiscountColumn)
+                              << "99999999999"
+                              << "Alennus on liian suuri. Suurin sallittu alennus on 100 %.";
+    QTest::addRow("payment")
+        << true << int(PaymentTableModel::AmountColumn) << "25000000"
+        << QStringLiteral("Suorituksen summa on liian suuri. Suurin sallittu summa on %1.")
+               .arg(cents);
+}
+
+// Typed into the cell, a number too large to be read is refused with its
+// limit, and the cell keeps what it had.
+void TestMainWindowInvoices::tooLargeNumbersAreRefused()
+{
+    QFETCH(bool, payment);
+    QFETCH(int, column);
+    QFETCH(QString, text);
+    QFETCH(QString, message);
+    addRow(QStringLiteral("2"), QStringLiteral("3"));
+    QTableView* view = rows();
+    if (payment) {
+        m_f->widget<QPushButton>("addPaymentButton")->click();
+        keys(QStringLiteral("1.3.2024"));
+        commitEditor(window()->paymentTableView());
+        view = window()->paymentTableView();
+    }
+    const QModelIndex cell = view->model()->index(0, column);
+    const QString before = cell.data().toString();
+    QVERIFY(!before.isEmpty());
+    view->setFocus();
+    view->setCurrentIndex(cell);
+    keys(text);
+    commitEditor(view);
+    QTRY_COMPARE(window()->messages, QStringList { message });
+    QCOMPARE(cell.data().toString(), before);
 }
 
 QTEST_MAIN(TestMainWindowInvoices)

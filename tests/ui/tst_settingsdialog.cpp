@@ -187,7 +187,13 @@ void TestSettingsDialog::badValuesAreRefused_data()
         QTest::newRow(name) << QString::fromLatin1(field) << QString::fromUtf8(text) << warning
                             << page;
     };
-    row("interest over 100", "interestOnArrearsEdit", "100,5", interest,
+    const QString interestTooLarge
+        = QStringLiteral("Viivästyskorko on liian suuri. Suurin sallittu viivästyskorko on 100 %.");
+    row("interest over 100", "interestOnArrearsEdit", "100,5", interestTooLarge,
+        SettingsDialog::InvoicingPage);
+    row("interest beyond 32 bits", "interestOnArrearsEdit", "21474837", interestTooLarge,
+        SettingsDialog::InvoicingPage);
+    row("negative interest", "interestOnArrearsEdit", "-1", interest,
         SettingsDialog::InvoicingPage);
     row("id check digit", "sellerBusinessIdEdit", "1572860-1", businessId,
         SettingsDialog::SellerPage);
