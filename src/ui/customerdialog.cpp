@@ -78,7 +78,7 @@ void CustomerDialog::createWidgets()
     m_countryEdit = addLine(tr("&Maa"), "countryEdit");
     m_contactEdit = addLine(tr("&Yhteyshenkilö"), "contactEdit");
     m_vatNumberEdit = addLine(tr("Y-tunnus tai AL&V-numero"), "vatNumberEdit");
-    m_vatNumberEdit->setPlaceholderText(tr("1234567-8 tai FI12345678"));
+    m_vatNumberEdit->setPlaceholderText(tr("1234567-1 tai FI12345671"));
     m_referenceNumberEdit = addLine(tr("Oma viite&numero"), "referenceNumberEdit");
     m_emailAddressEdit = addLine(tr("Sähk&öposti"), "emailAddressEdit");
     m_phoneNumberEdit = addLine(tr("Puhelinnume&ro"), "phoneNumberEdit");

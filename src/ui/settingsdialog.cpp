@@ -156,7 +156,7 @@ QWidget* SettingsDialog::createSellerPage()
         = FormHelper::addField<QLineEdit>(layout, tr("&Maa"), QStringLiteral("sellerCountryEdit"));
     m_sellerBusinessIdEdit = FormHelper::addField<QLineEdit>(
         layout, tr("&Y-tunnus"), QStringLiteral("sellerBusinessIdEdit"));
-    m_sellerBusinessIdEdit->setPlaceholderText(tr("1234567-8"));
+    m_sellerBusinessIdEdit->setPlaceholderText(tr("1234567-1"));
     m_sellerPhoneNumberEdit = FormHelper::addField<QLineEdit>(
         layout, tr("&Puhelin"), QStringLiteral("sellerPhoneNumberEdit"));
     m_sellerEmailAddressEdit = FormHelper::addField<QLineEdit>(
@@ -411,7 +411,7 @@ bool SettingsDialog::checkValues()
     const QString businessId = m_sellerBusinessIdEdit->text().trimmed();
     if (!businessId.isEmpty() && !Customer::isValidBusinessId(businessId)) {
         return refuse(m_sellerBusinessIdEdit, SellerPage,
-            tr("Y-tunnus on virheellinen. Kirjoita se muodossa 1234567-8."));
+            tr("Y-tunnus on virheellinen. Kirjoita se muodossa 1234567-1."));
     }
     if (!m_interestOnArrearsEdit->text().trimmed().isEmpty()) {
         using Status = DecimalFormat::ParseStatus;
