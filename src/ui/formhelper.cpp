@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 
@@ -43,6 +44,18 @@ QDialogButtonBox* FormHelper::createButtonBox(QDialog* dialog)
     QObject::connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
     QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
     return buttons;
+}
+
+void FormHelper::fitColumns(QHeaderView* header)
+{
+    // About forty characters are enough for a name in a list.
+    constexpr int widestColumnInCharacters = 40;
+    header->resizeSections(QHeaderView::ResizeToContents);
+    const int widest = header->fontMetrics().averageCharWidth() * widestColumnInCharacters;
+    for (int column = 0; column < header->count(); ++column) {
+        if (!header->isSectionHidden(column) && header->sectionSize(column) > widest)
+            header->resizeSection(column, qMax(widest, header->sectionSizeHint(column)));
+    }
 }
 
 void FormHelper::setTabOrder(std::initializer_list<QWidget*> widgets)

@@ -10,6 +10,7 @@ class QCheckBox;
 class QDialog;
 class QDialogButtonBox;
 class QFormLayout;
+class QHeaderView;
 class QLabel;
 class QPushButton;
 class QWidget;
@@ -42,6 +43,9 @@ public:
     static QPushButton* createButton(const QString& text, const QString& name);
     // "OK" and "Peruuta", wired to the dialog's accept() and reject().
     static QDialogButtonBox* createButtonBox(QDialog* dialog);
+    // Sizes the visible columns to their header texts and contents; a long
+    // text is cut rather than push the other columns out of sight.
+    static void fitColumns(QHeaderView* header);
     // Chains the keyboard order through the widgets.
     static void setTabOrder(std::initializer_list<QWidget*> widgets);
 

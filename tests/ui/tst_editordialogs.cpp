@@ -7,6 +7,7 @@
 #include "ui/customerdialog.h"
 #include "ui/productdialog.h"
 
+#include <QHeaderView>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTableView>
@@ -92,6 +93,10 @@ private slots:
     void refusedFields();
     void removedCustomerIsKeptAndMarked();
     void addProduct();
+    void listShowsWhatIsTyped_data();
+    void listShowsWhatIsTyped();
+    void columnsShowTheirHeaders_data();
+    void columnsShowTheirHeaders();
 
 private:
     Database* database() const { return m_db->database(); }
@@ -341,6 +346,62 @@ void TestEditorDialogs::addProduct()
     bool found = false;
     QCOMPARE(
         fieldsOf(m_registry->productByNumber(expected.number, found)), RecordFields::of(expected));
+}
+
+void TestEditorDialogs::listShowsWhatIsTyped_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("number"); // typed first, when not empty
+    QTest::addColumn<int>("nameColumn");
+    QTest::addRow("customers") << 0 << "" << int(CustomerTableModel::NameColumn);
+    // A number sorts the product among the others as it is typed.
+    QTest::addRow("products") << 1 << "1" << int(ProductTableModel::NameColumn);
+    QTest::addRow("accounts") << 2 << "" << int(BankAccountTableModel::NameColumn);
+}
+
+void TestEditorDialogs::listShowsWhatIsTyped()
+{
+    QFETCH(int, kind);
+    QFETCH(QString, number);
+    QFETCH(int, nameColumn);
+    QStringList* warnings = nullptr;
+    std::unique_ptr<QDialog> dialog = shownKind(m_registry.get(), kind, &warnings);
+    const QAbstractItemView* view = dialog->findChild<QAbstractItemView*>();
+    click(dialog.get(), "addButton");
+    if (!number.isEmpty())
+        typeText(edit(dialog.get(), "numberEdit"), number);
+    const QString name = QStringLiteral("Åkerlund");
+    typeText(edit(dialog.get(), "nameEdit"), name);
+    QCOMPARE(view->currentIndex().siblingAtColumn(nameColumn).data().toString(), name);
+    QCOMPARE(*warnings, QStringList());
+}
+
+void TestEditorDialogs::columnsShowTheirHeaders_data()
+{
+    cancelLeavesEverythingAlone_data();
+}
+
+// At the default size every column is in sight and wide enough for its title.
+void TestEditorDialogs::columnsShowTheirHeaders()
+{
+    QFETCH(int, kind);
+    QStringList* warnings = nullptr;
+    std::unique_ptr<QDialog> dialog = shownKind(m_registry.get(), kind, &warnings);
+    const QHeaderView* header = nullptr;
+    for (const QHeaderView* found : dialog->findChildren<QHeaderView*>()) {
+        if (found->orientation() == Qt::Horizontal)
+            header = found;
+    }
+    QVERIFY(header);
+    for (int column = 0; column < header->count(); ++column) {
+        if (header->isSectionHidden(column))
+            continue;
+        const QString title = header->model()->headerData(column, Qt::Horizontal).toString();
+        QVERIFY2(header->sectionSize(column) >= header->sectionSizeHint(column), qPrintable(title));
+        QVERIFY2(header->sectionViewportPosition(column) + header->sectionSize(column)
+                <= header->viewport()->width(),
+            qPrintable(title));
+    }
 }
 
 QTEST_MAIN(TestEditorDialogs)
