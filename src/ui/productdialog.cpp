@@ -109,13 +109,12 @@ void ProductDialog::addProduct()
     if (!commitForm())
         return;
     Product product;
-    // A new product joins the category that is being looked at.
+    // A new product joins the category that is being looked at; the rest
+    // starts from what a business mostly sells: the general VAT rate on a
+    // price without VAT.
     product.category = m_treeModel->category(m_view->selectionModel()->currentIndex());
-    if (const Product* current = m_model->recordAt(currentRow())) {
-        product.unitCode = current->unitCode;
-        product.vatRate = current->vatRate;
-        product.vatExcluded = current->vatExcluded;
-    }
+    product.vatRate = Constants::generalVatRate;
+    product.vatExcluded = true;
     selectRow(m_model->addRecord(product));
     m_numberEdit->setFocus();
 }
