@@ -5,6 +5,7 @@
 #include "core/registry.h"
 #include "domain/decimalformat.h"
 #include "domain/invoice.h"
+#include "domain/invoiceitem.h"
 #include "logcapture.h"
 #include "tst_mainwindowfixture.h"
 
@@ -36,6 +37,8 @@ private slots:
     void closeRefusedWhileInvalid();
     void tooLargeNumbersAreRefused_data();
     void tooLargeNumbersAreRefused();
+    void productFromTypedText_data();
+    void productFromTypedText();
 
 private:
     TestWindow* window() const { return m_f->window(); }
@@ -389,6 +392,38 @@ void TestMainWindowInvoices::tooLargeNumbersAreRefused()
     commitEditor(view);
     QTRY_COMPARE(window()->messages, QStringList { message });
     QCOMPARE(cell.data().toString(), before);
+}
+
+void TestMainWindowInvoices::productFromTypedText_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QList<int>>("keys"); // pressed after the text
+    QTest::addColumn<QString>("product"); // the row's product number afterwards
+    const int enter = Qt::Key_Return;
+    QTest::addRow("part of one name") << "unnit" << QList<int> { enter } << "1";
+    QTest::addRow("part of one name, any case") << "KIINTO" << QList<int> { enter } << "2";
+    // "i" is in every name: 1 Suunnittelu, 2 Kiintolevy, 999 Viivästyskorko.
+    QTest::addRow("highlighted of several")
+        << "i" << QList<int> { Qt::Key_Down, Qt::Key_Down, enter } << "2";
+    // None highlighted: the list closes and the text means no product.
+    QTest::addRow("several, none highlighted") << "i" << QList<int> { enter, enter } << "";
+    QTest::addRow("no match") << "kahvi" << QList<int> { enter } << "";
+}
+
+// The product cell of a new row, typed into and left with the keyboard.
+void TestMainWindowInvoices::productFromTypedText()
+{
+    QFETCH(QString, text);
+    QFETCH(QList<int>, keys);
+    QFETCH(QString, product);
+    press(Qt::Key_F8);
+    ::keys(text);
+    for (int key : keys) {
+        QVERIFY(editing(rows()));
+        press(key);
+    }
+    QTRY_VERIFY(!editing(rows()));
+    QCOMPARE(model()->invoiceItemTableModel()->invoiceItemAt(0)->productNumber, product);
 }
 
 QTEST_MAIN(TestMainWindowInvoices)
