@@ -38,6 +38,14 @@ bool exceedsLimit(long long value)
     return value > Constants::maxTotalAmount || value < -Constants::maxTotalAmount;
 }
 
+// Quantities and prices are read in 32 bits, below the limit of amounts.
+constexpr long long maxEnteredValue
+    = qMin(DecimalFormat::maxParsedValue, Constants::maxTotalAmount);
+// The row total limit is in the scale of unit prices; it is shown in cents.
+constexpr long long maxTotalInCents
+    = Constants::maxTotalAmount / (Constants::amountScale / Constants::totalAmountScale);
+constexpr long long maxDiscount = 100 * Constants::percentageScale;
+
 } // namespace
 
 InvoiceItemTableModel::InvoiceItemTableModel(Registry* registry, QObject* parent)
@@ -206,13 +214,19 @@ bool InvoiceItemTableModel::setData(const QModelIndex& index, const QVariant& va
         emitRowChanged(row, TextColumn, TextColumn);
         break;
     case QuantityColumn: {
-        bool ok = false;
-        const long long quantity = m_quantityEditFormat.parse(text, ok);
-        if (!ok)
+        DecimalFormat::ParseStatus status = DecimalFormat::ParseStatus::Invalid;
+        const long long quantity = m_quantityEditFormat.parse(text, status);
+        if (status == DecimalFormat::ParseStatus::Invalid)
             return false;
-        if (exceedsLimit(quantity) || exceedsLimit(rowTotal(quantity, item->amountVatIncluded()))) {
-            emit tooLargeAmountEntered(row);
-            return false;
+        if (status == DecimalFormat::ParseStatus::TooLarge || exceedsLimit(quantity)) {
+            return refuseTooLarge(row,
+                tr("Määrä on liian suuri. Suurin sallittu määrä on %1.")
+                    .arg(m_quantityDisplayFormat.format(maxEnteredValue)));
+        }
+        if (exceedsLimit(rowTotal(quantity, item->amountVatIncluded()))) {
+            return refuseTooLarge(row,
+                tr("Rivin summa on liian suuri. Suurin sallittu summa on %1.")
+                    .arg(m_totalFormat.format(maxTotalInCents)));
         }
         item->quantity = quantity;
         emitRowChanged(row, QuantityColumn);
@@ -223,16 +237,24 @@ bool InvoiceItemTableModel::setData(const QModelIndex& index, const QVariant& va
         emitRowChanged(row, UnitColumn, UnitColumn);
         break;
     case PriceColumn: {
-        bool ok = false;
-        const long long price = m_amountEditFormat.parse(text, ok);
-        if (!ok || price == shownPrice(item))
+        DecimalFormat::ParseStatus status = DecimalFormat::ParseStatus::Invalid;
+        const long long price = m_amountEditFormat.parse(text, status);
+        if (status == DecimalFormat::ParseStatus::Invalid)
+            return false;
+        if (status == DecimalFormat::ParseStatus::TooLarge || exceedsLimit(price)) {
+            return refuseTooLarge(row,
+                tr("À-hinta on liian suuri. Suurin sallittu à-hinta on %1.")
+                    .arg(m_amountDisplayFormat.format(maxEnteredValue)));
+        }
+        if (price == shownPrice(item))
             return false;
         long long total = rowTotal(item->quantity, price);
         if (!m_vatIncluded)
             total = Vat::addVat(total, item->vatRate);
-        if (exceedsLimit(price) || exceedsLimit(total)) {
-            emit tooLargeAmountEntered(row);
-            return false;
+        if (exceedsLimit(total)) {
+            return refuseTooLarge(row,
+                tr("Rivin summa on liian suuri. Suurin sallittu summa on %1.")
+                    .arg(m_totalFormat.format(maxTotalInCents)));
         }
         setShownPrice(item, price);
         emitRowChanged(row, PriceColumn);
@@ -241,13 +263,17 @@ bool InvoiceItemTableModel::setData(const QModelIndex& index, const QVariant& va
     case DiscountColumn: {
         long long discount = 0;
         if (!text.isEmpty()) {
-            bool ok = false;
-            discount = m_percentageEditFormat.parse(text, ok);
-            if (!ok)
+            DecimalFormat::ParseStatus status = DecimalFormat::ParseStatus::Invalid;
+            discount = m_percentageEditFormat.parse(text, status);
+            if (status == DecimalFormat::ParseStatus::Invalid)
                 return false;
+            if (status == DecimalFormat::ParseStatus::TooLarge) {
+                return refuseTooLarge(row,
+                    tr("Alennus on liian suuri. Suurin sallittu alennus on %1 %.")
+                        .arg(m_percentageDisplayFormat.format(maxDiscount)));
+            }
         }
-        item->discount = static_cast<int>(
-            std::clamp<long long>(discount, 0, 100 * Constants::percentageScale));
+        item->discount = static_cast<int>(std::clamp<long long>(discount, 0, maxDiscount));
         emitRowChanged(row, DiscountColumn);
         break;
     }
@@ -256,6 +282,13 @@ bool InvoiceItemTableModel::setData(const QModelIndex& index, const QVariant& va
     }
     m_changed = true;
     return true;
+}
+
+bool InvoiceItemTableModel::refuseTooLarge(int row, const QString& error)
+{
+    m_lastError = error;
+    emit tooLargeAmountEntered(row);
+    return false;
 }
 
 bool InvoiceItemTableModel::insertRows(int row, int count, const QModelIndex& parent)

@@ -43,8 +43,9 @@ public:
     QVariant headerData(
         int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
-    // Edit role only, and only while editable. A value that would make an
-    // amount exceed the limit is refused with tooLargeAmountEntered().
+    // Edit role only, and only while editable. A number too large to be
+    // read, or one that would make an amount exceed the limit, is refused
+    // with tooLargeAmountEntered() and lastError() telling the limit.
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
     bool insertRows(int row, int count, const QModelIndex& parent = QModelIndex()) override;
     bool removeRows(int row, int count, const QModelIndex& parent = QModelIndex()) override;
@@ -60,6 +61,8 @@ public:
     // The first row with neither product number nor name, -1 for none.
     int emptyProduct() const;
 
+    // Why the last too large value was refused.
+    QString lastError() const { return m_lastError; }
     bool isChanged() const { return m_changed; }
     bool isEditable() const { return m_editable; }
     bool isVatIncluded() const { return m_vatIncluded; }
@@ -113,6 +116,7 @@ signals:
 
 private:
     bool isValidRow(int row) const { return row >= 0 && row < m_items.size(); }
+    bool refuseTooLarge(int row, const QString& error);
     void emitRowChanged(int row, int firstColumn = 0, int lastColumn = TotalColumn);
     long long shownPrice(const InvoiceItem* item) const;
     void setShownPrice(InvoiceItem* item, long long price) const;
@@ -125,6 +129,7 @@ private:
     bool m_changed = false;
     bool m_vatIncluded = true;
     bool m_vatFree = false;
+    QString m_lastError;
 
     DecimalFormat m_amountDisplayFormat;
     DecimalFormat m_amountEditFormat;

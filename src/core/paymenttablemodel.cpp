@@ -113,9 +113,16 @@ bool PaymentTableModel::setData(const QModelIndex& index, const QVariant& value,
         break;
     }
     case AmountColumn: {
-        bool ok = false;
-        const qint64 amount = m_amountEditFormat.parse(value.toString().trimmed(), ok);
-        if (!ok)
+        DecimalFormat::ParseStatus status = DecimalFormat::ParseStatus::Invalid;
+        const qint64 amount = m_amountEditFormat.parse(value.toString().trimmed(), status);
+        if (status == DecimalFormat::ParseStatus::TooLarge) {
+            // Payments are stored in 32 bits, just as they are read.
+            m_lastError = tr("Suorituksen summa on liian suuri. Suurin sallittu summa on %1.")
+                              .arg(m_amountFormat.format(DecimalFormat::maxParsedValue));
+            emit tooLargeAmountEntered(index.row());
+            return false;
+        }
+        if (status != DecimalFormat::ParseStatus::Ok)
             return false;
         if (amount == payment->amount)
             return false;

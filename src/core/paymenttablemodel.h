@@ -38,7 +38,9 @@ public:
         int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     // Edit role only, and only while editable. A date or amount that does
-    // not parse and an unknown bank account id are refused.
+    // not parse and an unknown bank account id are refused; an amount too
+    // large to be read is refused with tooLargeAmountEntered() and
+    // lastError() telling the limit.
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
     bool insertRows(int row, int count, const QModelIndex& parent = QModelIndex()) override;
     bool removeRows(int row, int count, const QModelIndex& parent = QModelIndex()) override;
@@ -54,6 +56,7 @@ public:
     // The first payment without a date, -1 for none.
     int emptyDate() const;
 
+    QString lastError() const { return m_lastError; }
     bool isChanged() const { return m_changed; }
     bool isEditable() const { return m_editable; }
     void setEditable(bool editable);
@@ -69,6 +72,9 @@ public:
     // Removes every payment; saving then deletes the saved ones.
     void deletePayments();
 
+signals:
+    void tooLargeAmountEntered(int row);
+
 private:
     bool isValidRow(int row) const { return row >= 0 && row < m_payments.size(); }
 
@@ -77,6 +83,7 @@ private:
     RowChanges<Payment> m_rowChanges;
     bool m_editable = false;
     bool m_changed = false;
+    QString m_lastError;
     DecimalFormat m_amountFormat;
     DecimalFormat m_amountEditFormat;
     DateFormat m_dateFormat;

@@ -20,6 +20,8 @@ constexpr int percentageScale = 100;
 constexpr int percentageFractionDigits = 2;
 constexpr int percentageMinFractionDigits = 0;
 constexpr qint64 maxTotalAmount = Q_INT64_C(9999999999);
+// The general VAT rate in Finland, 25,5 %.
+constexpr int generalVatRate = 2550;
 } // namespace Constants
 
 #endif // CONSTANTS_H

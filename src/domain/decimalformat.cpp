@@ -2,16 +2,36 @@
 
 namespace {
 
-// Parsing deliberately works in 32-bit signed integers; the wrap-around is
-// done on unsigned values so that an overlong text gives a defined result.
-qint32 wrapAdd(qint32 a, qint32 b)
+using ParseStatus = DecimalFormat::ParseStatus;
+
+bool isTooLarge(qint64 value)
 {
-    return qint32(quint32(a) + quint32(b));
+    return value > DecimalFormat::maxParsedValue || value < -DecimalFormat::maxParsedValue;
 }
 
-qint32 wrapMultiply(qint32 a, qint32 b)
+// Digits with perhaps a sign, as toLongLong() reads them: a number even when
+// there are too many digits for 64 bits.
+bool isInteger(QStringView text)
 {
-    return qint32(quint32(a) * quint32(b));
+    text = text.trimmed();
+    if (text.startsWith(u'+') || text.startsWith(u'-'))
+        text = text.mid(1);
+    if (text.isEmpty())
+        return false;
+    for (const QChar c : text) {
+        if (c < u'0' || c > u'9')
+            return false;
+    }
+    return true;
+}
+
+ParseStatus readInteger(QStringView text, qint64& value)
+{
+    bool ok = false;
+    value = text.toLongLong(&ok);
+    if (!ok)
+        return isInteger(text) ? ParseStatus::TooLarge : ParseStatus::Invalid;
+    return isTooLarge(value) ? ParseStatus::TooLarge : ParseStatus::Ok;
 }
 
 } // namespace
@@ -74,7 +94,15 @@ QString DecimalFormat::format(qint64 value) const
 
 qint64 DecimalFormat::parse(const QString& text, bool& ok) const
 {
-    ok = false;
+    ParseStatus status = ParseStatus::Invalid;
+    const qint64 result = parse(text, status);
+    ok = status == ParseStatus::Ok;
+    return result;
+}
+
+qint64 DecimalFormat::parse(const QString& text, ParseStatus& status) const
+{
+    status = ParseStatus::Invalid;
     qsizetype start = 0;
     bool negative = false;
     if (text.startsWith(QLatin1Char('-'))
@@ -89,26 +117,24 @@ qint64 DecimalFormat::parse(const QString& text, bool& ok) const
     if (point < 0)
         point = text.indexOf(QLatin1Char('.'), start);
 
-    qint32 result = 0;
-    if (point < 0) {
-        bool intOk = false;
-        const qint32 integer = QStringView(text).mid(start).toInt(&intOk);
-        if (!intOk)
+    // The integer part is within the 32-bit range here, so the scaled value
+    // fits in 64 bits and can be checked before it is returned.
+    qint64 integer = 0;
+    if (point < 0 || point > start) {
+        const QStringView digits = point < 0 ? QStringView(text).mid(start)
+                                             : QStringView(text).mid(start, point - start);
+        const ParseStatus integerStatus = readInteger(digits, integer);
+        if (integerStatus != ParseStatus::Ok) {
+            status = integerStatus;
             return 0;
-        result = wrapMultiply(integer, m_scale);
-    } else {
-        qint32 integer = 0;
-        if (point > start) {
-            bool intOk = false;
-            integer = QStringView(text).mid(start, point - start).toInt(&intOk);
-            if (!intOk)
-                return 0;
         }
+    }
+    qint64 fraction = 0;
+    if (point >= 0) {
         const int digits = qMax(0, m_fractionDigits);
         QString fractionText = text.mid(point + 1).left(digits);
         if (fractionText.size() < digits)
             fractionText.append(QString(digits - fractionText.size(), QLatin1Char('0')));
-        qint32 fraction = 0;
         // With no fraction digits there is nothing to read after the point.
         if (!fractionText.isEmpty()) {
             bool fractionOk = false;
@@ -116,12 +142,14 @@ qint64 DecimalFormat::parse(const QString& text, bool& ok) const
             if (!fractionOk)
                 return 0;
         }
-        result = wrapMultiply(integer, m_scale);
-        result
-            = integer < 0 ? wrapAdd(result, wrapMultiply(fraction, -1)) : wrapAdd(result, fraction);
     }
+    qint64 result = integer * m_scale + (integer < 0 ? -fraction : fraction);
     if (negative)
-        result = wrapMultiply(result, -1);
-    ok = true;
-    return qint64(result);
+        result = -result;
+    if (isTooLarge(result)) {
+        status = ParseStatus::TooLarge;
+        return 0;
+    }
+    status = ParseStatus::Ok;
+    return result;
 }

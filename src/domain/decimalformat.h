@@ -4,12 +4,24 @@
 #include <QLocale>
 #include <QString>
 
+#include <limits>
+
 // Formats a scaled integer (value / 10^fractionDigits) in the user's locale
-// and parses it back. Parsing works in 32 bits: callers that accept larger
-// values must check them themselves.
+// and parses it back. Parsing works in 32 bits: a text whose scaled value
+// does not fit is refused as too large, never wrapped into another number.
 class DecimalFormat
 {
 public:
+    enum class ParseStatus
+    {
+        Ok,
+        Invalid,
+        // A number, but its scaled value is beyond maxParsedValue either way.
+        TooLarge
+    };
+    // The largest scaled magnitude that parse() accepts.
+    static constexpr qint64 maxParsedValue = std::numeric_limits<qint32>::max();
+
     DecimalFormat();
     DecimalFormat(int fractionDigits, int minFractionDigits);
 
@@ -28,7 +40,10 @@ public:
     void setLocale(const QLocale& locale);
 
     QString format(qint64 value) const;
+    // A text that is no number or does not fit gives 0 with ok false.
     qint64 parse(const QString& text, bool& ok) const;
+    // The same, telling a number that does not fit from one that is no number.
+    qint64 parse(const QString& text, ParseStatus& status) const;
 
 private:
     QLocale m_locale;

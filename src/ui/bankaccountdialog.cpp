@@ -29,9 +29,7 @@ void BankAccountDialog::createWidgets()
     m_view->setModel(m_filter);
     m_view->verticalHeader()->hide();
     m_view->horizontalHeader()->setStretchLastSection(true);
-    m_view->setColumnWidth(BankAccountTableModel::NameColumn, 140);
-    m_view->setColumnWidth(BankAccountTableModel::ShortNameColumn, 70);
-    m_view->setColumnWidth(BankAccountTableModel::IbanColumn, 190);
+    FormHelper::fitColumns(m_view->horizontalHeader());
 
     m_addButton = FormHelper::createButton(tr("&Uusi tili"), QStringLiteral("addButton"));
     m_removeButton = FormHelper::createButton(tr("&Poista"), QStringLiteral("removeButton"));
@@ -109,20 +107,33 @@ void BankAccountDialog::moveDown()
     move(false);
 }
 
-bool BankAccountDialog::readForm(BankAccount& account)
+namespace {
+
+QString compactIban(const QString& text)
 {
-    QString iban = m_ibanEdit->text().toUpper();
+    QString iban = text.toUpper();
     iban.remove(QLatin1Char(' '));
-    if (!BankAccount::isValidIban(iban)) {
+    return iban;
+}
+
+} // namespace
+
+bool BankAccountDialog::checkForm()
+{
+    if (!BankAccount::isValidIban(compactIban(m_ibanEdit->text()))) {
         return refuse(
             m_ibanEdit, tr("IBAN-tilinumero on virheellinen. Tarkista numero tiliotteesta."), true);
     }
+    return true;
+}
+
+void BankAccountDialog::readForm(BankAccount& account)
+{
     account.name = m_nameEdit->text().trimmed();
     account.shortName = m_shortNameEdit->text().trimmed();
-    account.iban = iban;
+    account.iban = compactIban(m_ibanEdit->text());
     account.bic = m_bicEdit->text().trimmed().toUpper();
     account.visible = m_visibleCheck->isChecked();
-    return true;
 }
 
 void BankAccountDialog::fillForm(const BankAccount& account)

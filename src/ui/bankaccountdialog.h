@@ -28,7 +28,8 @@ public slots:
 
 protected:
     void fillForm(const BankAccount& account) override;
-    bool readForm(BankAccount& account) override;
+    bool checkForm() override;
+    void readForm(BankAccount& account) override;
 
 private:
     void createWidgets();

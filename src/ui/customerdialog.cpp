@@ -56,8 +56,7 @@ void CustomerDialog::createWidgets()
         if (column != CustomerTableModel::TownNameColumn)
             m_view->hideColumn(column);
     }
-    m_view->setColumnWidth(CustomerTableModel::NumberColumn, 70);
-    m_view->setColumnWidth(CustomerTableModel::NameColumn, 220);
+    FormHelper::fitColumns(m_view->horizontalHeader());
 
     m_addButton = FormHelper::createButton(tr("&Uusi asiakas"), QStringLiteral("addButton"));
     m_removeButton = FormHelper::createButton(tr("&Poista"), QStringLiteral("removeButton"));
@@ -78,7 +77,7 @@ void CustomerDialog::createWidgets()
     m_countryEdit = addLine(tr("&Maa"), "countryEdit");
     m_contactEdit = addLine(tr("&Yhteyshenkilö"), "contactEdit");
     m_vatNumberEdit = addLine(tr("Y-tunnus tai AL&V-numero"), "vatNumberEdit");
-    m_vatNumberEdit->setPlaceholderText(tr("1234567-8 tai FI12345678"));
+    m_vatNumberEdit->setPlaceholderText(tr("1234567-1 tai FI12345671"));
     m_referenceNumberEdit = addLine(tr("Oma viite&numero"), "referenceNumberEdit");
     m_emailAddressEdit = addLine(tr("Sähk&öposti"), "emailAddressEdit");
     m_phoneNumberEdit = addLine(tr("Puhelinnume&ro"), "phoneNumberEdit");
@@ -185,7 +184,7 @@ void CustomerDialog::filterChanged()
     loadForm();
 }
 
-bool CustomerDialog::readForm(Customer& customer)
+bool CustomerDialog::checkForm()
 {
     bool numberOk = false;
     const int number = m_numberEdit->text().toInt(&numberOk);
@@ -198,15 +197,22 @@ bool CustomerDialog::readForm(Customer& customer)
     const QString vatNumber = m_vatNumberEdit->text().trimmed();
     if (!vatNumber.isEmpty() && !Customer::isValidVatNumberOrBusinessId(vatNumber))
         return refuse(m_vatNumberEdit, tr("Y-tunnus tai ALV-numero on virheellinen."), true);
+    return true;
+}
 
-    customer.number = number;
+void CustomerDialog::readForm(Customer& customer)
+{
+    bool numberOk = false;
+    const int number = m_numberEdit->text().toInt(&numberOk);
+    if (numberOk)
+        customer.number = number;
     customer.name = m_nameEdit->text().trimmed();
     customer.streetName = m_streetNameEdit->text().trimmed();
     customer.postCode = m_postCodeEdit->text().trimmed();
     customer.townName = m_townNameEdit->text().trimmed();
     customer.country = m_countryEdit->text().trimmed();
     customer.contact = m_contactEdit->text().trimmed();
-    customer.vatNumber = vatNumber;
+    customer.vatNumber = m_vatNumberEdit->text().trimmed();
     customer.referenceNumber = m_referenceNumberEdit->text().trimmed();
     customer.emailAddress = m_emailAddressEdit->text().trimmed();
     customer.phoneNumber = m_phoneNumberEdit->text().trimmed();
@@ -221,7 +227,6 @@ bool CustomerDialog::readForm(Customer& customer)
     for (const auto& property : properties)
         customer.setPropertyIfNotEmpty(
             QLatin1String(property.key), property.edit->text().trimmed());
-    return true;
 }
 
 void CustomerDialog::fillForm(const Customer& customer)

@@ -29,7 +29,8 @@ public slots:
 
 protected:
     void fillForm(const Customer& customer) override;
-    bool readForm(Customer& customer) override;
+    bool checkForm() override;
+    void readForm(Customer& customer) override;
 
 private:
     void createWidgets();

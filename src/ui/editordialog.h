@@ -61,9 +61,12 @@ protected:
 
     // Shows a record in the fields (an empty one when no row is chosen).
     virtual void fillForm(const Record& record) = 0;
-    // Checks the fields and writes them into record; on a bad value warns,
-    // focuses the field and returns false.
-    virtual bool readForm(Record& record) = 0;
+    // Checks the fields; on a bad value warns, focuses the field and
+    // returns false.
+    virtual bool checkForm() = 0;
+    // Writes the fields into record as they stand, unchecked; a field that
+    // does not read as a value leaves the record's own.
+    virtual void readForm(Record& record) = 0;
     virtual void formCommitted() { }
 
     // Warns of a bad value and puts the keyboard in its field; false.
@@ -82,11 +85,12 @@ protected:
         const Record* current = m_model->recordAt(m_formRow);
         if (!m_formDirty || !current)
             return true;
+        if (!checkForm())
+            return false;
         // Starting from the row keeps what the form does not show.
         Record record;
         current->copy(&record);
-        if (!readForm(record))
-            return false;
+        readForm(record);
         m_formDirty = false;
         const int selected = currentRow();
         m_model->setRecord(m_formRow, record);
@@ -133,12 +137,34 @@ protected:
         m_reverting = reverting;
     }
 
-    // Any edit in these fields makes the form one to check and write.
+    // The list shows what is being typed; the checks wait until the record
+    // is left or the dialog accepted.
+    void showTyped()
+    {
+        const Record* current = m_model->recordAt(m_formRow);
+        if (!current)
+            return;
+        Record record;
+        current->copy(&record);
+        readForm(record);
+        const bool reverting = m_reverting;
+        m_reverting = true;
+        m_model->setRecord(m_formRow, record);
+        // A new number or group may have moved the row or rebuilt the list.
+        if (currentRow() != m_formRow)
+            selectRow(m_formRow);
+        m_reverting = reverting;
+    }
+
+    // Any edit in these fields makes the form one to check and write, and
+    // shows in the list at once.
     void watchFields(std::initializer_list<QWidget*> fields)
     {
         auto edited = [this] {
-            if (!m_loading)
-                m_formDirty = true;
+            if (m_loading)
+                return;
+            m_formDirty = true;
+            showTyped();
         };
         for (QWidget* field : fields) {
             if (auto* edit = qobject_cast<QLineEdit*>(field))

@@ -1,12 +1,11 @@
 #include "formhelper.h"
 
-#include "domain/decimalformat.h"
-
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 
@@ -47,6 +46,18 @@ QDialogButtonBox* FormHelper::createButtonBox(QDialog* dialog)
     return buttons;
 }
 
+void FormHelper::fitColumns(QHeaderView* header)
+{
+    // About forty characters are enough for a name in a list.
+    constexpr int widestColumnInCharacters = 40;
+    header->resizeSections(QHeaderView::ResizeToContents);
+    const int widest = header->fontMetrics().averageCharWidth() * widestColumnInCharacters;
+    for (int column = 0; column < header->count(); ++column) {
+        if (!header->isSectionHidden(column) && header->sectionSize(column) > widest)
+            header->resizeSection(column, qMax(widest, header->sectionSizeHint(column)));
+    }
+}
+
 void FormHelper::setTabOrder(std::initializer_list<QWidget*> widgets)
 {
     QWidget* previous = nullptr;
@@ -57,7 +68,7 @@ void FormHelper::setTabOrder(std::initializer_list<QWidget*> widgets)
     }
 }
 
-bool FormHelper::parseDecimal(
+DecimalFormat::ParseStatus FormHelper::parseDecimal(
     const QString& text, int fractionDigits, int minFractionDigits, qint64& value)
 {
     QString compact = text.trimmed();
@@ -66,20 +77,9 @@ bool FormHelper::parseDecimal(
     compact.remove(QChar(0x202f));
     compact.replace(QLatin1Char(','), QLatin1Char('.'));
     if (compact.isEmpty() || compact.count(QLatin1Char('.')) > 1)
-        return false;
-    const qsizetype point = compact.indexOf(QLatin1Char('.'));
-    const QString integerPart = point < 0 ? compact : compact.left(point);
-    qint64 limit = 2147483647;
-    for (int i = 0; i < fractionDigits; ++i)
-        limit /= 10;
-    bool integerOk = integerPart.isEmpty() || integerPart == QLatin1String("-");
-    if (!integerOk) {
-        const qlonglong integer = integerPart.toLongLong(&integerOk);
-        if (!integerOk || qAbs(integer) >= limit)
-            return false;
-    }
+        return DecimalFormat::ParseStatus::Invalid;
     const DecimalFormat format(fractionDigits, minFractionDigits);
-    bool ok = false;
-    value = format.parse(compact, ok);
-    return ok;
+    DecimalFormat::ParseStatus status = DecimalFormat::ParseStatus::Invalid;
+    value = format.parse(compact, status);
+    return status;
 }

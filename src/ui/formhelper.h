@@ -1,6 +1,8 @@
 #ifndef FORMHELPER_H
 #define FORMHELPER_H
 
+#include "domain/decimalformat.h"
+
 #include <QString>
 #include <initializer_list>
 
@@ -8,6 +10,7 @@ class QCheckBox;
 class QDialog;
 class QDialogButtonBox;
 class QFormLayout;
+class QHeaderView;
 class QLabel;
 class QPushButton;
 class QWidget;
@@ -40,13 +43,16 @@ public:
     static QPushButton* createButton(const QString& text, const QString& name);
     // "OK" and "Peruuta", wired to the dialog's accept() and reject().
     static QDialogButtonBox* createButtonBox(QDialog* dialog);
+    // Sizes the visible columns to their header texts and contents; a long
+    // text is cut rather than push the other columns out of sight.
+    static void fitColumns(QHeaderView* header);
     // Chains the keyboard order through the widgets.
     static void setTabOrder(std::initializer_list<QWidget*> widgets);
 
     // Reads a decimal number typed with a comma or a point (and perhaps
     // spaces between thousands) as an integer with the given number of
-    // decimals. DecimalFormat works in 32 bits, so larger values are refused.
-    static bool parseDecimal(
+    // decimals. DecimalFormat works in 32 bits: a larger number is TooLarge.
+    static DecimalFormat::ParseStatus parseDecimal(
         const QString& text, int fractionDigits, int minFractionDigits, qint64& value);
 };
 

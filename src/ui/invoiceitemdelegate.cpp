@@ -4,6 +4,7 @@
 #include "core/registry.h"
 #include "domain/product.h"
 
+#include <QAbstractItemView>
 #include <QCompleter>
 #include <QLineEdit>
 #include <QStringListModel>
@@ -54,6 +55,16 @@ QWidget* InvoiceItemDelegate::createEditor(
                 },
                 Qt::QueuedConnection);
         });
+        // Return in the open list with nothing highlighted: when only one
+        // product is left, that is the one meant (productNumberFromText()
+        // finds it), instead of only closing the list. Committed at once,
+        // while the editor still has the keyboard to hand back to the view.
+        connect(edit, &QLineEdit::returnPressed, edit, [self, edit, completer] {
+            const QAbstractItemView* popup = completer->popup();
+            if (popup->isVisible() && !popup->currentIndex().isValid()
+                && completer->completionCount() == 1)
+                self->commitAndCloseEditor(edit);
+        });
         return edit;
     }
     case InvoiceItemTableModel::QuantityColumn:
@@ -83,14 +94,24 @@ void InvoiceItemDelegate::setModelData(
 QString InvoiceItemDelegate::productNumberFromText(const QString& text) const
 {
     const QString trimmed = text.trimmed();
+    if (trimmed.isEmpty())
+        return trimmed;
     bool found = false;
     m_registry->productByNumber(trimmed, found);
     if (found)
         return trimmed;
+    // The text matches the completions the way the list filters them.
+    const Product* onlyMatch = nullptr;
+    int matches = 0;
     for (int i = 0; i < m_registry->productCount(); ++i) {
         const Product* product = m_registry->productAt(i);
-        if (completionText(product).trimmed() == trimmed)
+        const QString completion = completionText(product).trimmed();
+        if (completion == trimmed)
             return product->number;
+        if (completion.contains(trimmed, Qt::CaseInsensitive)) {
+            onlyMatch = product;
+            ++matches;
+        }
     }
-    return trimmed;
+    return matches == 1 ? onlyMatch->number : trimmed;
 }

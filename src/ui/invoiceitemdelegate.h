@@ -17,8 +17,9 @@ public:
     void setModelData(
         QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
 
-    // The product number meant by a typed or completed text: a completion
-    // "NUMBER NAME" gives NUMBER; any other text is taken as typed.
+    // The product number meant by a typed or completed text: a product
+    // number or a completion "NUMBER NAME" gives NUMBER, and so does a part
+    // of exactly one completion; any other text is taken as typed.
     QString productNumberFromText(const QString& text) const;
 };
 

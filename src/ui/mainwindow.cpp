@@ -72,6 +72,8 @@ MainWindow::MainWindow(Registry* registry, QWidget* parent)
     // focus from it; show it once the edit is over.
     connect(m_model->invoiceItemTableModel(), &InvoiceItemTableModel::tooLargeAmountEntered, this,
         &MainWindow::tooLargeAmountEntered, Qt::QueuedConnection);
+    connect(m_model->paymentTableModel(), &PaymentTableModel::tooLargeAmountEntered, this,
+        &MainWindow::tooLargeAmountEntered, Qt::QueuedConnection);
 
     resize(initialSize);
     loadForm();
@@ -607,7 +609,10 @@ void MainWindow::saveSettings()
 
 void MainWindow::tooLargeAmountEntered()
 {
-    showWarningMessage(tr("Laskurivin määrä, à-hinta tai summa ei saa ylittää 999 999,99."));
+    // The model that refused the value tells the limit.
+    PaymentTableModel* payments = m_model->paymentTableModel();
+    showWarningMessage(sender() == payments ? payments->lastError()
+                                            : m_model->invoiceItemTableModel()->lastError());
 }
 
 // --- Window state ------------------------------------------------------------

@@ -36,6 +36,8 @@ const double zoomFactors[]
 // The combo box's first entries are the two fit modes.
 constexpr int firstFactorIndex = 2;
 constexpr int defaultZoomIndex = 0;
+// An A4 page in a window of its own, when nothing was kept from last time.
+constexpr QSize defaultSize(900, 1000);
 
 } // namespace
 
@@ -173,21 +175,36 @@ void PrintPreviewDialog::restoreSettings()
     if (settings) {
         settings->beginGroup(QStringLiteral("printPreviewWindow"));
         const QByteArray geometry = settings->value(QStringLiteral("geometry")).toByteArray();
-        if (geometry.isEmpty() || !restoreGeometry(geometry))
-            resize(900, 1000);
+        if (geometry.isEmpty() || !restoreGeometry(geometry)) {
+            resize(defaultSize);
+            m_fitToolBar = true;
+        }
         bool ok = false;
         const int saved = settings->value(QStringLiteral("zoom")).toInt(&ok);
         if (ok && saved >= 0 && saved < m_zoomCombo->count())
             zoom = saved;
         settings->endGroup();
     } else {
-        resize(900, 1000);
+        resize(defaultSize);
+        m_fitToolBar = true;
     }
     m_zoomCombo->setCurrentIndex(zoom);
     setZoomIndex(zoom);
 }
 
 void PrintPreviewDialog::saveSettings() { }
+
+void PrintPreviewDialog::showEvent(QShowEvent* event)
+{
+    if (m_fitToolBar) {
+        m_fitToolBar = false;
+        const QMargins margins = layout()->contentsMargins();
+        const int toolBarWidth = m_toolBar->sizeHint().width() + margins.left() + margins.right();
+        if (toolBarWidth > width())
+            resize(toolBarWidth, height());
+    }
+    QDialog::showEvent(event);
+}
 
 void PrintPreviewDialog::done(int result)
 {

@@ -120,6 +120,7 @@ public slots:
     void done(int result) override;
 
 protected:
+    void showEvent(QShowEvent* event) override;
     virtual void showMessage(QMessageBox::Icon icon, const QString& text);
     virtual QStringList installedPrinterNames() const;
     virtual QString defaultPrinterName() const;
@@ -171,6 +172,9 @@ private:
     QString m_lastError;
     FileNameChooser m_fileNameChooser;
     bool m_updatingPage = false;
+    // No size was kept from last time: the first showing widens the window
+    // to the whole toolbar, subclasses' tools included.
+    bool m_fitToolBar = false;
 };
 
 #endif // PRINTPREVIEWDIALOG_H

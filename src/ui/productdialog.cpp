@@ -11,6 +11,12 @@
 #include <QPushButton>
 #include <QTreeView>
 
+namespace {
+
+constexpr qint64 maxVatRate = 100 * Constants::percentageScale;
+
+} // namespace
+
 ProductDialog::ProductDialog(Registry* registry, QWidget* parent)
     : EditorDialog(registry, tr("Tuotetietojen tallentaminen epäonnistui. %1"), parent)
     , m_treeModel(new ProductTreeModel(m_model, this))
@@ -18,8 +24,9 @@ ProductDialog::ProductDialog(Registry* registry, QWidget* parent)
     setWindowTitle(tr("Tuotteet"));
     createWidgets();
     // A regrouping resets the tree: open the groups again.
-    connect(m_treeModel, &QAbstractItemModel::modelReset, m_view, &QTreeView::expandAll);
-    m_view->expandAll();
+    connect(m_treeModel, &QAbstractItemModel::modelReset, this, &ProductDialog::openCategories);
+    openCategories();
+    FormHelper::fitColumns(m_view->header());
     if (m_model->rowCount() > 0)
         selectRow(m_treeModel->sourceRow(m_treeModel->index(0, 0, m_treeModel->index(0, 0))));
     loadForm();
@@ -32,9 +39,6 @@ void ProductDialog::createWidgets()
     m_view->setModel(m_treeModel);
     m_view->setAllColumnsShowFocus(true);
     m_view->header()->setStretchLastSection(false);
-    const int widths[] = { 120, 200, 60, 80, 90, 60 };
-    for (int column = 0; column < int(std::size(widths)); ++column)
-        m_view->setColumnWidth(column, widths[column]);
     m_view->hideColumn(ProductTableModel::CategoryColumn);
 
     m_addButton = FormHelper::createButton(tr("&Uusi tuote"), QStringLiteral("addButton"));
@@ -105,13 +109,12 @@ void ProductDialog::addProduct()
     if (!commitForm())
         return;
     Product product;
-    // A new product joins the category that is being looked at.
+    // A new product joins the category that is being looked at; the rest
+    // starts from what a business mostly sells: the general VAT rate on a
+    // price without VAT.
     product.category = m_treeModel->category(m_view->selectionModel()->currentIndex());
-    if (const Product* current = m_model->recordAt(currentRow())) {
-        product.unitCode = current->unitCode;
-        product.vatRate = current->vatRate;
-        product.vatExcluded = current->vatExcluded;
-    }
+    product.vatRate = Constants::generalVatRate;
+    product.vatExcluded = true;
     selectRow(m_model->addRecord(product));
     m_numberEdit->setFocus();
 }
@@ -127,31 +130,71 @@ void ProductDialog::removeProduct()
     loadForm();
 }
 
-bool ProductDialog::readForm(Product& product)
+DecimalFormat::ParseStatus ProductDialog::typedAmount(qint64& amount) const
+{
+    return FormHelper::parseDecimal(m_amountEdit->text(), Constants::amountFractionDigits,
+        Constants::amountMinFractionDigits, amount);
+}
+
+DecimalFormat::ParseStatus ProductDialog::typedVatRate(qint64& vatRate) const
+{
+    const DecimalFormat::ParseStatus status = FormHelper::parseDecimal(m_vatRateEdit->text(),
+        Constants::percentageFractionDigits, Constants::percentageMinFractionDigits, vatRate);
+    if (status == DecimalFormat::ParseStatus::Ok && vatRate > maxVatRate)
+        return DecimalFormat::ParseStatus::TooLarge;
+    if (status == DecimalFormat::ParseStatus::Ok && vatRate < 0)
+        return DecimalFormat::ParseStatus::Invalid;
+    return status;
+}
+
+bool ProductDialog::checkForm()
 {
     const QString number = m_numberEdit->text().trimmed();
     if (number.isEmpty())
         return refuse(m_numberEdit, tr("Tuotenumero puuttuu."));
     if (m_model->rowOfNumber(number, m_formRow) >= 0)
         return refuse(m_numberEdit, tr("Tuotenumero %1 on jo käytössä.").arg(number));
+    using Status = DecimalFormat::ParseStatus;
     qint64 amount = 0;
-    if (!FormHelper::parseDecimal(m_amountEdit->text(), Constants::amountFractionDigits,
-            Constants::amountMinFractionDigits, amount))
+    const Status amountStatus = typedAmount(amount);
+    if (amountStatus == Status::TooLarge) {
+        const DecimalFormat amountFormat(
+            Constants::amountFractionDigits, Constants::amountMinFractionDigits);
+        return refuse(m_amountEdit,
+            tr("Hinta on liian suuri. Suurin sallittu hinta on %1.")
+                .arg(amountFormat.format(DecimalFormat::maxParsedValue)),
+            true);
+    }
+    if (amountStatus != Status::Ok)
         return refuse(m_amountEdit, tr("Hinta on virheellinen."), true);
     qint64 vatRate = 0;
-    if (!FormHelper::parseDecimal(m_vatRateEdit->text(), Constants::percentageFractionDigits,
-            Constants::percentageMinFractionDigits, vatRate)
-        || vatRate < 0 || vatRate > 100 * Constants::percentageScale)
+    const Status vatStatus = typedVatRate(vatRate);
+    if (vatStatus == Status::TooLarge) {
+        const DecimalFormat rateFormat(
+            Constants::percentageFractionDigits, Constants::percentageMinFractionDigits);
+        return refuse(m_vatRateEdit,
+            tr("ALV-prosentti on liian suuri. Suurin sallittu ALV-prosentti on %1.")
+                .arg(rateFormat.format(maxVatRate)),
+            true);
+    }
+    if (vatStatus != Status::Ok)
         return refuse(m_vatRateEdit, tr("ALV-prosentti on virheellinen."), true);
+    return true;
+}
 
-    product.number = number;
+void ProductDialog::readForm(Product& product)
+{
+    product.number = m_numberEdit->text().trimmed();
     product.name = m_nameEdit->text().trimmed();
     product.unitCode = m_unitCodeEdit->text().trimmed();
-    product.amount = amount;
+    qint64 amount = 0;
+    if (typedAmount(amount) == DecimalFormat::ParseStatus::Ok)
+        product.amount = amount;
     product.vatExcluded = m_vatModeCombo->currentData().toBool();
-    product.vatRate = int(vatRate);
+    qint64 vatRate = 0;
+    if (typedVatRate(vatRate) == DecimalFormat::ParseStatus::Ok)
+        product.vatRate = int(vatRate);
     product.category = m_categoryCombo->currentText().trimmed();
-    return true;
 }
 
 void ProductDialog::formCommitted()
@@ -175,6 +218,14 @@ void ProductDialog::fillForm(const Product& product)
     m_categoryCombo->setCurrentText(product.category);
     m_form->setEnabled(m_formRow >= 0);
     m_removeButton->setEnabled(m_formRow >= 0);
+}
+
+void ProductDialog::openCategories()
+{
+    // A category's name takes the whole row, not the width of the numbers.
+    for (int row = 0; row < m_treeModel->rowCount(); ++row)
+        m_view->setFirstColumnSpanned(row, QModelIndex(), true);
+    m_view->expandAll();
 }
 
 void ProductDialog::updateCategories()

@@ -27,11 +27,16 @@ public slots:
 
 protected:
     void fillForm(const Product& product) override;
-    bool readForm(Product& product) override;
+    bool checkForm() override;
+    void readForm(Product& product) override;
     void formCommitted() override;
 
 private:
     void createWidgets();
+    void openCategories();
+    // The typed price and VAT rate; a rate beyond 100 % is TooLarge.
+    DecimalFormat::ParseStatus typedAmount(qint64& amount) const;
+    DecimalFormat::ParseStatus typedVatRate(qint64& vatRate) const;
     void updateCategories();
 
     ProductTreeModel* m_treeModel;

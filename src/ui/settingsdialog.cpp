@@ -34,6 +34,7 @@ namespace {
 
 // The logo is printed 20 mm high unless told otherwise.
 constexpr int defaultLogoHeight = 20;
+constexpr qint64 maxInterest = 100 * Constants::percentageScale;
 
 QPlainTextEdit* addText(QFormLayout* layout, const QString& caption, const QString& name)
 {
@@ -124,7 +125,7 @@ QWidget* SettingsDialog::createSellerPage()
         = FormHelper::addField<QLineEdit>(layout, tr("&Maa"), QStringLiteral("sellerCountryEdit"));
     m_sellerBusinessIdEdit = FormHelper::addField<QLineEdit>(
         layout, tr("&Y-tunnus"), QStringLiteral("sellerBusinessIdEdit"));
-    m_sellerBusinessIdEdit->setPlaceholderText(tr("1234567-8"));
+    m_sellerBusinessIdEdit->setPlaceholderText(tr("1234567-1"));
     m_sellerPhoneNumberEdit = FormHelper::addField<QLineEdit>(
         layout, tr("&Puhelin"), QStringLiteral("sellerPhoneNumberEdit"));
     m_sellerEmailAddressEdit = FormHelper::addField<QLineEdit>(
@@ -381,14 +382,21 @@ bool SettingsDialog::checkValues()
     const QString businessId = m_sellerBusinessIdEdit->text().trimmed();
     if (!businessId.isEmpty() && !Customer::isValidBusinessId(businessId)) {
         return refuse(m_sellerBusinessIdEdit, SellerPage,
-            tr("Y-tunnus on virheellinen. Kirjoita se muodossa 1234567-8."));
+            tr("Y-tunnus on virheellinen. Kirjoita se muodossa 1234567-1."));
     }
     if (!m_interestOnArrearsEdit->text().trimmed().isEmpty()) {
+        using Status = DecimalFormat::ParseStatus;
         qint64 interest = 0;
-        if (!FormHelper::parseDecimal(m_interestOnArrearsEdit->text(),
-                Constants::percentageFractionDigits, Constants::percentageMinFractionDigits,
-                interest)
-            || interest < 0 || interest > 100 * Constants::percentageScale) {
+        const Status status = FormHelper::parseDecimal(m_interestOnArrearsEdit->text(),
+            Constants::percentageFractionDigits, Constants::percentageMinFractionDigits, interest);
+        if (status == Status::TooLarge || (status == Status::Ok && interest > maxInterest)) {
+            const DecimalFormat percentFormat(
+                Constants::percentageFractionDigits, Constants::percentageMinFractionDigits);
+            return refuse(m_interestOnArrearsEdit, InvoicingPage,
+                tr("Viivästyskorko on liian suuri. Suurin sallittu viivästyskorko on %1 %.")
+                    .arg(percentFormat.format(maxInterest)));
+        }
+        if (status != Status::Ok || interest < 0) {
             return refuse(m_interestOnArrearsEdit, InvoicingPage,
                 tr("Viivästyskorko on virheellinen: kirjoita prosentti, esimerkiksi 8 tai 8,5."));
         }
@@ -426,8 +434,8 @@ void SettingsDialog::storeValues()
     store(SettingsKeys::periodForComplaints, m_periodForComplaintsEdit->text());
     qint64 interest = 0;
     if (FormHelper::parseDecimal(m_interestOnArrearsEdit->text(),
-            Constants::percentageFractionDigits, Constants::percentageMinFractionDigits,
-            interest)) {
+            Constants::percentageFractionDigits, Constants::percentageMinFractionDigits, interest)
+        == DecimalFormat::ParseStatus::Ok) {
         settings->setProperty(SettingsKeys::interestOnArrears, int(interest));
     } else {
         settings->removeProperty(SettingsKeys::interestOnArrears);

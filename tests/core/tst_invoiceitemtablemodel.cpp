@@ -179,6 +179,14 @@ void TestInvoiceItemTableModel::cellEdits_data()
     // Excluding VAT, the limit applies to the total with VAT added.
     row("price too large with VAT", false, { "0=24", "2=1000" }, price, "810", false,
         { "amount=1240000", "vatExcluded=false" });
+    // Numbers too large to be read at all are refused, never wrapped.
+    row("quantity too large to read", true, { "0=24", "2=3" }, quantity, "250000", false,
+        { "quantity=30000" });
+    row("price too large to read", true, { "0=24" }, price, "250000", false, { "amount=1240000" });
+    row("discount too large to read", true, { "0=24", "5=10" }, Model::DiscountColumn,
+        "99999999999", false, { "discount=1000" });
+    row("price at the reading limit", true, {}, price, "214748.3647", true,
+        { "amount=2147483647" });
     // The product's own price typed again, in either form, is no change.
     row("same price", true, { "0=24" }, price, " 124.00 ", false, { "amount=1240000" });
     row("new price without VAT", false, { "0=24" }, price, "100.5", true,
@@ -201,8 +209,10 @@ void TestInvoiceItemTableModel::cellEdits()
     QSignalSpy tooLarge(m_model.get(), &Model::tooLargeAmountEntered);
     QCOMPARE(m_model->setData(m_model->index(0, column), text), accepted);
     QCOMPARE(m_model->isChanged(), accepted);
-    // Only amounts beyond the limit are announced as too large.
-    QCOMPARE(tooLarge.count(), QByteArray(QTest::currentDataTag()).contains("too large") ? 1 : 0);
+    // Only amounts beyond the limit are announced as too large, with the reason.
+    const bool tooLargeRow = QByteArray(QTest::currentDataTag()).contains("too large");
+    QCOMPARE(tooLarge.count(), tooLargeRow ? 1 : 0);
+    QCOMPARE(m_model->lastError().contains(QStringLiteral("liian suuri")), tooLargeRow);
     const QStringList stored = RecordFields::of(*m_model->invoiceItemAt(0));
     for (const QString& field : fields)
         QVERIFY2(stored.contains(field), qPrintable(field + " in " + stored.join(", ")));
@@ -258,6 +268,8 @@ void TestInvoiceItemTableModel::paymentEditing_data()
     QTest::addRow("date cleared") << 0 << "" << true << " 5000";
     QTest::addRow("amount") << 1 << " -1234.5 " << true << "2024-02-01 -123450";
     QTest::addRow("same amount") << 1 << "50" << true << "2024-02-01 5000";
+    QTest::addRow("amount too large") << 1 << "21474836.48" << true << "2024-02-01 5000";
+    QTest::addRow("largest amount") << 1 << "21474836.47" << true << "2024-02-01 2147483647";
     QTest::addRow("read-only") << 1 << "7" << false << "2024-02-01 5000";
 }
 
@@ -280,7 +292,9 @@ void TestInvoiceItemTableModel::paymentEditing()
     QCOMPARE(bool(model.index(0, column).flags() & Qt::ItemIsEditable), editable);
 
     QSignalSpy spy(&model, &QAbstractItemModel::dataChanged);
+    QSignalSpy tooLarge(&model, &PaymentTableModel::tooLargeAmountEntered);
     const bool accepted = model.setData(model.index(0, column), value);
+    QCOMPARE(tooLarge.count(), QByteArray(QTest::currentDataTag()).contains("too large") ? 1 : 0);
     const Payment* edited = model.paymentAt(0);
     QCOMPARE(
         edited->date.toString(Qt::ISODate) + QLatin1Char(' ') + QString::number(edited->amount),

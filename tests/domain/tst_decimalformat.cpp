@@ -78,11 +78,6 @@ private slots:
         QTest::addRow("locale minus sign")
             << 4 << QString(finnish().negativeSign() + "1,5") << true << Q_INT64_C(-15000);
         QTest::addRow("no fraction digits") << 0 << "17,9" << true << Q_INT64_C(17);
-        QTest::addRow("beyond 32-bit integer") << 0 << "2147483648" << false << Q_INT64_C(0);
-        // 214749 * 10000 = 2147490000 does not fit in 32 bits and wraps to
-        // 2147490000 - 2^32.
-        QTest::addRow("scaled beyond 32-bit wraps")
-            << 4 << "214749" << true << Q_INT64_C(2147490000) - Q_INT64_C(4294967296);
     }
 
     void parse()
@@ -97,6 +92,50 @@ private slots:
         bool parsedOk = !ok;
         QCOMPARE(format.parse(text, parsedOk), expected);
         QCOMPARE(parsedOk, ok);
+    }
+
+    // The scaled value must fit in 32 bits; beyond that a number is too large,
+    // never wrapped into another one.
+    void parseLimit_data()
+    {
+        using Status = DecimalFormat::ParseStatus;
+        QTest::addColumn<int>("fractionDigits");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<Status>("status");
+        QTest::addColumn<qint64>("expected");
+
+        const qint64 max = Q_INT64_C(2147483647);
+        QTest::addRow("price just below") << 4 << "214748,3646" << Status::Ok << max - 1;
+        QTest::addRow("price at the limit") << 4 << "214748,3647" << Status::Ok << max;
+        QTest::addRow("price just above") << 4 << "214748,3648" << Status::TooLarge << Q_INT64_C(0);
+        QTest::addRow("price without decimals")
+            << 4 << "250000" << Status::TooLarge << Q_INT64_C(0);
+        QTest::addRow("negative at the limit") << 4 << "-214748,3647" << Status::Ok << -max;
+        QTest::addRow("negative just above")
+            << 4 << "-214748,3648" << Status::TooLarge << Q_INT64_C(0);
+        QTest::addRow("cents at the limit") << 2 << "21474836.47" << Status::Ok << max;
+        QTest::addRow("cents just above") << 2 << "21474836.48" << Status::TooLarge << Q_INT64_C(0);
+        QTest::addRow("integer just above")
+            << 0 << "2147483648" << Status::TooLarge << Q_INT64_C(0);
+        QTest::addRow("beyond 64 bits")
+            << 2 << "99999999999999999999,5" << Status::TooLarge << Q_INT64_C(0);
+        QTest::addRow("not a number") << 2 << "99999999999x" << Status::Invalid << Q_INT64_C(0);
+    }
+
+    void parseLimit()
+    {
+        using Status = DecimalFormat::ParseStatus;
+        QFETCH(int, fractionDigits);
+        QFETCH(QString, text);
+        QFETCH(Status, status);
+        QFETCH(qint64, expected);
+        const DecimalFormat format = finnishFormat(fractionDigits, 0);
+        Status parsed = Status::Invalid;
+        QCOMPARE(format.parse(text, parsed), expected);
+        QCOMPARE(parsed, status);
+        bool ok = status != Status::Ok;
+        QCOMPARE(format.parse(text, ok), expected);
+        QCOMPARE(ok, status == Status::Ok);
     }
 
     void dateParse_data()

@@ -1,4 +1,5 @@
 #include "core/producttreemodel.h"
+#include "domain/decimalformat.h"
 #include "recordfields.h"
 #include "testdatabase.h"
 #include "tst_mainwindowfixture.h"
@@ -6,6 +7,7 @@
 #include "ui/customerdialog.h"
 #include "ui/productdialog.h"
 
+#include <QHeaderView>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTableView>
@@ -91,6 +93,10 @@ private slots:
     void refusedFields();
     void removedCustomerIsKeptAndMarked();
     void addProduct();
+    void listShowsWhatIsTyped_data();
+    void listShowsWhatIsTyped();
+    void columnsShowTheirHeaders_data();
+    void columnsShowTheirHeaders();
 
 private:
     Database* database() const { return m_db->database(); }
@@ -238,18 +244,25 @@ void TestEditorDialogs::refusedFields_data()
 {
     QTest::addColumn<int>("kind");
     addFieldColumns();
-    auto row
-        = [](const char* name, int kind, const char* field, const char* text, const char* warning) {
-              QTest::newRow(name) << kind << QString::fromLatin1(field) << QString::fromUtf8(text)
-                                  << QString::fromUtf8(warning);
-          };
-    const char* iban = "IBAN-tilinumero on virheellinen. Tarkista numero tiliotteesta.";
+    auto row = [](const char* name, int kind, const char* field, const char* text,
+                   const QString& warning) {
+        QTest::newRow(name) << kind << QString::fromLatin1(field) << QString::fromUtf8(text)
+                            << warning;
+    };
+    const QString iban
+        = QStringLiteral("IBAN-tilinumero on virheellinen. Tarkista numero tiliotteesta.");
     row("id check digit", 0, "vatNumberEdit", "1572860-1",
         "Y-tunnus tai ALV-numero on virheellinen.");
     row("customer number in use", 0, "numberEdit", "5", "Asiakasnumero 5 on jo käytössä.");
     row("no name", 0, "nameEdit", "", "Asiakkaan nimi puuttuu.");
-    row("no price", 1, "amountEdit", "", "Hinta on virheellinen.");
-    row("rate over 100", 1, "vatRateEdit", "100,01", "ALV-prosentti on virheellinen.");
+    row("no price", 1, "amountEdit", "", QStringLiteral("Hinta on virheellinen."));
+    // The price is read in 32 bits: 250 000,0000 does not fit.
+    row("price too large", 1, "amountEdit", "250000",
+        QStringLiteral("Hinta on liian suuri. Suurin sallittu hinta on %1.")
+            .arg(DecimalFormat(4, 2).format(DecimalFormat::maxParsedValue)));
+    row("rate over 100", 1, "vatRateEdit", "100,01",
+        QStringLiteral("ALV-prosentti on liian suuri. Suurin sallittu ALV-prosentti on 100."));
+    row("negative rate", 1, "vatRateEdit", "-1", QStringLiteral("ALV-prosentti on virheellinen."));
     row("no product number", 1, "numberEdit", "", "Tuotenumero puuttuu.");
     row("product number in use", 1, "numberEdit", "999", "Tuotenumero 999 on jo käytössä.");
     row("IBAN check digits", 2, "ibanEdit", "FI22 1234 5600 0007 85", iban);
@@ -307,17 +320,17 @@ void TestEditorDialogs::removedCustomerIsKeptAndMarked()
 void TestEditorDialogs::addProduct()
 {
     auto dialog = shown<ProductDialog>(m_registry.get());
+    // The coffee (kg, 14 %, VAT included) is shown: the new product takes
+    // its category only and starts from the general rate without VAT.
     click(dialog.get(), "addButton");
-    // The new product starts with the unit, VAT and category of the coffee.
+    QComboBox* mode = child<QComboBox>(dialog.get(), "vatModeCombo");
+    QCOMPARE(QStringList({ edit(dialog.get(), "unitCodeEdit")->text(),
+                 edit(dialog.get(), "vatRateEdit")->text(), mode->currentText() }),
+        QStringList({ "", DecimalFormat(2, 0).format(2550), "Veroton" }));
     typeText(keyTarget(), QStringLiteral("200"));
     typeText(edit(dialog.get(), "nameEdit"), QStringLiteral("Ikkunoiden pesu"));
-    replaceText(edit(dialog.get(), "unitCodeEdit"), QStringLiteral("h"));
+    typeText(edit(dialog.get(), "unitCodeEdit"), QStringLiteral("h"));
     replaceText(edit(dialog.get(), "amountEdit"), QStringLiteral("1 234,5"));
-    QComboBox* mode = child<QComboBox>(dialog.get(), "vatModeCombo");
-    mode->setFocus();
-    QTest::keyClick(mode, Qt::Key_End);
-    QCOMPARE(mode->currentText(), QStringLiteral("Veroton"));
-    replaceText(edit(dialog.get(), "vatRateEdit"), QStringLiteral("25,5"));
     clickButton(dialog.get(), QDialogButtonBox::Ok);
 
     QCOMPARE(dialog->warnings, QStringList());
@@ -333,6 +346,62 @@ void TestEditorDialogs::addProduct()
     bool found = false;
     QCOMPARE(
         fieldsOf(m_registry->productByNumber(expected.number, found)), RecordFields::of(expected));
+}
+
+void TestEditorDialogs::listShowsWhatIsTyped_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("number"); // typed first, when not empty
+    QTest::addColumn<int>("nameColumn");
+    QTest::addRow("customers") << 0 << "" << int(CustomerTableModel::NameColumn);
+    // A number sorts the product among the others as it is typed.
+    QTest::addRow("products") << 1 << "1" << int(ProductTableModel::NameColumn);
+    QTest::addRow("accounts") << 2 << "" << int(BankAccountTableModel::NameColumn);
+}
+
+void TestEditorDialogs::listShowsWhatIsTyped()
+{
+    QFETCH(int, kind);
+    QFETCH(QString, number);
+    QFETCH(int, nameColumn);
+    QStringList* warnings = nullptr;
+    std::unique_ptr<QDialog> dialog = shownKind(m_registry.get(), kind, &warnings);
+    const QAbstractItemView* view = dialog->findChild<QAbstractItemView*>();
+    click(dialog.get(), "addButton");
+    if (!number.isEmpty())
+        typeText(edit(dialog.get(), "numberEdit"), number);
+    const QString name = QStringLiteral("Åkerlund");
+    typeText(edit(dialog.get(), "nameEdit"), name);
+    QCOMPARE(view->currentIndex().siblingAtColumn(nameColumn).data().toString(), name);
+    QCOMPARE(*warnings, QStringList());
+}
+
+void TestEditorDialogs::columnsShowTheirHeaders_data()
+{
+    cancelLeavesEverythingAlone_data();
+}
+
+// At the default size every column is in sight and wide enough for its title.
+void TestEditorDialogs::columnsShowTheirHeaders()
+{
+    QFETCH(int, kind);
+    QStringList* warnings = nullptr;
+    std::unique_ptr<QDialog> dialog = shownKind(m_registry.get(), kind, &warnings);
+    const QHeaderView* header = nullptr;
+    for (const QHeaderView* found : dialog->findChildren<QHeaderView*>()) {
+        if (found->orientation() == Qt::Horizontal)
+            header = found;
+    }
+    QVERIFY(header);
+    for (int column = 0; column < header->count(); ++column) {
+        if (header->isSectionHidden(column))
+            continue;
+        const QString title = header->model()->headerData(column, Qt::Horizontal).toString();
+        QVERIFY2(header->sectionSize(column) >= header->sectionSizeHint(column), qPrintable(title));
+        QVERIFY2(header->sectionViewportPosition(column) + header->sectionSize(column)
+                <= header->viewport()->width(),
+            qPrintable(title));
+    }
 }
 
 QTEST_MAIN(TestEditorDialogs)

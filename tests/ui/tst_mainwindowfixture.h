@@ -131,8 +131,8 @@ void clickButton(QDialog* dialog, QDialogButtonBox::StandardButton which);
 void chooseCustomer(QComboBox* combo, const QString& name);
 // A cell editor of the view has the keyboard.
 bool editing(QAbstractItemView* view);
-// Return, and wait for the view to take the value. With the completions
-// open, the first Return only closes them.
+// Return, and wait for the view to take the value. With several
+// completions open, the first Return only closes them.
 void commitEditor(QAbstractItemView* view);
 // The texts of a column of the invoice list as the window shows it.
 QStringList shownColumn(MainWindow* window, int column);

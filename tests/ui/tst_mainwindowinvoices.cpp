@@ -5,6 +5,7 @@
 #include "core/registry.h"
 #include "domain/decimalformat.h"
 #include "domain/invoice.h"
+#include "domain/invoiceitem.h"
 #include "logcapture.h"
 #include "tst_mainwindowfixture.h"
 
@@ -36,6 +37,10 @@ private slots:
     void copyInvoice();
     void editMode();
     void closeRefusedWhileInvalid();
+    void tooLargeNumbersAreRefused_data();
+    void tooLargeNumbersAreRefused();
+    void productFromTypedText_data();
+    void productFromTypedText();
 
 private:
     TestWindow* window() const { return m_f->window(); }
@@ -358,6 +363,91 @@ void TestMainWindowInvoices::closeRefusedWhileInvalid()
     QCOMPARE(m_f->storedInvoiceCount(), 1);
     for (const char* key : { "mainWindow/geometry", "mainWindow/invoiceItemTable/columns" })
         QVERIFY2(settings->contains(QLatin1String(key)), key);
+}
+
+void TestMainWindowInvoices::tooLargeNumbersAreRefused_data()
+{
+    QTest::addColumn<bool>("payment");
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("message");
+    // The limits as the cells show numbers.
+    const qint64 max = DecimalFormat::maxParsedValue;
+    const QString price = DecimalFormat(4, 2).format(max);
+    const QString quantity = DecimalFormat(4, 0).format(max);
+    const QString cents = DecimalFormat(2, 2).format(max);
+    QTest::addRow("unit price")
+        << false << int(InvoiceItemTableModel::PriceColumn) << "250000"
+        << QStringLiteral("À-hinta on liian suuri. Suurin sallittu à-hinta on %1.").arg(price);
+    QTest::addRow("negative quantity")
+        << false << int(InvoiceItemTableModel::QuantityColumn) << "-250000"
+        << QStringLiteral("Määrä on liian suuri. Suurin sallittu määrä on %1.").arg(quantity);
+    QTest::addRow("discount") << false << int(InvoiceItemTableModel::DiscountColumn)
+                              << "99999999999"
+                              << "Alennus on liian suuri. Suurin sallittu alennus on 100 %.";
+    QTest::addRow("payment")
+        << true << int(PaymentTableModel::AmountColumn) << "25000000"
+        << QStringLiteral("Suorituksen summa on liian suuri. Suurin sallittu summa on %1.")
+               .arg(cents);
+}
+
+// Typed into the cell, a number too large to be read is refused with its
+// limit, and the cell keeps what it had.
+void TestMainWindowInvoices::tooLargeNumbersAreRefused()
+{
+    QFETCH(bool, payment);
+    QFETCH(int, column);
+    QFETCH(QString, text);
+    QFETCH(QString, message);
+    addRow(QStringLiteral("2"), QStringLiteral("3"));
+    QTableView* view = rows();
+    if (payment) {
+        m_f->widget<QPushButton>("addPaymentButton")->click();
+        keys(QStringLiteral("1.3.2024"));
+        commitEditor(window()->paymentTableView());
+        view = window()->paymentTableView();
+    }
+    const QModelIndex cell = view->model()->index(0, column);
+    const QString before = cell.data().toString();
+    QVERIFY(!before.isEmpty());
+    view->setFocus();
+    view->setCurrentIndex(cell);
+    keys(text);
+    commitEditor(view);
+    QTRY_COMPARE(window()->messages, QStringList { message });
+    QCOMPARE(cell.data().toString(), before);
+}
+
+void TestMainWindowInvoices::productFromTypedText_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QList<int>>("keys"); // pressed after the text
+    QTest::addColumn<QString>("product"); // the row's product number afterwards
+    const int enter = Qt::Key_Return;
+    QTest::addRow("part of one name") << "unnit" << QList<int> { enter } << "1";
+    QTest::addRow("part of one name, any case") << "KIINTO" << QList<int> { enter } << "2";
+    // "i" is in every name: 1 Suunnittelu, 2 Kiintolevy, 999 Viivästyskorko.
+    QTest::addRow("highlighted of several")
+        << "i" << QList<int> { Qt::Key_Down, Qt::Key_Down, enter } << "2";
+    // None highlighted: the list closes and the text means no product.
+    QTest::addRow("several, none highlighted") << "i" << QList<int> { enter, enter } << "";
+    QTest::addRow("no match") << "kahvi" << QList<int> { enter } << "";
+}
+
+// The product cell of a new row, typed into and left with the keyboard.
+void TestMainWindowInvoices::productFromTypedText()
+{
+    QFETCH(QString, text);
+    QFETCH(QList<int>, keys);
+    QFETCH(QString, product);
+    press(Qt::Key_F8);
+    ::keys(text);
+    for (int key : keys) {
+        QVERIFY(editing(rows()));
+        press(key);
+    }
+    QTRY_VERIFY(!editing(rows()));
+    QCOMPARE(model()->invoiceItemTableModel()->invoiceItemAt(0)->productNumber, product);
 }
 
 QTEST_MAIN(TestMainWindowInvoices)

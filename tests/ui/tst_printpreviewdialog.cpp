@@ -18,6 +18,7 @@
 #include <QPrintPreviewWidget>
 #include <QPrinter>
 #include <QSpinBox>
+#include <QToolBar>
 #include <QtTest>
 
 namespace {
@@ -105,6 +106,8 @@ private slots:
     void failures();
     void invoiceLayouts();
     void invoiceListColumnsAndSort();
+    void wholeToolBarAtDefaultSize_data();
+    void wholeToolBarAtDefaultSize();
 
 private:
     std::unique_ptr<TestPreviewDialog> newDialog(int orientations = 3);
@@ -364,6 +367,43 @@ void TestPrintPreviewDialog::invoiceListColumnsAndSort()
         ((1 << 11) - 1)
             & ~((1 << InvoiceListPrintModel::ReferenceNumberColumn)
                 | (1 << InvoiceListPrintModel::DeliveryDateColumn)));
+}
+
+void TestPrintPreviewDialog::wholeToolBarAtDefaultSize_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addRow("report") << 0;
+    QTest::addRow("invoice") << 1;
+    QTest::addRow("invoice list") << 2;
+    QTest::addRow("payment journal") << 3;
+}
+
+// Without a size kept from last time, no tool hides behind the toolbar's
+// extension button.
+void TestPrintPreviewDialog::wholeToolBarAtDefaultSize()
+{
+    QFETCH(int, kind);
+    Registry* registry = m_fixture.registry();
+    registry->appSettings()->remove(QStringLiteral("printPreviewWindow"));
+    std::unique_ptr<PrintPreviewDialog> dialog;
+    if (kind == 0)
+        dialog = std::make_unique<TestPreviewDialog>(registry);
+    else if (kind == 1)
+        dialog = std::make_unique<InvoicePrintPreviewDialog>(registry);
+    else if (kind == 2)
+        dialog = std::make_unique<InvoiceListPrintPreviewDialog>(registry);
+    else
+        dialog = std::make_unique<PaymentPrintPreviewDialog>(registry);
+    dialog->show();
+    QVERIFY(QTest::qWaitForWindowExposed(dialog.get()));
+    QToolBar* toolBar = dialog->toolBar();
+    const QList<QAction*> actions = toolBar->actions();
+    QVERIFY(actions.size() > 10);
+    for (QAction* action : actions) {
+        const QWidget* widget = toolBar->widgetForAction(action);
+        QVERIFY2(widget && widget->isVisible(), qPrintable(action->text()));
+    }
+    dialog->reject();
 }
 
 QTEST_MAIN(TestPrintPreviewDialog)

@@ -1,14 +1,17 @@
 #include "core/registry.h"
 #include "domain/bankaccount.h"
+#include "domain/customer.h"
 #include "domain/printscript.h"
 #include "domain/settings.h"
 #include "storage/database.h"
 #include "storage/query.h"
 #include "testdatabase.h"
 #include "tst_mainwindowfixture.h"
+#include "ui/customerdialog.h"
 #include "ui/settingsdialog.h"
 
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QtTest>
 #include <memory>
@@ -53,6 +56,8 @@ private slots:
     void unchangedValuesRoundTrip();
     void badValuesAreRefused_data();
     void badValuesAreRefused();
+    void businessIdExamplesPassTheCheck_data();
+    void businessIdExamplesPassTheCheck();
 
 private:
     std::unique_ptr<TestDatabase> m_db;
@@ -179,7 +184,7 @@ void TestSettingsDialog::badValuesAreRefused_data()
     const QString interest = QStringLiteral(
         "Viivästyskorko on virheellinen: kirjoita prosentti, esimerkiksi 8 tai 8,5.");
     const QString businessId
-        = QStringLiteral("Y-tunnus on virheellinen. Kirjoita se muodossa 1234567-8.");
+        = QStringLiteral("Y-tunnus on virheellinen. Kirjoita se muodossa 1234567-1.");
     const QString logoHeight
         = QStringLiteral("Logon korkeus on virheellinen: kirjoita millimetrit väliltä 1-100.");
     auto row = [](const char* name, const char* field, const char* text, const QString& warning,
@@ -187,7 +192,13 @@ void TestSettingsDialog::badValuesAreRefused_data()
         QTest::newRow(name) << QString::fromLatin1(field) << QString::fromUtf8(text) << warning
                             << page;
     };
-    row("interest over 100", "interestOnArrearsEdit", "100,5", interest,
+    const QString interestTooLarge
+        = QStringLiteral("Viivästyskorko on liian suuri. Suurin sallittu viivästyskorko on 100 %.");
+    row("interest over 100", "interestOnArrearsEdit", "100,5", interestTooLarge,
+        SettingsDialog::InvoicingPage);
+    row("interest beyond 32 bits", "interestOnArrearsEdit", "21474837", interestTooLarge,
+        SettingsDialog::InvoicingPage);
+    row("negative interest", "interestOnArrearsEdit", "-1", interest,
         SettingsDialog::InvoicingPage);
     row("id check digit", "sellerBusinessIdEdit", "1572860-1", businessId,
         SettingsDialog::SellerPage);
@@ -215,6 +226,42 @@ void TestSettingsDialog::badValuesAreRefused()
     QCOMPARE(dialog.currentPage(), page);
     QCOMPARE(dialog.focusWidget(), dialog.findChild<QWidget*>(field));
     QCOMPARE(describe(*dialog.settings()), before);
+}
+
+void TestSettingsDialog::businessIdExamplesPassTheCheck_data()
+{
+    QTest::addColumn<int>("source");
+    QTest::addRow("seller's business id field") << 0;
+    QTest::addRow("warning of a wrong business id") << 1;
+    QTest::addRow("customer's business id or VAT number field") << 2;
+}
+
+// An example that the program shows is one that it accepts.
+void TestSettingsDialog::businessIdExamplesPassTheCheck()
+{
+    QFETCH(int, source);
+    QString shown;
+    if (source == 2) {
+        CustomerDialog customers(m_registry.get());
+        shown = customers.findChild<QLineEdit*>(QStringLiteral("vatNumberEdit"))->placeholderText();
+    } else {
+        Dialog dialog(m_registry.get());
+        if (source == 0) {
+            shown = dialog.findChild<QLineEdit*>(QStringLiteral("sellerBusinessIdEdit"))
+                        ->placeholderText();
+        } else {
+            typeOver(&dialog, QStringLiteral("sellerBusinessIdEdit"), QStringLiteral("1572860-1"));
+            clickButton(&dialog, QDialogButtonBox::Ok);
+            shown = dialog.warnings.join(u' ');
+        }
+    }
+    static const QRegularExpression example(QStringLiteral("\\d{7}-\\d|FI\\d{8}"));
+    QStringList examples;
+    for (const QRegularExpressionMatch& match : example.globalMatch(shown))
+        examples.append(match.captured());
+    QVERIFY2(!examples.isEmpty(), qPrintable(shown));
+    for (const QString& id : examples)
+        QVERIFY2(Customer::isValidVatNumberOrBusinessId(id), qPrintable(id));
 }
 
 QTEST_MAIN(TestSettingsDialog)
