@@ -5,6 +5,7 @@
 #include "core/invoicesavecheck.h"
 #include "core/invoicetablemodel.h"
 #include "core/mainmodel.h"
+#include "core/paymenttablemodel.h"
 #include "core/registry.h"
 #include "domain/invoicecriteria.h"
 #include "domain/invoicetype.h"
