@@ -15,6 +15,7 @@
 #include "ui/paymentdelegate.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QCompleter>
 #include <QFormLayout>
@@ -39,6 +40,16 @@ namespace {
 const QString attributePrefix = QStringLiteral("attributes/");
 const QString noticeText1Key = QStringLiteral("t1");
 const QString noticeText2Key = QStringLiteral("t2");
+
+// A read-only field takes the window's colour, as a disabled one does, so
+// that a saved invoice does not look editable.
+void showAsReadOnly(QWidget* widget, bool readOnly)
+{
+    const QPalette normal = QApplication::palette(widget);
+    QPalette palette = widget->palette();
+    palette.setColor(QPalette::Base, normal.color(readOnly ? QPalette::Window : QPalette::Base));
+    widget->setPalette(palette);
+}
 
 QLabel* addField(QGridLayout* layout, int row, int column, const QString& text, QWidget* field,
     int columnSpan = 1)
@@ -429,8 +440,13 @@ void InvoiceForm::updateEditable()
     const bool editable = isEditMode();
     for (QLineEdit* edit : { m_numberEdit, m_dateEdit, m_dueDateEdit, m_paymentTermsEdit,
              m_deliveryEdit, m_deliveryDateEdit, m_buyerRefEdit, m_sellerRefEdit, m_interestEdit,
-             m_noticeText1Edit, m_noticeText2Edit })
+             m_noticeText1Edit, m_noticeText2Edit }) {
         edit->setReadOnly(!editable);
+        showAsReadOnly(edit, !editable);
+    }
+    showAsReadOnly(m_referenceNumberEdit, true);
+    showAsReadOnly(m_invoiceItemTableView, !editable);
+    showAsReadOnly(m_attributeTable, !editable);
     m_customerCombo->setEnabled(editable);
     m_typeCombo->setEnabled(editable);
     m_attributeTable->setEditTriggers(editable
