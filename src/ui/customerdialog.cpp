@@ -50,13 +50,16 @@ void CustomerDialog::createWidgets()
     m_view->setModel(m_searchFilter);
     m_view->setSortingEnabled(true);
     m_view->verticalHeader()->hide();
-    m_view->horizontalHeader()->setStretchLastSection(true);
     for (int column = CustomerTableModel::StreetNameColumn;
          column < CustomerTableModel::ColumnCount; ++column) {
         if (column != CustomerTableModel::TownNameColumn)
             m_view->hideColumn(column);
     }
     FormHelper::fitColumns(m_view->horizontalHeader());
+    // The name takes the room left, so a name typed for a new customer shows
+    // whole at once.
+    m_view->horizontalHeader()->setSectionResizeMode(
+        CustomerTableModel::NameColumn, QHeaderView::Stretch);
 
     m_addButton = FormHelper::createButton(tr("&Uusi asiakas"), QStringLiteral("addButton"));
     m_removeButton = FormHelper::createButton(tr("&Poista"), QStringLiteral("removeButton"));
