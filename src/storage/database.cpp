@@ -20,6 +20,17 @@ Database::~Database()
         close();
 }
 
+bool Database::open(QSettings* entry)
+{
+    if (openEntry(entry)) {
+        m_lastError.clear();
+        return true;
+    }
+    if (QSqlDatabase::contains(m_connectionName))
+        close();
+    return false;
+}
+
 void Database::close()
 {
     qCDebug(logDatabase).noquote() << "Suljetaan tietokantayhteys";

@@ -30,8 +30,9 @@ public:
     static constexpr int currentVersion = 10;
 
 public slots:
-    // entry: the settings group of one configured database (its array element).
-    virtual bool open(QSettings* entry) = 0;
+    // entry: the settings group of one configured database (its array
+    // element). Nothing stays open after a failure.
+    bool open(QSettings* entry);
     void close();
     void setCreateIfNotExist(bool create);
     bool isCreateIfNotExist() const;
@@ -57,6 +58,9 @@ public slots:
     bool queryExec(QSqlQuery& query, const QString& sql);
 
 protected:
+    // Opens the connection the entry describes; open() cleans up after a
+    // failure.
+    virtual bool openEntry(QSettings* entry) = 0;
     // Runs step "from -> from+1" of the schema upgrade.
     bool upgradeStep(int from, QSqlQuery& query);
     // Logs the progress line of a step and runs its statements in order,

@@ -32,18 +32,6 @@ Query* PostgreSQLDatabase::query()
     return new PostgreSQLQuery(forwardOnlyQuery());
 }
 
-bool PostgreSQLDatabase::open(QSettings* entry)
-{
-    if (openEntry(entry)) {
-        m_lastError.clear();
-        return true;
-    }
-    // Nothing stays open after a failure.
-    if (QSqlDatabase::contains(m_connectionName))
-        close();
-    return false;
-}
-
 bool PostgreSQLDatabase::openEntry(QSettings* entry)
 {
     m_lastError.clear();

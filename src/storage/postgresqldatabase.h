@@ -17,7 +17,6 @@ public:
     static QString quoteIdentifier(const QString& name);
 
 public slots:
-    bool open(QSettings* entry) override;
     bool driverAvailable() const override;
     bool exists() const override;
     Query* query() override;
@@ -29,7 +28,7 @@ protected:
     bool createDatabase(const QString& databaseName);
 
 private:
-    bool openEntry(QSettings* entry);
+    bool openEntry(QSettings* entry) override;
 };
 
 #endif // POSTGRESQLDATABASE_H

@@ -20,18 +20,6 @@ bool SQLiteDatabase::exists() const
     return m_existed;
 }
 
-bool SQLiteDatabase::open(QSettings* entry)
-{
-    if (openEntry(entry)) {
-        m_lastError.clear();
-        return true;
-    }
-    // Nothing stays open after a failure.
-    if (QSqlDatabase::contains(m_connectionName))
-        close();
-    return false;
-}
-
 bool SQLiteDatabase::openEntry(QSettings* entry)
 {
     m_lastError.clear();

@@ -44,7 +44,6 @@ public:
     FileStatus fileStatus() const { return m_fileStatus; }
 
 public slots:
-    bool open(QSettings* entry) override;
     bool driverAvailable() const override;
     bool exists() const override;
     bool upgrade3To4(QSqlQuery& query) override;
@@ -59,7 +58,7 @@ protected:
     virtual QDateTime currentDateTime() const;
 
 private:
-    bool openEntry(QSettings* entry);
+    bool openEntry(QSettings* entry) override;
 
     QString m_fileName;
     FileStatus m_fileStatus = FileMissing;
