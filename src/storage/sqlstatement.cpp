@@ -49,16 +49,27 @@ bool SqlStatement::execPrepared(QSqlQuery& query, QString* error)
 
 bool SqlStatement::transaction(QSqlDatabase& db, TransactionStep step, QString* error)
 {
-    static const char* const statements[] = { "BEGIN", "COMMIT", "ROLLBACK" };
-    static bool (QSqlDatabase::*const calls[])()
-        = { &QSqlDatabase::transaction, &QSqlDatabase::commit, &QSqlDatabase::rollback };
+    QString sql;
+    switch (step) {
+    case Begin:
+        sql = QStringLiteral("BEGIN");
+        break;
+    case Commit:
+        sql = QStringLiteral("COMMIT");
+        break;
+    case Rollback:
+        sql = QStringLiteral("ROLLBACK");
+        break;
+    }
     return run(
-        QLatin1String(statements[step]),
-        [&](QString* text) {
-            if ((db.*calls[step])())
-                return true;
-            *text = db.lastError().text();
-            return false;
+        sql,
+        [&db, step](QString* text) {
+            const bool done = step == Begin ? db.transaction()
+                : step == Commit            ? db.commit()
+                                            : db.rollback();
+            if (!done)
+                *text = db.lastError().text();
+            return done;
         },
         error);
 }
