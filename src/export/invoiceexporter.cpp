@@ -11,17 +11,17 @@
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
-#include "print/scriptpdfwriter.h"
 #include "print/xmlscriptengine.h"
 #include "print/xmlscriptmodel.h"
 #include "util/scriptloader.h"
 #include "util/templatestringhelper.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QPdfWriter>
 #include <QSettings>
-#include <QTemporaryFile>
 
 namespace {
 
@@ -41,7 +41,8 @@ const QString defaultPdfTemplate = QStringLiteral("lasku-$i-$n.pdf");
 const QString defaultFinvoiceTemplate = QStringLiteral("lasku-$i-$n.xml");
 const QString defaultXmlSchemaVersion = QStringLiteral("3.0");
 // Hidden from the file manager until it is complete and renamed.
-const QString partFileTemplate = QStringLiteral(".%1-XXXXXX.part");
+const QString partFileTemplate = QStringLiteral(".%1.part");
+const QString numberedPartFileTemplate = QStringLiteral(".%1.%2.part");
 // Every invoice as its own type.
 constexpr int ownPrintType = 0;
 
@@ -53,6 +54,23 @@ QString firstLine(const QString& text)
 QString shown(const QString& path)
 {
     return QDir::toNativeSeparators(path);
+}
+
+// A new empty file beside fileName, to be written under until it is complete. Made as any
+// other file (a temporary file would keep its owner-only permissions after the rename).
+bool createPartFile(const QString& fileName, QFile* part)
+{
+    const QFileInfo info(fileName);
+    for (int n = 0;; ++n) {
+        part->setFileName(info.absoluteDir().filePath(n == 0
+                ? partFileTemplate.arg(info.fileName())
+                : numberedPartFileTemplate.arg(info.fileName()).arg(n)));
+        if (part->open(QIODevice::WriteOnly | QIODevice::NewOnly))
+            return true;
+        // Taken by another run: the next number. Anything else is an error.
+        if (!part->exists())
+            return false;
+    }
 }
 
 // The template's name in the directory; a taken name gets the next free suffix.
@@ -162,10 +180,11 @@ bool InvoiceExporter::checkDirectory(const QString& path)
     if (!QFileInfo(path).isDir())
         return fail(tr("Hakemistoa %1 ei löytynyt.").arg(shown(path)));
     // A file of our own tells the truth also where permissions do not (root, ACLs).
-    QTemporaryFile probe(QDir(path).filePath(partFileTemplate.arg(QStringLiteral("veklari"))));
-    if (!probe.open())
+    QFile probe;
+    if (!createPartFile(QDir(path).filePath(QStringLiteral("veklari")), &probe))
         return fail(
             tr("Hakemistoon %1 ei voi kirjoittaa. %2").arg(shown(path), probe.errorString()));
+    probe.remove();
     return true;
 }
 
@@ -291,30 +310,47 @@ bool InvoiceExporter::exportInvoices(const InvoiceCriteria& criteria, const Opti
 
 bool InvoiceExporter::writePdf(InvoicePrintModel* model, const QString& fileName)
 {
+    // Printed beside the final name and renamed when complete.
+    QFile part;
+    if (!createPartFile(fileName, &part))
+        return fail(tr("PDF-tiedoston %1 kirjoittaminen epäonnistui. %2")
+                        .arg(shown(fileName), part.errorString()));
     m_pdfEngine->setModel(model);
-    // The writer prints into a temporary file beside the name and renames it when complete.
-    ScriptPdfWriter writer;
-    writer.setTitle(model->title());
-    const bool written = writer.write(m_pdfEngine.get(), fileName);
-    m_pdfEngine->setModel(nullptr);
-    if (written) {
-        m_writtenFiles.append(fileName);
-        return true;
+    bool printed = false;
+    {
+        // The document is finished when the writer goes.
+        QPdfWriter writer(&part);
+        writer.setTitle(model->title());
+        writer.setCreator(QStringLiteral("%1 %2").arg(
+            QCoreApplication::applicationName(), QCoreApplication::applicationVersion()));
+        writer.setPageSize(QPageSize(QPageSize::A4));
+        writer.setPageMargins(QMarginsF(0, 0, 0, 0));
+        printed = m_pdfEngine->print(&writer);
     }
-    const QString error = tr("PDF-tiedoston %1 kirjoittaminen epäonnistui. %2")
-                              .arg(shown(fileName), firstLine(writer.lastError()));
-    // The engine's error is set only when the script itself failed.
-    if (m_pdfEngine->lastError().isEmpty())
-        return fail(error);
-    return failScript(error, m_pdfEngine.get());
+    m_pdfEngine->setModel(nullptr);
+    part.close();
+    if (!printed) {
+        part.remove();
+        return failScript(tr("PDF-tiedoston %1 kirjoittaminen epäonnistui. %2")
+                              .arg(shown(fileName), firstLine(m_pdfEngine->lastError())),
+            m_pdfEngine.get());
+    }
+    // Never over a file that appeared meanwhile (rename() refuses an existing name), and
+    // without waiting for the disk after every file of a long run as a save file would.
+    if (part.error() != QFileDevice::NoError || !part.rename(fileName)) {
+        const QString error = part.errorString();
+        part.remove();
+        return fail(
+            tr("PDF-tiedoston %1 kirjoittaminen epäonnistui. %2").arg(shown(fileName), error));
+    }
+    m_writtenFiles.append(fileName);
+    return true;
 }
 
 bool InvoiceExporter::startFinvoiceFile(const QString& fileName, PartFile* file)
 {
-    const QFileInfo info(fileName);
-    QTemporaryFile part(info.absoluteDir().filePath(partFileTemplate.arg(info.fileName())));
-    part.setAutoRemove(false);
-    if (!part.open())
+    QFile part;
+    if (!createPartFile(fileName, &part))
         return fail(tr("Finvoice-tiedoston %1 kirjoittaminen epäonnistui. %2")
                         .arg(shown(fileName), part.errorString()));
     file->fileName = fileName;

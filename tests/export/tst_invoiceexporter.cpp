@@ -312,8 +312,14 @@ void TestInvoiceExporter::takenNames()
     // Nothing is overwritten.
     for (const QString& name : existing)
         QCOMPARE(readFile(QDir(dir).filePath(name)), old);
-    for (const QString& name : expected)
-        QVERIFY(readFile(QDir(dir).filePath(name)).size() > old.size());
+    // Written as any other file of the user: not with a temporary file's owner-only permissions.
+    const QString reference = m_dir.filePath(QStringLiteral("reference"));
+    QVERIFY(writeFile(reference, old));
+    for (const QString& name : expected) {
+        const QString file = QDir(dir).filePath(name);
+        QVERIFY(readFile(file).size() > old.size());
+        QCOMPARE(QFileInfo(file).permissions(), QFileInfo(reference).permissions());
+    }
 }
 
 void TestInvoiceExporter::findingsAreListed()
