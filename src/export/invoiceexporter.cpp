@@ -303,6 +303,8 @@ bool InvoiceExporter::exportInvoices(const InvoiceCriteria& criteria, const Opti
         if (ok && i + 1 == m_invoiceCount)
             ok = finishFinvoiceFile(&combined);
     }
+    // A PDF that failed leaves the unfinished file of all behind otherwise.
+    discard(&combined);
     if (m_xmlEngine)
         m_warnings = m_xmlEngine->warnings();
     return ok;

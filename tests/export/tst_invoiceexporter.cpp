@@ -161,6 +161,9 @@ InvoiceExporter::Options TestInvoiceExporter::options(
     o.finvoiceEnabled = format != QLatin1String("pdf");
     o.pdfDirectory = o.finvoiceDirectory = directory;
     o.pdfSeparateFiles = o.finvoiceSeparateFiles = separate;
+    // Both, PDFs a file each and one Finvoice file for all.
+    if (format == QLatin1String("mixed"))
+        o.finvoiceSeparateFiles = false;
     o.pdfTemplate = QStringLiteral("lasku-$i-$n.pdf");
     o.finvoiceTemplate = QStringLiteral("lasku-$i-$n.xml");
     return o;
@@ -365,7 +368,7 @@ void TestInvoiceExporter::findingsAreListed()
 
 void TestInvoiceExporter::failures_data()
 {
-    QTest::addColumn<QString>("format"); // "pdf", "xml" or "both"
+    QTest::addColumn<QString>("format"); // "pdf", "xml", "both" or "mixed"
     QTest::addColumn<bool>("separate");
     QTest::addColumn<QString>("scriptType"); // a stored script of this type, or none
     QTest::addColumn<QString>("script");
@@ -407,6 +410,11 @@ void TestInvoiceExporter::failures_data()
     // The first file stays; the second is neither there nor half there.
     QTest::newRow("PDF script fails on the second")
         << "pdf" << true << "invoice" << pdfScript << false << 2 << none
+        << "PDF-tiedoston %1/" + second + ".pdf kirjoittaminen epäonnistui."
+        << "laskupohja rikki" << true << QStringList { first + ".pdf" };
+    // The Finvoice file of all was open: it goes too.
+    QTest::newRow("PDF script fails beside one Finvoice file")
+        << "mixed" << true << "invoice" << pdfScript << false << 2 << none
         << "PDF-tiedoston %1/" + second + ".pdf kirjoittaminen epäonnistui."
         << "laskupohja rikki" << true << QStringList { first + ".pdf" };
     QTest::newRow("PDF script fails, one for all")
