@@ -10,7 +10,7 @@ class Registry;
 
 // Edits the script that writes every Finvoice e-invoice: the one stored
 // under the name "finvoice", or the built-in one until the user saves a
-// text of his own. The text is read-only until editing is switched on.
+// text of their own. The text is read-only until editing is switched on.
 class FinvoiceDialog : public QDialog
 {
     Q_OBJECT
