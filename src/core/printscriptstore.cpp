@@ -28,6 +28,28 @@ int PrintScriptStore::defaultInvoiceScriptId() const
     return ok ? id : builtInInvoiceScriptId;
 }
 
+bool PrintScriptStore::fetch(const QString& name, PrintScript* script, bool* found)
+{
+    *found = false;
+    m_lastError.clear();
+    Database* database = m_registry->database();
+    if (!database) {
+        m_lastError = tr("Tietokantaa ei ole avattu.");
+        return false;
+    }
+    const int index = m_registry->printScriptIndexByName(name);
+    if (index < 0)
+        return true;
+    std::unique_ptr<Query> query(database->query());
+    if (!query->fetchPrintScript(m_registry->printScriptAt(index)->id, script)) {
+        // Removed meanwhile when the query itself went well.
+        m_lastError = query->lastError();
+        return m_lastError.isEmpty();
+    }
+    *found = true;
+    return true;
+}
+
 template<typename Work>
 bool PrintScriptStore::inTransaction(Work work)
 {

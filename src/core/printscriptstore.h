@@ -23,6 +23,10 @@ public:
     // built-in layout.
     int defaultInvoiceScriptId() const;
 
+    // The stored script of that name with its source; *found tells whether
+    // there is one. False with lastError() when it cannot be read.
+    bool fetch(const QString& name, PrintScript* script, bool* found);
+
     // Inserts a new script (giving it its id) or updates a stored one. An
     // invoice layout becomes the default or stops being it as makeDefault
     // says; other kinds of script leave the setting alone.

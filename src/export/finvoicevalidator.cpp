@@ -133,6 +133,7 @@ QString FinvoiceValidator::schemaPath(const QString& version)
 bool FinvoiceValidator::validateFile(const QString& fileName)
 {
     m_findings.clear();
+    m_details.clear();
     m_documentCount = 0;
     m_lastError.clear();
     QFile file(fileName);
@@ -211,6 +212,7 @@ xmlSchemaPtr FinvoiceValidator::schema(const QString& version)
 bool FinvoiceValidator::validate(const QByteArray& data)
 {
     m_findings.clear();
+    m_details.clear();
     m_documentCount = 0;
     m_lastError.clear();
 
@@ -368,10 +370,9 @@ void FinvoiceValidator::addFinding(
     const QString& number, const ParsedPart& part, long line, const QString& text)
 {
     const long fileLine = part.firstLine + qMax(line, 1L) - 1;
-    m_findings.append(tr("lasku %1, rivi %2: %3")
-                          .arg(number.isEmpty() ? unknownNumber : number)
-                          .arg(fileLine)
-                          .arg(text));
+    const QString shownNumber = number.isEmpty() ? unknownNumber : number;
+    m_findings.append(tr("lasku %1, rivi %2: %3").arg(shownNumber).arg(fileLine).arg(text));
+    m_details.append({ shownNumber, int(fileLine), text });
 }
 
 void FinvoiceValidator::addMessages(

@@ -23,6 +23,15 @@ class FinvoiceValidator
     Q_DECLARE_TR_FUNCTIONS(FinvoiceValidator)
 
 public:
+    // One finding as its parts: the invoice number as the file shows it ("?"
+    // when unknown) and the line of the file.
+    struct Finding
+    {
+        QString invoiceNumber;
+        int line = 0;
+        QString message;
+    };
+
     FinvoiceValidator();
     ~FinvoiceValidator();
     FinvoiceValidator(const FinvoiceValidator&) = delete;
@@ -34,6 +43,7 @@ public:
     bool validate(const QByteArray& data);
 
     QStringList findings() const { return m_findings; }
+    QList<Finding> findingDetails() const { return m_details; }
     // The number of Finvoice documents met by the last validation.
     int documentCount() const { return m_documentCount; }
     QString lastError() const { return m_lastError; }
@@ -74,6 +84,7 @@ private:
 
     QMap<QString, _xmlSchema*> m_schemas;
     QStringList m_findings;
+    QList<Finding> m_details;
     int m_documentCount = 0;
     QString m_lastError;
 };

@@ -7,9 +7,16 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <memory>
 
 class ECMAScriptEngine;
+class FinvoiceValidator;
+class InvoicePrintModel;
+class PrintScriptEngine;
 class Registry;
+class ScriptLoader;
+class XmlScriptEngine;
+class XmlScriptModel;
 
 // Writes invoices to files in one run: PDF files rendered by the invoice
 // print script and Finvoice e-invoices written by the Finvoice script, each
@@ -75,6 +82,8 @@ public:
     // files stay written and the findings are listed.
     bool exportInvoices(const InvoiceCriteria& criteria, const Options& options);
 
+    // The number of invoices the last export found.
+    int invoiceCount() const { return m_invoiceCount; }
     QStringList writtenFiles() const { return m_writtenFiles; }
     QList<Finding> findings() const { return m_findings; }
     // Replaced characters and findings as the engine's warnings, for the
@@ -85,8 +94,37 @@ public:
     // when the failure was not a script's. Lives until the next export.
     ECMAScriptEngine* failedEngine() const { return m_failedEngine; }
 
+    // The directory an option names: the user's home when empty.
+    static QString directory(const QString& path);
+
 private:
+    // A Finvoice file being written under a temporary name beside its final one.
+    struct PartFile
+    {
+        QString fileName;
+        QString partName;
+    };
+
+    bool fail(const QString& error);
+    bool failScript(const QString& error, ECMAScriptEngine* engine);
+    bool checkOptions(const Options& options);
+    bool checkDirectory(const QString& path);
+    bool checkBankAccount();
+    bool prepareEngines(const Options& options);
+    bool writePdf(InvoicePrintModel* model, const QString& fileName);
+    bool startFinvoiceFile(const QString& fileName, PartFile* file);
+    bool appendFinvoice(XmlScriptModel* model, PartFile* file);
+    // Moves the file to its final name and checks it against the schema.
+    bool finishFinvoiceFile(PartFile* file);
+    static void discard(PartFile* file);
+    void validate(const QString& fileName);
+
     Registry* m_registry;
+    std::unique_ptr<ScriptLoader> m_loader;
+    std::unique_ptr<PrintScriptEngine> m_pdfEngine;
+    std::unique_ptr<XmlScriptEngine> m_xmlEngine;
+    std::unique_ptr<FinvoiceValidator> m_validator;
+    int m_invoiceCount = 0;
     QStringList m_writtenFiles;
     QList<Finding> m_findings;
     QStringList m_warnings;

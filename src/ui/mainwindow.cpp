@@ -16,6 +16,7 @@
 #include "ui/bankaccountdialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
+#include "ui/exportdialog.h"
 #include "ui/invoiceform.h"
 #include "ui/invoiceprintpreviewdialog.h"
 #include "ui/invoicerangedialog.h"
@@ -543,6 +544,17 @@ void MainWindow::editPrintScripts()
         criteria.id = m_model->invoice()->id;
         dialog.setInvoiceCriteria(criteria);
     }
+    execDialog(&dialog);
+}
+
+void MainWindow::exportInvoices()
+{
+    // The files are written from what is stored.
+    if (!m_registry->isConnected() || (m_hasInvoice && !saveInvoice()))
+        return;
+    ExportDialog dialog(m_registry, this);
+    dialog.setSampleInvoice(m_hasInvoice ? m_model->invoice() : nullptr);
+    dialog.setCriteria(*m_model->lastCriteria());
     execDialog(&dialog);
 }
 

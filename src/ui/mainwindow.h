@@ -83,6 +83,8 @@ public slots:
     void editProducts();
     void editBankAccounts();
     void editPrintScripts();
+    // Writes invoices as PDF and Finvoice files; the one shown names the examples.
+    void exportInvoices();
     void showAbout();
     void setVatIncluded(bool vatIncluded);
 

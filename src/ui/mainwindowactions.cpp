@@ -256,13 +256,15 @@ void MainWindowActions::createOtherActions()
         &MainWindow::editBankAccounts);
     create(QStringLiteral("printScriptsAction"), tr("T&ulostuspohjat..."), QKeySequence(), w,
         &MainWindow::editPrintScripts);
+    create(QStringLiteral("exportAction"), tr("V&ie"), QKeySequence(Qt::CTRL | Qt::Key_E), w,
+        &MainWindow::exportInvoices);
     create(QStringLiteral("helpAction"), tr("&Sisältö"), QKeySequence(Qt::Key_F1), w,
         &MainWindow::showHelp);
     create(
         QStringLiteral("aboutAction"), tr("&Tietoja"), QKeySequence(), w, &MainWindow::showAbout);
 
-    // Export, e-mail, payment import, interest, group invoicing and
-    // time-entry import come with their dialogs; until then the commands are
+    // E-mail, payment import, interest, group invoicing and time-entry
+    // import come with their dialogs; until then the commands are
     // shown but cannot be used (see update()).
     const struct
     {
@@ -270,7 +272,6 @@ void MainWindowActions::createOtherActions()
         const char* text;
         QKeySequence shortcut;
     } later[] = {
-        { "exportAction", "V&ie", QKeySequence(Qt::CTRL | Qt::Key_E) },
         { "sendAction", "L&ähetä", QKeySequence(Qt::CTRL | Qt::Key_M) },
         { "importPaymentsAction", "&Maksusuoritusten tuonti", QKeySequence(Qt::CTRL | Qt::Key_I) },
         { "interestAction", "&Viivästyskoron laskenta", QKeySequence(Qt::CTRL | Qt::Key_K) },
@@ -372,6 +373,7 @@ void MainWindowActions::update(const State& state)
     for (const char* name : { "settingsAction", "customersAction", "productsAction",
              "bankAccountsAction", "printScriptsAction" })
         enable(name, connected);
+    enable("exportAction", connected);
 
     for (const char* name :
         { "printAction", "printSelectedAction", "printReminderAction", "printReceiptAction" })
@@ -381,10 +383,10 @@ void MainWindowActions::update(const State& state)
             "paymentJournalAction", "customerListAction", "productListAction" })
         enable(name, connected);
 
-    // Not available yet: export, e-mail, payment import, interest on
-    // arrears, group invoicing and the time-entry import.
-    for (const char* name : { "exportAction", "sendAction", "importPaymentsAction",
-             "interestAction", "groupInvoicingAction", "raveloAction" })
+    // Not available yet: e-mail, payment import, interest on arrears, group
+    // invoicing and the time-entry import.
+    for (const char* name : { "sendAction", "importPaymentsAction", "interestAction",
+             "groupInvoicingAction", "raveloAction" })
         enable(name, false);
 }
 

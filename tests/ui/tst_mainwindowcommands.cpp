@@ -5,6 +5,8 @@
 #include "ui/bankaccountdialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
+#include "ui/exportdialog.h"
+#include "ui/finvoicedialog.h"
 #include "ui/productdialog.h"
 #include "ui/referencenumberdialog.h"
 #include "ui/searchdialog.h"
@@ -17,6 +19,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QtTest>
 
 namespace {
@@ -135,7 +138,7 @@ void TestMainWindowCommands::commandTable_data()
         { "&Viimeinen", "Ctrl+PgDown", false },
         { "&Päivitä tiedot", "", true },
         { "&Sisältö", "F1", true },
-        { "V&ie", "Ctrl+E", false },
+        { "V&ie", "Ctrl+E", true },
         { "&Valittu lasku", "Alt+1", true },
         { "&Useita laskuja", "Alt+2", true },
         { "&Maksumuistutus", "Alt+3", true },
@@ -199,6 +202,10 @@ void TestMainWindowCommands::mnemonicsAreUnique_data()
     for (int page = 0; page < SettingsDialog::PageCount; ++page)
         QTest::addRow("settings %d", page) << QStringLiteral("settings") << page;
     QTest::newRow("each menu") << QStringLiteral("menus") << 0;
+    QTest::newRow("export: PDF") << QStringLiteral("export") << int(ExportDialog::PdfPage);
+    QTest::newRow("export: Finvoice")
+        << QStringLiteral("export") << int(ExportDialog::FinvoicePage);
+    QTest::newRow("Finvoice script") << QStringLiteral("finvoice script") << 0;
     QTest::newRow("databases: file") << QStringLiteral("databases") << 0;
     QTest::newRow("databases: server") << QStringLiteral("databases") << 1;
 }
@@ -257,6 +264,12 @@ void TestMainWindowCommands::mnemonicsAreUnique()
         auto settings = std::make_unique<SettingsDialog>(registry);
         settings->setCurrentPage(page);
         dialog = std::move(settings);
+    } else if (window == QLatin1String("export")) {
+        auto exportDialog = std::make_unique<ExportDialog>(registry);
+        exportDialog->findChild<QTabWidget*>(QStringLiteral("pages"))->setCurrentIndex(page);
+        dialog = std::move(exportDialog);
+    } else if (window == QLatin1String("finvoice script")) {
+        dialog = std::make_unique<FinvoiceDialog>(registry);
     } else {
         dialog = std::make_unique<DatabaseListDialog>(registry);
         dialog->findChild<QComboBox*>(QStringLiteral("typeCombo"))->setCurrentIndex(page);
