@@ -1,5 +1,6 @@
 #include "mainmodel.h"
 
+#include "core/databasefactory.h"
 #include "core/databaselist.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/invoicetablemodel.h"
@@ -12,7 +13,6 @@
 #include "domain/settings.h"
 #include "domain/settingskeys.h"
 #include "storage/database.h"
-#include "storage/postgresqldatabase.h"
 #include "storage/query.h"
 #include "storage/sqlitedatabase.h"
 #include "util/templatestringhelper.h"
@@ -73,24 +73,17 @@ int MainModel::openDatabase(int index, bool create)
 
     QSettings* appSettings = m_registry->appSettings();
     const DatabaseList databases(appSettings);
-    Database* database = nullptr;
-    if (DatabaseList::isPostgreSQL(databases.entry(index))) {
-        database = new PostgreSQLDatabase();
-        database->setCreateIfNotExist(create);
-    } else {
-        // A local file is simply created when it is missing.
-        database = new SQLiteDatabase();
-        database->setCreateIfNotExist(true);
-    }
+    const DatabaseList::Entry entry = databases.entry(index);
+    Database* database = DatabaseFactory::create(entry);
+    // A local file is simply created when it is missing; a server's database
+    // only when the caller asks.
+    database->setCreateIfNotExist(DatabaseList::isPostgreSQL(entry) ? create : true);
     m_registry->setDatabase(database);
     m_registry->setConnected(true);
 
     int status = 0;
     m_lastError.clear();
-    // The back-end reads its own keys in the entry's group.
-    appSettings->beginGroup(databases.group(index));
-    const bool opened = database->open(appSettings);
-    appSettings->endGroup();
+    const bool opened = DatabaseFactory::open(database, appSettings, databases.group(index));
     if (!opened) {
         m_lastError = database->lastError();
         status = database->driverAvailable() ? -1 : -3;
@@ -108,8 +101,7 @@ int MainModel::openDatabase(int index, bool create)
     if (status == -2 && sqlite)
         m_missingDatabaseName = sqlite->fileName();
     if (status == -2 && m_missingDatabaseName.isEmpty())
-        m_missingDatabaseName
-            = databases.entry(index).value(QStringLiteral("databaseName")).toString();
+        m_missingDatabaseName = entry.value(QStringLiteral("databaseName")).toString();
     loadCriteria();
     return status;
 }

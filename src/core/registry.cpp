@@ -68,6 +68,15 @@ bool fetchList(QList<T*>& list, Query* query, bool (Query::*start)(), void (Quer
     return true;
 }
 
+QSettings* newAppSettings(const QString& configFile)
+{
+    if (configFile.isEmpty()) {
+        return new QSettings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Veklari"),
+            QStringLiteral("Veklari"));
+    }
+    return new QSettings(configFile, QSettings::IniFormat);
+}
+
 } // namespace
 
 Registry::Registry(QObject* parent) : QObject(parent), m_settings(new Settings()) { }
@@ -82,16 +91,18 @@ Registry::~Registry()
 void Registry::loadSettings(const QString& configFile)
 {
     delete m_appSettings;
-    if (configFile.isEmpty()) {
-        m_appSettings = new QSettings(QSettings::IniFormat, QSettings::UserScope,
-            QStringLiteral("Veklari"), QStringLiteral("Veklari"));
-    } else {
-        m_appSettings = new QSettings(configFile, QSettings::IniFormat);
-    }
+    m_appSettings = newAppSettings(configFile);
 
     // The whole path is made: on a new account even the user's configuration
     // directory may be missing, and the first run must not lose its log.
     QDir().mkpath(QFileInfo(m_appSettings->fileName()).absolutePath());
+}
+
+QString Registry::configFileName(const QString& configFile)
+{
+    // A settings object writes nothing until a value is set.
+    const std::unique_ptr<QSettings> settings(newAppSettings(configFile));
+    return settings->fileName();
 }
 
 void Registry::setupLogging()

@@ -29,6 +29,9 @@ public:
 
     // Opens the INI configuration: configFile, or the per-user file when empty.
     void loadSettings(const QString& configFile);
+    // The file that loadSettings(configFile) reads, found without creating
+    // anything.
+    static QString configFileName(const QString& configFile);
     void setupLogging();
     QSettings* appSettings() const;
 

@@ -16,6 +16,7 @@ void InvoiceCriteria::clear()
     numberFrom = -1;
     numberTo = -1;
     number = -1;
+    numberRanges.clear();
     id = -1;
     customerId = -1;
     types = -1;

@@ -2,6 +2,7 @@
 #define INVOICECRITERIA_H
 
 #include <QDate>
+#include <QList>
 #include <QString>
 
 // Search conditions of the invoice list and the reports. Every set condition
@@ -9,6 +10,13 @@
 class InvoiceCriteria
 {
 public:
+    // Invoice numbers from..to, both included.
+    struct NumberRange
+    {
+        int from;
+        int to;
+    };
+
     InvoiceCriteria();
 
     void clear();
@@ -23,6 +31,8 @@ public:
     int numberFrom;
     int numberTo;
     int number;
+    // An invoice in any of the ranges matches; no ranges, no condition.
+    QList<NumberRange> numberRanges;
     int id;
     int customerId;
     int types; // bit n selects type n; negative selects all

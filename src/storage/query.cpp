@@ -982,6 +982,15 @@ bool Query::buildInvoiceWhereClause(const InvoiceCriteria& criteria, QString& wh
         add(QStringLiteral("%1number <= ?"), { criteria.numberTo });
     if (criteria.number >= 0)
         add(QStringLiteral("%1number = ?"), { criteria.number });
+    if (!criteria.numberRanges.isEmpty()) {
+        QStringList ranges;
+        QVariantList bounds;
+        for (const InvoiceCriteria::NumberRange& range : criteria.numberRanges) {
+            ranges.append(QStringLiteral("%1number BETWEEN ? AND ?"));
+            bounds << range.from << range.to;
+        }
+        add(QLatin1Char('(') + ranges.join(QLatin1String(" OR ")) + QLatin1Char(')'), bounds);
+    }
     if (criteria.id >= 0)
         add(QStringLiteral("%1id = ?"), { criteria.id });
     if (criteria.customerId >= 0)

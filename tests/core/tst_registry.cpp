@@ -35,6 +35,7 @@ private slots:
     void logFileNames_data();
     void logFileNames();
     void missingDirectories();
+    void configFileName();
     void storedScripts();
 
 private:
@@ -202,6 +203,22 @@ void TestRegistry::missingDirectories()
         qCWarning(logUi) << "ensimmäinen ajo";
     }
     QVERIFY(readFile(dir + QStringLiteral("/Veklari.log")).contains("ensimmäinen ajo"));
+}
+
+// The file is named without making it or its directory; it is the one that
+// loadSettings() then reads.
+void TestRegistry::configFileName()
+{
+    const QString dir = newDirectory() + QStringLiteral("/puuttuu");
+    const QString iniFile = dir + QStringLiteral("/oma.ini");
+    QCOMPARE(Registry::configFileName(iniFile), iniFile);
+    QVERIFY(!QFileInfo::exists(dir));
+
+    const QString perUser = Registry::configFileName(QString());
+    QVERIFY2(perUser.endsWith(QStringLiteral("/Veklari/Veklari.ini")), qPrintable(perUser));
+    Registry registry;
+    registry.loadSettings(QString());
+    QCOMPARE(registry.appSettings()->fileName(), perUser);
 }
 
 // Scripts are listed by type and name, so the Finvoice "apu" comes before

@@ -352,6 +352,21 @@ void StorageTest::invoiceCriteria_data()
     row("delivery single day",
         [](C& c, const F&) { c.deliveryDateFrom = c.deliveryDateTo = QDate(2024, 3, 15); }, { 5 });
     row("number range from 0", [](C& c, const F&) { c.numberFrom = 0, c.numberTo = 2; }, { 1, 2 });
+    row("number ranges and a single number",
+        [](C& c, const F&) {
+            c.numberRanges = { { 1, 2 }, { 5, 5 } };
+        },
+        { 1, 2, 5 });
+    row("number ranges overlapping, out of order",
+        [](C& c, const F&) {
+            c.numberRanges = { { 4, 9 }, { 3, 5 } };
+        },
+        { 3, 4, 5, 6 });
+    row("number ranges joined with other conditions",
+        [](C& c, const F&) {
+            c.numberRanges = { { 1, 3 }, { 6, 6 } }, c.types = 1;
+        },
+        { 1, 2, 6 });
     row("types 0 and 2", [](C& c, const F&) { c.types = 5; }, { 1, 2, 3, 6 });
     row("empty type mask", [](C& c, const F&) { c.types = 0; }, {});
     row(
