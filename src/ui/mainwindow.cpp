@@ -622,10 +622,15 @@ void MainWindow::saveSettings()
 
 void MainWindow::tooLargeAmountEntered()
 {
-    // The model that refused the value tells the limit.
+    // The model that refused the value tells which field and its limit; a
+    // row's refusal starts with the program's long-standing row message.
     PaymentTableModel* payments = m_model->paymentTableModel();
-    showWarningMessage(sender() == payments ? payments->lastError()
-                                            : m_model->invoiceItemTableModel()->lastError());
+    if (sender() == payments) {
+        showWarningMessage(payments->lastError());
+        return;
+    }
+    showWarningMessage(tr("Laskurivin määrä, à-hinta tai summa ei saa ylittää 999 999,99.")
+        + QLatin1Char('\n') + m_model->invoiceItemTableModel()->lastError());
 }
 
 // --- Window state ------------------------------------------------------------

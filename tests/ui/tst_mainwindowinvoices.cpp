@@ -398,15 +398,18 @@ void TestMainWindowInvoices::tooLargeNumbersAreRefused_data()
     const QString price = DecimalFormat(4, 2).format(max);
     const QString quantity = DecimalFormat(4, 0).format(max);
     const QString cents = DecimalFormat(2, 2).format(max);
-    QTest::addRow("unit price")
-        << false << int(InvoiceItemTableModel::PriceColumn) << "250000"
-        << QStringLiteral("À-hinta on liian suuri. Suurin sallittu à-hinta on %1.").arg(price);
+    // A row's refusal opens with the row message, then names the field.
+    const QString row
+        = QStringLiteral("Laskurivin määrä, à-hinta tai summa ei saa ylittää 999 999,99.\n");
+    QTest::addRow("unit price") << false << int(InvoiceItemTableModel::PriceColumn) << "250000"
+                                << row
+            + QStringLiteral("À-hinta on liian suuri. Suurin sallittu à-hinta on %1.").arg(price);
     QTest::addRow("negative quantity")
         << false << int(InvoiceItemTableModel::QuantityColumn) << "-250000"
-        << QStringLiteral("Määrä on liian suuri. Suurin sallittu määrä on %1.").arg(quantity);
+        << row + QStringLiteral("Määrä on liian suuri. Suurin sallittu määrä on %1.").arg(quantity);
     QTest::addRow("discount") << false << int(InvoiceItemTableModel::DiscountColumn)
                               << "99999999999"
-                              << "Alennus on liian suuri. Suurin sallittu alennus on 100 %.";
+                              << row + "Alennus on liian suuri. Suurin sallittu alennus on 100 %.";
     QTest::addRow("payment")
         << true << int(PaymentTableModel::AmountColumn) << "25000000"
         << QStringLiteral("Suorituksen summa on liian suuri. Suurin sallittu summa on %1.")
