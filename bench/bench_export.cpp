@@ -4,10 +4,7 @@
 // invoice and as one file for all.
 #include "benchsupport.h"
 #include "core/registry.h"
-#include "domain/bankaccount.h"
 #include "domain/customer.h"
-#include "domain/invoice.h"
-#include "domain/invoiceitem.h"
 #include "domain/settings.h"
 #include "export/invoiceexporter.h"
 #include "storage/query.h"
@@ -41,20 +38,12 @@ private:
         if (!registry()->fetchSettings(query))
             return false;
         Settings* settings = registry()->settings();
-        settings->sellerStreetName = QStringLiteral("Hämeenkatu 12 B 7");
-        settings->sellerPostCode = QStringLiteral("33100");
-        settings->sellerTownName = QStringLiteral("Tampere");
-        settings->sellerBusinessId = QStringLiteral("2345678-0");
         settings->setProperty(QStringLiteral("finvoice/senderId"), QStringLiteral("003723456780"));
         settings->setProperty(
             QStringLiteral("finvoice/intermediatorId"), QStringLiteral("OKOYFIHH"));
         settings->setProperty(
             QStringLiteral("finvoice/defaultReceiverId"), QStringLiteral("TULOSTUS"));
-        BankAccount account;
-        account.name = QStringLiteral("Osuuspankki");
-        account.iban = QStringLiteral("FI3457200020086597");
-        account.bic = QStringLiteral("OKOYFIHH");
-        if (!query->updateSettings(settings) || !query->saveBankAccount(&account))
+        if (!saveSeller(query, settings))
             return false;
         QList<int> customers;
         for (const QString& name :
@@ -69,33 +58,7 @@ private:
                 return false;
             customers.append(customer.id);
         }
-        for (int number = 1; number <= invoiceCount; ++number) {
-            Invoice invoice;
-            invoice.customerId = customers.at(number % customers.size());
-            invoice.number = number;
-            invoice.date = QDate(2025, 3, 1);
-            invoice.dueDate = QDate(2025, 3, 15);
-            invoice.paymentTerms = QStringLiteral("14 päivää netto");
-            invoice.interestOnArrears = 800;
-            invoice.referenceNumber
-                = Invoice::appendCheckDigitToReferenceNumber(QString::number(number) + "00");
-            QList<InvoiceItem> items;
-            for (int row = 0; row < 3 + number % 6; ++row) {
-                InvoiceItem item;
-                item.productNumber = QString::number(100 + row);
-                item.productName = QStringLiteral("Graafinen suunnittelu");
-                item.text = QStringLiteral("Työvaihe %1").arg(row + 1);
-                item.quantity = 10000 + 2500 * row;
-                item.unitCode = QStringLiteral("h");
-                item.setAmountVatExcluded(850000 + 10000 * row);
-                item.vatRate = row % 3 ? 2550 : 1400;
-                item.rowNumber = row;
-                items.append(item);
-            }
-            if (!saveInvoice(query, &invoice, items))
-                return false;
-        }
-        return true;
+        return saveDesignInvoices(query, customers, invoiceCount);
     }
 };
 

@@ -4,10 +4,8 @@
 // evaluation of the layout script.
 #include "benchsupport.h"
 #include "core/registry.h"
-#include "domain/bankaccount.h"
 #include "domain/customer.h"
 #include "domain/invoice.h"
-#include "domain/invoiceitem.h"
 #include "domain/settings.h"
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
@@ -44,16 +42,8 @@ private:
         if (!registry()->fetchSettings(query))
             return false;
         Settings* settings = registry()->settings();
-        settings->sellerStreetName = QStringLiteral("Hämeenkatu 12 B 7");
-        settings->sellerPostCode = QStringLiteral("33100");
-        settings->sellerTownName = QStringLiteral("Tampere");
-        settings->sellerBusinessId = QStringLiteral("2345678-0");
         settings->setProperty(QStringLiteral("seller/phoneNumber"), QStringLiteral("040 123 4567"));
         settings->setProperty(QStringLiteral("invoiceForm/barcodeVisible"), QStringLiteral("true"));
-        BankAccount account;
-        account.name = QStringLiteral("Osuuspankki");
-        account.iban = QStringLiteral("FI3457200020086597");
-        account.bic = QStringLiteral("OKOYFIHH");
         Customer customer;
         customer.number = 1;
         customer.name = QStringLiteral("Rautakauppa Virtanen Oy");
@@ -61,37 +51,9 @@ private:
         customer.postCode = QStringLiteral("40320");
         customer.townName = QStringLiteral("Jyväskylä");
         customer.vatNumber = QStringLiteral("1234567-1");
-        if (!query->updateSettings(settings) || !query->saveBankAccount(&account)
-            || !query->saveCustomer(&customer))
-            return false;
-        for (int number = 1; number <= invoiceCount; ++number) {
-            Invoice invoice;
-            invoice.customerId = customer.id;
-            invoice.number = number;
-            invoice.date = QDate(2025, 3, 1);
-            invoice.dueDate = QDate(2025, 3, 15);
-            invoice.paymentTerms = QStringLiteral("14 päivää netto");
-            invoice.interestOnArrears = 800;
-            invoice.referenceNumber
-                = Invoice::appendCheckDigitToReferenceNumber(QString::number(number) + "00");
-            invoice.setProperty(QStringLiteral("t1"), QStringLiteral("Kiitos tilauksestanne!"));
-            QList<InvoiceItem> items;
-            for (int row = 0; row < 3 + number % 6; ++row) {
-                InvoiceItem item;
-                item.productNumber = QString::number(100 + row);
-                item.productName = QStringLiteral("Graafinen suunnittelu");
-                item.text = QStringLiteral("Työvaihe %1").arg(row + 1);
-                item.quantity = 10000 + 2500 * row;
-                item.unitCode = QStringLiteral("h");
-                item.setAmountVatExcluded(850000 + 10000 * row);
-                item.vatRate = row % 3 ? 2550 : 1400;
-                item.rowNumber = row;
-                items.append(item);
-            }
-            if (!saveInvoice(query, &invoice, items))
-                return false;
-        }
-        return true;
+        return saveSeller(query, settings) && query->saveCustomer(&customer)
+            && saveDesignInvoices(
+                query, { customer.id }, invoiceCount, QStringLiteral("Kiitos tilauksestanne!"));
     }
 };
 

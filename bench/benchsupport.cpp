@@ -1,8 +1,10 @@
 #include "benchsupport.h"
 
+#include "domain/bankaccount.h"
 #include "domain/decimal.h"
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
+#include "domain/settings.h"
 #include "domain/vat.h"
 #include "print/printscriptengine.h"
 #include "storage/query.h"
@@ -51,6 +53,53 @@ bool saveInvoice(Query* query, Invoice* invoice, QList<InvoiceItem>& items, bool
     for (InvoiceItem& item : items) {
         item.invoiceId = invoice->id;
         if (!query->saveInvoiceItem(&item))
+            return false;
+    }
+    return true;
+}
+
+bool saveSeller(Query* query, Settings* settings)
+{
+    settings->sellerStreetName = QStringLiteral("Hämeenkatu 12 B 7");
+    settings->sellerPostCode = QStringLiteral("33100");
+    settings->sellerTownName = QStringLiteral("Tampere");
+    settings->sellerBusinessId = QStringLiteral("2345678-0");
+    BankAccount account;
+    account.name = QStringLiteral("Osuuspankki");
+    account.iban = QStringLiteral("FI3457200020086597");
+    account.bic = QStringLiteral("OKOYFIHH");
+    return query->updateSettings(settings) && query->saveBankAccount(&account);
+}
+
+bool saveDesignInvoices(
+    Query* query, const QList<int>& customerIds, int count, const QString& noticeText)
+{
+    for (int number = 1; number <= count; ++number) {
+        Invoice invoice;
+        invoice.customerId = customerIds.at(number % customerIds.size());
+        invoice.number = number;
+        invoice.date = QDate(2025, 3, 1);
+        invoice.dueDate = QDate(2025, 3, 15);
+        invoice.paymentTerms = QStringLiteral("14 päivää netto");
+        invoice.interestOnArrears = 800;
+        invoice.referenceNumber
+            = Invoice::appendCheckDigitToReferenceNumber(QString::number(number) + "00");
+        if (!noticeText.isEmpty())
+            invoice.setProperty(QStringLiteral("t1"), noticeText);
+        QList<InvoiceItem> items;
+        for (int row = 0; row < 3 + number % 6; ++row) {
+            InvoiceItem item;
+            item.productNumber = QString::number(100 + row);
+            item.productName = QStringLiteral("Graafinen suunnittelu");
+            item.text = QStringLiteral("Työvaihe %1").arg(row + 1);
+            item.quantity = 10000 + 2500 * row;
+            item.unitCode = QStringLiteral("h");
+            item.setAmountVatExcluded(850000 + 10000 * row);
+            item.vatRate = row % 3 ? 2550 : 1400;
+            item.rowNumber = row;
+            items.append(item);
+        }
+        if (!saveInvoice(query, &invoice, items))
             return false;
     }
     return true;

@@ -13,6 +13,7 @@ class Invoice;
 class InvoiceItem;
 class PrintScriptEngine;
 class Query;
+class Settings;
 
 // A new SQLite database in a temporary directory, kept for the whole run of
 // a benchmark program, with a registry on it. The program fills it once
@@ -58,6 +59,16 @@ Data* dataOrSkip(benchmark::State& state)
 // Stores the invoice and its rows; the total follows the rows, and the
 // balance is the total unless the invoice is paid.
 bool saveInvoice(Query* query, Invoice* invoice, QList<InvoiceItem>& items, bool paid = false);
+
+// The seller's address in the settings record, stored with one bank account;
+// the caller sets its own properties on settings first.
+bool saveSeller(Query* query, Settings* settings);
+
+// Invoices numbered 1..count with 3 to 8 rows of design work at two VAT
+// rates, given to the customers in turn; noticeText, when given, is the
+// first notice text of each.
+bool saveDesignInvoices(
+    Query* query, const QList<int>& customerIds, int count, const QString& noticeText = {});
 
 // Draws the script into an A4 PDF in memory; the PDF's size in bytes, or -1
 // with the script's error.
