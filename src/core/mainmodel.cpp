@@ -4,6 +4,7 @@
 #include "core/databaselist.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/invoicetablemodel.h"
+#include "core/newinvoice.h"
 #include "core/paymenttablemodel.h"
 #include "core/registry.h"
 #include "domain/customer.h"
@@ -15,7 +16,6 @@
 #include "storage/database.h"
 #include "storage/query.h"
 #include "storage/sqlitedatabase.h"
-#include "util/templatestringhelper.h"
 
 #include <QSettings>
 #include <QSortFilterProxyModel>
@@ -235,19 +235,7 @@ int MainModel::createInvoice()
     }
 
     m_invoiceIndex = -1;
-    m_invoice.clear();
-    m_invoice.number = highest + 1;
-    m_invoice.date = today();
-    m_invoice.dueDate = m_invoice.date;
-    const Settings* settings = m_registry->settings();
-    if (settings) {
-        m_invoice.paymentTerms
-            = settings->property(SettingsKeys::paymentTerms, QString()).toString();
-        m_invoice.interestOnArrears
-            = settings->property(SettingsKeys::interestOnArrears, 0).toInt();
-    }
-    calculateDueDate();
-    updateReferenceNumber();
+    NewInvoice::prepare(m_registry, &m_invoice, highest + 1, today());
 
     m_invoiceItemTableModel->clearInvoiceItems();
     m_paymentTableModel->clearPayments();
@@ -472,52 +460,22 @@ void MainModel::updateBalance()
 
 void MainModel::calculateDueDate()
 {
-    // The due date column is NOT NULL: terms without a number of days keep it.
-    const QDate dueDate = m_invoice.calculateDueDate();
-    if (dueDate.isValid())
-        m_invoice.dueDate = dueDate;
+    NewInvoice::calculateDueDate(&m_invoice);
 }
 
 QString MainModel::buildReferenceNumber0() const
 {
-    const Settings* settings = m_registry->settings();
-    const QString pattern
-        = settings ? settings->referenceNumberTemplate() : QStringLiteral("{I}00");
-    bool found = false;
-    const Customer* customer = m_registry->customerById(m_invoice.customerId, found);
-    TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
-    return Invoice::appendCheckDigitToReferenceNumber(
-        helper.substituteVariables(pattern, &m_invoice, found ? customer : nullptr));
+    return NewInvoice::buildReferenceNumber0(m_registry, m_invoice);
 }
 
 QString MainModel::buildReferenceNumber1() const
 {
-    bool found = false;
-    const Customer* customer = m_registry->customerById(m_invoice.customerId, found);
-    return found && customer ? customer->referenceNumber : QString();
+    return NewInvoice::buildReferenceNumber1(m_registry, m_invoice);
 }
 
 void MainModel::updateReferenceNumber()
 {
-    QString reference = buildReferenceNumber1();
-    if (reference.isEmpty())
-        reference = buildReferenceNumber0();
-    m_invoice.referenceNumber = reference;
-
-    bool found = false;
-    const Customer* customer = m_registry->customerById(m_invoice.customerId, found);
-    const Settings* settings = m_registry->settings();
-    if (!found || !customer || !settings)
-        return;
-    TemplateStringHelper helper(m_registry->settings(), m_registry->bankAccounts());
-    m_invoice.setPropertyIfNotEmpty(noticeText1Key,
-        helper.substituteVariables(
-            settings->property(SettingsKeys::noticeText1, QString()).toString(), &m_invoice,
-            customer));
-    m_invoice.setPropertyIfNotEmpty(noticeText2Key,
-        helper.substituteVariables(
-            settings->property(SettingsKeys::noticeText2, QString()).toString(), &m_invoice,
-            customer));
+    NewInvoice::updateReferenceNumber(m_registry, &m_invoice);
 }
 
 void MainModel::setupQuickSearchCriteria(int n)
