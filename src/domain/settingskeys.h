@@ -51,6 +51,18 @@ inline const QString xmlSchema = QStringLiteral("finvoice/xmlSchema");
 inline const QString emailSubject = QStringLiteral("email/subject");
 inline const QString emailBody = QStringLiteral("email/body");
 inline const QString attachmentName = QStringLiteral("email/attachmentName");
+// Invoices from time entries: "%1" is the index of a mapping (0, 1, 2, ...);
+// the choices of the last run.
+inline const QString raveloGroup = QStringLiteral("ravelo/");
+inline const QString raveloCustomerGroup = QStringLiteral("ravelo/customers/");
+inline const QString raveloCustomerName = QStringLiteral("ravelo/customers/%1/name");
+inline const QString raveloCustomerId = QStringLiteral("ravelo/customers/%1/id");
+inline const QString raveloWorkTypeGroup = QStringLiteral("ravelo/workTypes/");
+inline const QString raveloWorkTypeName = QStringLiteral("ravelo/workTypes/%1/name");
+inline const QString raveloWorkTypeProduct = QStringLiteral("ravelo/workTypes/%1/productId");
+inline const QString raveloItemization = QStringLiteral("ravelo/itemization");
+inline const QString raveloRoundingStep = QStringLiteral("ravelo/roundingStep");
+inline const QString raveloRoundUp = QStringLiteral("ravelo/roundUp");
 } // namespace SettingsKeys
 
 #endif // SETTINGSKEYS_H

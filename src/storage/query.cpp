@@ -402,6 +402,22 @@ int Query::maxInvoiceNumber()
     return m_query.value(0).toInt(); // NULL for an empty table reads as 0
 }
 
+bool Query::fetchInvoicesWithProperty(const QString& key)
+{
+    QString pattern = key + QLatin1Char('=');
+    for (const char* special : { "\\", "%", "_" })
+        pattern.replace(QLatin1String(special), QLatin1Char('\\') + QLatin1String(special));
+    return runStatement(QStringLiteral("SELECT id, properties FROM invoice WHERE properties LIKE ?")
+            + escapeClause() + QStringLiteral(" ORDER BY id"),
+        { QLatin1Char('%') + pattern + QLatin1Char('%') });
+}
+
+void Query::invoiceProperties(Invoice* invoice)
+{
+    invoice->id = m_query.value(0).toInt();
+    invoice->propertiesFromString(m_query.value(1).toString());
+}
+
 bool Query::fetchInvoiceItems(int invoiceId)
 {
     return runStatement(

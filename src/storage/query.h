@@ -62,6 +62,11 @@ public:
     // Largest invoice number, 0 for an empty table, -1 on failure.
     int maxInvoiceNumber();
 
+    // Id and properties of every invoice whose properties may hold key (the
+    // text "key=" appears in them); read the rows with invoiceProperties().
+    bool fetchInvoicesWithProperty(const QString& key);
+    void invoiceProperties(Invoice* invoice);
+
     bool fetchInvoiceItems(int invoiceId);
     bool fetchInvoiceItem(int id);
     bool fetchInvoiceItems(const InvoiceCriteria& criteria);
