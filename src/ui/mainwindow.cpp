@@ -22,6 +22,7 @@
 #include "ui/invoicerangedialog.h"
 #include "ui/mainwindowactions.h"
 #include "ui/productdialog.h"
+#include "ui/ravelodialog.h"
 #include "ui/referencenumberdialog.h"
 #include "ui/scripteditordialog.h"
 #include "ui/searchdialog.h"
@@ -556,6 +557,24 @@ void MainWindow::exportInvoices()
     dialog.setSampleInvoice(m_hasInvoice ? m_model->invoice() : nullptr);
     dialog.setCriteria(*m_model->lastCriteria());
     execDialog(&dialog);
+}
+
+void MainWindow::importTimeEntries()
+{
+    // The new invoices are numbered after what is stored.
+    if (!m_registry->isConnected() || (m_hasInvoice && !saveInvoice()))
+        return;
+    RaveloDialog dialog(m_registry, this);
+    dialog.setToday(m_model->today());
+    if (execDialog(&dialog) != QDialog::Accepted)
+        return;
+    // The settings hold the mapping now, and the list the new invoices.
+    if (!m_model->fetchData()) {
+        showFetchError();
+        return;
+    }
+    goToLastInvoice();
+    updateActions();
 }
 
 void MainWindow::showAbout()

@@ -85,6 +85,8 @@ public slots:
     void editPrintScripts();
     // Writes invoices as PDF and Finvoice files; the one shown names the examples.
     void exportInvoices();
+    // Invoices from the time entries of the time-tracking program.
+    void importTimeEntries();
     void showAbout();
     void setVatIncluded(bool vatIncluded);
 

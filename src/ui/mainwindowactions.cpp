@@ -263,9 +263,12 @@ void MainWindowActions::createOtherActions()
     create(
         QStringLiteral("aboutAction"), tr("&Tietoja"), QKeySequence(), w, &MainWindow::showAbout);
 
-    // E-mail, payment import, interest, group invoicing and time-entry
-    // import come with their dialogs; until then the commands are
-    // shown but cannot be used (see update()).
+    create(QStringLiteral("raveloAction"), tr("&Ravelo-aineiston tuonti"), QKeySequence(), w,
+        &MainWindow::importTimeEntries);
+
+    // E-mail, payment import, interest and group invoicing come with their
+    // dialogs; until then the commands are shown but cannot be used (see
+    // update()).
     const struct
     {
         const char* name;
@@ -276,7 +279,6 @@ void MainWindowActions::createOtherActions()
         { "importPaymentsAction", "&Maksusuoritusten tuonti", QKeySequence(Qt::CTRL | Qt::Key_I) },
         { "interestAction", "&Viivästyskoron laskenta", QKeySequence(Qt::CTRL | Qt::Key_K) },
         { "groupInvoicingAction", "&Ryhmälaskutus", QKeySequence(Qt::CTRL | Qt::Key_R) },
-        { "raveloAction", "&Ravelo-aineiston tuonti", QKeySequence() },
     };
     for (const auto& entry : later)
         create(QLatin1String(entry.name), tr(entry.text), entry.shortcut);
@@ -374,6 +376,7 @@ void MainWindowActions::update(const State& state)
              "bankAccountsAction", "printScriptsAction" })
         enable(name, connected);
     enable("exportAction", connected);
+    enable("raveloAction", connected);
 
     for (const char* name :
         { "printAction", "printSelectedAction", "printReminderAction", "printReceiptAction" })
@@ -383,10 +386,10 @@ void MainWindowActions::update(const State& state)
             "paymentJournalAction", "customerListAction", "productListAction" })
         enable(name, connected);
 
-    // Not available yet: e-mail, payment import, interest on arrears, group
-    // invoicing and the time-entry import.
-    for (const char* name : { "sendAction", "importPaymentsAction", "interestAction",
-             "groupInvoicingAction", "raveloAction" })
+    // Not available yet: e-mail, payment import, interest on arrears and
+    // group invoicing.
+    for (const char* name :
+        { "sendAction", "importPaymentsAction", "interestAction", "groupInvoicingAction" })
         enable(name, false);
 }
 

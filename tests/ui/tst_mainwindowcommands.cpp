@@ -8,6 +8,7 @@
 #include "ui/exportdialog.h"
 #include "ui/finvoicedialog.h"
 #include "ui/productdialog.h"
+#include "ui/ravelodialog.h"
 #include "ui/referencenumberdialog.h"
 #include "ui/searchdialog.h"
 #include "ui/settingsdialog.h"
@@ -164,7 +165,7 @@ void TestMainWindowCommands::commandTable_data()
         { "&Liitä laskurivit", "Ctrl+V", true },
         { "Tee &laskusta kopio", "Ctrl+Shift+C", true },
         { "L&ähetä", "Ctrl+M", false },
-        { "&Ravelo-aineiston tuonti", "", false },
+        { "&Ravelo-aineiston tuonti", "", true },
         { "&Yrityksen tiedot...", "", true },
         { "&Asiakkaat...", "", true },
         { "&Tuotteet...", "", true },
@@ -196,8 +197,8 @@ void TestMainWindowCommands::mnemonicsAreUnique_data()
 {
     QTest::addColumn<QString>("window");
     QTest::addColumn<int>("page");
-    for (const char* name :
-        { "main window", "customers", "products", "accounts", "search", "reference number" })
+    for (const char* name : { "main window", "customers", "products", "accounts", "search",
+             "reference number", "time entries" })
         QTest::newRow(name) << QString::fromLatin1(name) << 0;
     for (int page = 0; page < SettingsDialog::PageCount; ++page)
         QTest::addRow("settings %d", page) << QStringLiteral("settings") << page;
@@ -268,6 +269,8 @@ void TestMainWindowCommands::mnemonicsAreUnique()
         auto exportDialog = std::make_unique<ExportDialog>(registry);
         exportDialog->findChild<QTabWidget*>(QStringLiteral("pages"))->setCurrentIndex(page);
         dialog = std::move(exportDialog);
+    } else if (window == QLatin1String("time entries")) {
+        dialog = std::make_unique<RaveloDialog>(registry);
     } else if (window == QLatin1String("finvoice script")) {
         dialog = std::make_unique<FinvoiceDialog>(registry);
     } else {
