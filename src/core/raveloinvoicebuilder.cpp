@@ -152,28 +152,26 @@ bool RaveloInvoiceBuilder::build(
     QMap<int, int> customerIdByNumber;
     QMap<int, QMap<QString, Row>> rowsByCustomer;
     QMap<int, QStringList> idsByCustomer;
+    // Both kinds of gap are told at once, so one pass over the mapping fixes them.
+    auto report = [&problems](const QString& problem) {
+        if (!problems.contains(problem))
+            problems.append(problem);
+    };
     for (const RaveloEntry& entry : selected) {
         bool customerFound = false;
         const Customer* customer
             = m_registry->customerById(mapping.customerId(entry.customer), customerFound);
-        if (!customerFound || !customer) {
-            const QString problem
-                = QStringLiteral("Ravelon asiakasta \"%1\" ei ole yhdistetty asiakkaaseen.")
-                      .arg(entry.customer);
-            if (!problems.contains(problem))
-                problems.append(problem);
-            continue;
-        }
+        if (!customerFound || !customer)
+            report(QStringLiteral("Ravelon asiakasta \"%1\" ei ole yhdistetty asiakkaaseen.")
+                       .arg(entry.customer));
         bool productFound = false;
         const int productId = mapping.productId(entry.workType);
         m_registry->productById(productId, productFound);
-        if (!productFound) {
-            const QString problem = QStringLiteral("Työlajia \"%1\" ei ole yhdistetty tuotteeseen.")
-                                        .arg(entry.workType);
-            if (!problems.contains(problem))
-                problems.append(problem);
+        if (!productFound)
+            report(QStringLiteral("Työlajia \"%1\" ei ole yhdistetty tuotteeseen.")
+                       .arg(entry.workType));
+        if (!customerFound || !customer || !productFound)
             continue;
-        }
         customerIdByNumber.insert(customer->number, customer->id);
         Row& row = rowsByCustomer[customer->id][rowKey(entry, options.itemization)];
         if (row.workType.isEmpty()) {

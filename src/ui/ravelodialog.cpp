@@ -164,8 +164,15 @@ RaveloDialog::RaveloDialog(Registry* registry, QWidget* parent)
 
     auto* buttons = new QDialogButtonBox(this);
     m_createButton->setText(tr("&Luo laskut"));
-    buttons->addButton(m_createButton, QDialogButtonBox::AcceptRole);
-    buttons->addButton(QDialogButtonBox::Close)->setText(tr("Sulje"));
+    buttons->addButton(m_createButton, QDialogButtonBox::ActionRole);
+    QPushButton* close = buttons->addButton(QDialogButtonBox::Close);
+    close->setText(tr("Sulje"));
+    // Return in the directory field reads the files; it must never make
+    // invoices, nor close the dialog.
+    for (QPushButton* button : { m_createButton, close }) {
+        button->setAutoDefault(false);
+        button->setDefault(false);
+    }
     connect(m_createButton, &QPushButton::clicked, this, &RaveloDialog::createInvoices);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
@@ -356,6 +363,10 @@ void RaveloDialog::updateTables()
             workTypes.insert(entry.workType, true);
     }
 
+    // Emptied first: the views hide and release the old combo boxes only
+    // when their rows go.
+    m_customerTable->setRowCount(0);
+    m_workTypeTable->setRowCount(0);
     m_customerTable->setRowCount(static_cast<int>(minutesByCustomer.size()));
     int row = 0;
     for (auto it = minutesByCustomer.cbegin(); it != minutesByCustomer.cend(); ++it, ++row) {
@@ -394,6 +405,8 @@ void RaveloDialog::updatePreview()
         m_previewModel->clear();
     if (!built)
         problems.append(m_builder.lastError());
+    else if (m_reader.entries().isEmpty() && m_reader.errors().isEmpty())
+        problems.append(tr("Valitse hakemisto, jossa Ravelon tiedostot (*.rvt) ovat."));
     else if (m_builder.invoices().isEmpty() && m_reader.errors().isEmpty())
         problems.append(tr("Valitulta aikaväliltä ei löytynyt laskuttamattomia kirjauksia."));
     m_problemsEdit->setPlainText(problems.join(QLatin1Char('\n')));
