@@ -23,7 +23,6 @@ private slots:
     void brokenHeader_data();
     void brokenHeader();
     void idsAreStable();
-    void missingDirectory();
 };
 
 void TestRaveloFileReader::goodDirectory()
@@ -160,18 +159,6 @@ void TestRaveloFileReader::idsAreStable()
     QCOMPARE(ids.size(), 3);
     QCOMPARE(QSet<QString>(ids.cbegin(), ids.cend()).size(), 3);
     QVERIFY(ids.at(0).startsWith(QStringLiteral("tunnit-lokakuu.rvt/")));
-    // A file of another name holds other entries.
-    RaveloFileReader renamed;
-    QVERIFY(renamed.read(data, QStringLiteral("toinen.rvt")));
-    QVERIFY(renamed.entries().at(0).id != ids.at(0));
-}
-
-void TestRaveloFileReader::missingDirectory()
-{
-    RaveloFileReader reader;
-    QVERIFY(!reader.readDirectory(dataPath(QStringLiteral("ei-ole"))));
-    QCOMPARE(reader.errors().size(), 1);
-    QVERIFY(reader.errors().first().contains(QStringLiteral("ei-ole")));
 }
 
 QTEST_GUILESS_MAIN(TestRaveloFileReader)
