@@ -96,8 +96,8 @@ bool RaveloFileReader::readDirectory(const QString& path)
         return false;
     }
     bool ok = true;
-    const QStringList names = dir.entryList(
-        { QStringLiteral("*.") + fileSuffix }, QDir::Files | QDir::Readable, QDir::Name);
+    const QStringList names
+        = dir.entryList({ QStringLiteral("*.") + fileSuffix }, QDir::Files, QDir::Name);
     for (const QString& name : names)
         ok = readFile(dir.filePath(name)) && ok;
     return ok;
