@@ -256,23 +256,26 @@ void MainWindowActions::createOtherActions()
         &MainWindow::editBankAccounts);
     create(QStringLiteral("printScriptsAction"), tr("T&ulostuspohjat..."), QKeySequence(), w,
         &MainWindow::editPrintScripts);
+    create(QStringLiteral("emailSettingsAction"), tr("&Sähköpostiasetukset..."), QKeySequence(), w,
+        &MainWindow::editEmailSettings);
     create(QStringLiteral("exportAction"), tr("V&ie"), QKeySequence(Qt::CTRL | Qt::Key_E), w,
         &MainWindow::exportInvoices);
+    create(QStringLiteral("sendAction"), tr("L&ähetä"), QKeySequence(Qt::CTRL | Qt::Key_M), w,
+        &MainWindow::sendInvoice);
     create(QStringLiteral("helpAction"), tr("&Sisältö"), QKeySequence(Qt::Key_F1), w,
         &MainWindow::showHelp);
     create(
         QStringLiteral("aboutAction"), tr("&Tietoja"), QKeySequence(), w, &MainWindow::showAbout);
 
-    // E-mail, payment import, interest, group invoicing and time-entry
-    // import come with their dialogs; until then the commands are
-    // shown but cannot be used (see update()).
+    // Payment import, interest, group invoicing and time-entry import come
+    // with their dialogs; until then the commands are shown but cannot be
+    // used (see update()).
     const struct
     {
         const char* name;
         const char* text;
         QKeySequence shortcut;
     } later[] = {
-        { "sendAction", "L&ähetä", QKeySequence(Qt::CTRL | Qt::Key_M) },
         { "importPaymentsAction", "&Maksusuoritusten tuonti", QKeySequence(Qt::CTRL | Qt::Key_I) },
         { "interestAction", "&Viivästyskoron laskenta", QKeySequence(Qt::CTRL | Qt::Key_K) },
         { "groupInvoicingAction", "&Ryhmälaskutus", QKeySequence(Qt::CTRL | Qt::Key_R) },
@@ -323,7 +326,7 @@ void MainWindowActions::createMenus(QAction* listToggle)
             "customerListAction", "productListAction" });
     add(bar->addMenu(tr("&Asetukset")),
         { "settingsAction", "customersAction", "productsAction", "bankAccountsAction",
-            "printScriptsAction" });
+            "printScriptsAction", nullptr, "emailSettingsAction" });
     add(bar->addMenu(tr("&Ohje")), { "helpAction", "aboutAction" });
 
     QToolBar* toolBar = m_window->addToolBar(tr("Työkalurivi"));
@@ -374,6 +377,9 @@ void MainWindowActions::update(const State& state)
              "bankAccountsAction", "printScriptsAction" })
         enable(name, connected);
     enable("exportAction", connected);
+    enable("sendAction", shown);
+    // The mail program is the machine's, not the database's.
+    enable("emailSettingsAction", true);
 
     for (const char* name :
         { "printAction", "printSelectedAction", "printReminderAction", "printReceiptAction" })
@@ -383,10 +389,10 @@ void MainWindowActions::update(const State& state)
             "paymentJournalAction", "customerListAction", "productListAction" })
         enable(name, connected);
 
-    // Not available yet: e-mail, payment import, interest on arrears, group
+    // Not available yet: payment import, interest on arrears, group
     // invoicing and the time-entry import.
-    for (const char* name : { "sendAction", "importPaymentsAction", "interestAction",
-             "groupInvoicingAction", "raveloAction" })
+    for (const char* name :
+        { "importPaymentsAction", "interestAction", "groupInvoicingAction", "raveloAction" })
         enable(name, false);
 }
 

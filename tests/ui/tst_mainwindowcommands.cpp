@@ -5,6 +5,7 @@
 #include "ui/bankaccountdialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
+#include "ui/emailsettingsdialog.h"
 #include "ui/exportdialog.h"
 #include "ui/finvoicedialog.h"
 #include "ui/productdialog.h"
@@ -163,13 +164,14 @@ void TestMainWindowCommands::commandTable_data()
         { "&Leikkaa", "Ctrl+X", false },
         { "&Liitä laskurivit", "Ctrl+V", true },
         { "Tee &laskusta kopio", "Ctrl+Shift+C", true },
-        { "L&ähetä", "Ctrl+M", false },
+        { "L&ähetä", "Ctrl+M", true },
         { "&Ravelo-aineiston tuonti", "", false },
         { "&Yrityksen tiedot...", "", true },
         { "&Asiakkaat...", "", true },
         { "&Tuotteet...", "", true },
         { "&Pankkitilit...", "", true },
         { "T&ulostuspohjat...", "", true },
+        { "&Sähköpostiasetukset...", "", true },
         { "&Tietoja", "", true },
     };
     for (const auto& command : commands)
@@ -196,8 +198,8 @@ void TestMainWindowCommands::mnemonicsAreUnique_data()
 {
     QTest::addColumn<QString>("window");
     QTest::addColumn<int>("page");
-    for (const char* name :
-        { "main window", "customers", "products", "accounts", "search", "reference number" })
+    for (const char* name : { "main window", "customers", "products", "accounts", "search",
+             "reference number", "e-mail settings" })
         QTest::newRow(name) << QString::fromLatin1(name) << 0;
     for (int page = 0; page < SettingsDialog::PageCount; ++page)
         QTest::addRow("settings %d", page) << QStringLiteral("settings") << page;
@@ -268,6 +270,8 @@ void TestMainWindowCommands::mnemonicsAreUnique()
         auto exportDialog = std::make_unique<ExportDialog>(registry);
         exportDialog->findChild<QTabWidget*>(QStringLiteral("pages"))->setCurrentIndex(page);
         dialog = std::move(exportDialog);
+    } else if (window == QLatin1String("e-mail settings")) {
+        dialog = std::make_unique<EmailSettingsDialog>(registry);
     } else if (window == QLatin1String("finvoice script")) {
         dialog = std::make_unique<FinvoiceDialog>(registry);
     } else {
