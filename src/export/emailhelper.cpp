@@ -67,6 +67,11 @@ EmailHelper::EmailHelper(Registry* registry, PrintScriptEngine* engine, QObject*
 {
 }
 
+QString EmailHelper::messageTitle()
+{
+    return tr("Lähetä sähköpostitse");
+}
+
 bool EmailHelper::fail(const QString& error)
 {
     m_lastError = error;
@@ -234,8 +239,8 @@ bool EmailHelper::startApplication(InvoicePrintModel* model)
         ? EmailProfile::appleMailScriptPath()
         : program.appPath;
     if (path.isEmpty())
-        return fail(tr("Sähköpostiohjelmaa ei voida käynnistää, koska ohjelmatiedoston polkua ei "
-                       "ole määritetty."));
+        return fail(tr(
+            "Sähköpostiohjelmaa ei voida käynnistää, koska ohjelmatiedoston polkua ei ole määritetty."));
     if (!QFileInfo(path).isFile())
         return fail(tr("Ohjelmatiedostoa %1 ei löytynyt.").arg(shown(path)));
 

@@ -34,6 +34,8 @@ public:
     // the mail program was started.
     bool startApplication(InvoicePrintModel* model);
     QString lastError() const { return m_lastError; }
+    // The title under which the windows show lastError().
+    static QString messageTitle();
     // What was started last (for the log and for callers that show it).
     QString program() const { return m_program; }
     QStringList arguments() const { return m_arguments; }

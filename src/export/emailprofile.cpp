@@ -5,23 +5,22 @@
 
 QList<EmailProfile> EmailProfile::all()
 {
-    // The system's default program is reached through xdg-email. Its
-    // options come first: it takes the first text that is not one as the
-    // message itself. The address goes inside the mailto URI, so that even
-    // an address starting with "-" cannot pass for an option, and an empty
-    // subject or body is still a valid URI.
+    // The system's default program is reached through xdg-email. Subject,
+    // body and address go inside the mailto URI: xdg-email refuses an empty
+    // subject or body given as options, and an address starting with "-"
+    // cannot pass for an option there.
     return {
         { SystemDefault, tr("Järjestelmän oletus"), { QStringLiteral("/usr/bin/xdg-email") },
             QStringLiteral("--utf8 --attach \"{{ attachmentPath }}\" "
                            "\"mailto:{{ customer/emailAddressEncoded }}"
                            "?subject={{ subjectEncoded }}&body={{ bodyEncoded }}\"") },
         { Evolution, QStringLiteral("Evolution"), { QStringLiteral("/usr/bin/evolution") },
-            QStringLiteral("mailto:{{ customer/emailAddressEncoded }}?subject={{ subjectEncoded }}"
-                           "&body={{ bodyEncoded }}&attachment={{ attachmentPath }}") },
+            QStringLiteral(
+                "mailto:{{ customer/emailAddressEncoded }}?subject={{ subjectEncoded }}&body={{ bodyEncoded }}&attachment={{ attachmentPath }}") },
         // "--" ends the options: an address cannot be read as one.
         { KMail, QStringLiteral("KMail"), { QStringLiteral("/usr/bin/kmail") },
-            QStringLiteral("-s \"{{ subject }}\" --attach \"{{ attachmentPath }}\" "
-                           "--msg \"{{ bodyPath }}\" -- \"{{ customer/emailAddress }}\"") },
+            QStringLiteral(
+                "-s \"{{ subject }}\" --attach \"{{ attachmentPath }}\" --msg \"{{ bodyPath }}\" -- \"{{ customer/emailAddress }}\"") },
         { Thunderbird, QStringLiteral("Mozilla Thunderbird"),
             { QStringLiteral("/usr/bin/thunderbird"),
                 QStringLiteral("C:/Program Files/Mozilla Thunderbird/thunderbird.exe"),
@@ -31,9 +30,8 @@ QList<EmailProfile> EmailProfile::all()
         { Outlook, QStringLiteral("Microsoft Outlook"),
             { QStringLiteral("C:/Program Files/Microsoft Office/Office12/Outlook.exe"),
                 QStringLiteral("C:/Program Files/Microsoft Office/Office11/Outlook.exe") },
-            QStringLiteral("/c ipm.note /m \"{{ customer/emailAddressEncoded }}"
-                           "?subject={{ subjectEncoded }}&body={{ bodyEncoded }}\" "
-                           "/a \"{{ attachmentPath }}\"") },
+            QStringLiteral(
+                "/c ipm.note /m \"{{ customer/emailAddressEncoded }}?subject={{ subjectEncoded }}&body={{ bodyEncoded }}\" /a \"{{ attachmentPath }}\"") },
         { AppleMail, QStringLiteral("Apple Mail"), {},
             QStringLiteral("\"{{ customer/emailAddress }}\" \"{{ subject }}\" \"{{ body }}\" "
                            "\"{{ attachmentPath }}\"") },
