@@ -155,6 +155,8 @@ QString EmailHelper::safeFileName(const QString& name)
 
 bool EmailHelper::renderPdf(InvoicePrintModel* model, const QString& fileName)
 {
+    if (!m_engine)
+        return fail(tr("Laskun tallentaminen epäonnistui."));
     // Only the first invoice: the others belong to other customers.
     InvoicePrintModel single(m_registry);
     single.copyInvoice(model, 0);
