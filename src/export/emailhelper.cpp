@@ -115,8 +115,8 @@ QString EmailHelper::attachmentDirectory(QString* error)
     const QDir temp(QDir::tempPath());
     const QString path = temp.filePath(attachmentDirectoryName);
     constexpr QFile::Permissions ownerOnly = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-    // Made readable by its owner only: the invoices of other users' sends
-    // must not be readable on a shared machine.
+    // Made readable by its owner only: on a shared machine the other users
+    // must not read the invoices, nor put files or links in their place.
     if (!QFileInfo(path).exists() && !QFileInfo(path).isSymLink())
         temp.mkdir(attachmentDirectoryName, ownerOnly);
     const QFileInfo info(path);
@@ -131,7 +131,7 @@ QString EmailHelper::attachmentDirectory(QString* error)
         *error = tr("Väliaikaishakemiston %1 luonti epäonnistui.").arg(shown(path));
         return QString();
     }
-    // One left open by an older version is closed now.
+    // One made by hand or by another program may be open to others.
     if ((info.permissions() & ~(ownerOnly | QFile::ReadUser | QFile::WriteUser | QFile::ExeUser))
         && !QFile::setPermissions(path, ownerOnly)) {
         *error = tr("Väliaikaishakemiston %1 oikeuksia ei voitu rajata.").arg(shown(path));
