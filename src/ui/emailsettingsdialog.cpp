@@ -55,10 +55,14 @@ EmailSettingsDialog::EmailSettingsDialog(Registry* registry, QWidget* parent)
     m_pathEdit = FormHelper::create<QLineEdit>(QStringLiteral("pathEdit"));
     m_browseButton = FormHelper::createButton(tr("&Selaa..."), QStringLiteral("browseButton"));
     m_argsEdit = FormHelper::create<QLineEdit>(QStringLiteral("argsEdit"));
-    m_argsHint = new QLabel(tr("Tyhjä kenttä käyttää ohjelman omia argumentteja. Käytettävissä "
-                               "ovat mm. {{ customer/emailAddress }}, {{ subject }}, {{ body }}, "
-                               "{{ attachmentPath }} ja niiden URL-koodatut muodot "
-                               "{{ subjectEncoded }} ja {{ bodyEncoded }}."));
+    // A placeholder is not broken over two lines.
+    const QString hint
+        = tr("Tyhjä kenttä käyttää ohjelman omia argumentteja. Käytettävissä ovat mm. "
+             "{{ customer/emailAddress }}, {{ subject }}, {{ body }}, {{ attachmentPath }} ja "
+             "niiden URL-koodatut muodot {{ subjectEncoded }} ja {{ bodyEncoded }}.");
+    m_argsHint = new QLabel(QString(hint)
+                                .replace(QLatin1String("{{ "), QStringLiteral("{{\u00a0"))
+                                .replace(QLatin1String(" }}"), QStringLiteral("\u00a0}}")));
     m_argsHint->setWordWrap(true);
     auto* note = new QLabel(tr("Viestin otsikko, teksti ja liitteen nimi muokataan kohdassa "
                                "Asetukset | Yrityksen tiedot, sivulla Sähköposti."));
