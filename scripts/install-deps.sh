@@ -9,7 +9,7 @@ PACKAGES=(
     qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql qt6-translations-l10n
     duktape-dev libxml2-dev libbenchmark-dev
     postgresql poppler-utils libxml2-utils fonts-liberation2
-    xvfb xauth clang-format
+    xvfb xauth clang-format xdg-utils
 )
 
 missing=()

@@ -3,6 +3,7 @@
 #include "core/registry.h"
 #include "domain/invoicetype.h"
 #include "domain/printscript.h"
+#include "export/emailhelper.h"
 #include "print/invoiceprintjob.h"
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
@@ -30,11 +31,13 @@ InvoicePrintPreviewDialog::InvoicePrintPreviewDialog(Registry* registry, QWidget
     layoutButton->setPopupMode(QToolButton::InstantPopup);
     toolBar()->addWidget(layoutButton);
 
-    // Sending by e-mail comes with the e-mail settings.
+    // One invoice at a time: a preview of several holds other customers' invoices.
     m_sendAction = new QAction(tr("Lähetä"), this);
+    m_sendAction->setObjectName(QStringLiteral("sendAction"));
     m_sendAction->setToolTip(tr("Lähetä sähköpostilla (Ctrl+E)"));
     m_sendAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
     m_sendAction->setEnabled(false);
+    connect(m_sendAction, &QAction::triggered, this, &InvoicePrintPreviewDialog::sendInvoice);
     toolBar()->addAction(m_sendAction);
 
     ScriptHelper helper(registry);
@@ -91,6 +94,20 @@ bool InvoicePrintPreviewDialog::setPrintScript(int id)
     return true;
 }
 
+bool InvoicePrintPreviewDialog::sendInvoice()
+{
+    EmailHelper helper(registry(), engine());
+    if (helper.startApplication(m_invoiceModel))
+        return true;
+    showMessage(EmailHelper::messageTitle(), helper.lastError());
+    return false;
+}
+
+void InvoicePrintPreviewDialog::showMessage(const QString& title, const QString& message)
+{
+    QMessageBox::information(this, title, message);
+}
+
 bool InvoicePrintPreviewDialog::printInvoices(
     Registry* registry, const InvoiceCriteria& criteria, int kind, bool preview, QWidget* parent)
 {
@@ -121,6 +138,7 @@ bool InvoicePrintPreviewDialog::printInvoices(
     dialog.setNumberOfCopies(job.numberOfCopies());
     if (!dialog.updatePrintPreview(model))
         return false;
+    dialog.sendAction()->setEnabled(model->invoiceCount() == 1);
     if (!showPreview)
         return dialog.printReport();
     dialog.exec();

@@ -41,6 +41,11 @@ public:
 public slots:
     // Loads the layout with this id (built-in ids are 0 or below) and redraws.
     bool setPrintScript(int id);
+    // Hands the invoice shown to the mail program; a refusal is shown.
+    bool sendInvoice();
+
+protected:
+    virtual void showMessage(const QString& title, const QString& message);
 
 private:
     void fillLayoutMenu();

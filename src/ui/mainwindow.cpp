@@ -12,10 +12,15 @@
 #include "domain/logging.h"
 #include "domain/settings.h"
 #include "domain/settingskeys.h"
+#include "export/emailhelper.h"
+#include "print/invoiceprintmodel.h"
+#include "print/printscriptengine.h"
+#include "print/scripthelper.h"
 #include "ui/aboutdialog.h"
 #include "ui/bankaccountdialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
+#include "ui/emailsettingsdialog.h"
 #include "ui/exportdialog.h"
 #include "ui/invoiceform.h"
 #include "ui/invoiceprintpreviewdialog.h"
@@ -593,6 +598,36 @@ bool MainWindow::printInvoices(bool preview, int kind)
     return InvoicePrintPreviewDialog::printInvoices(m_registry, criteria, kind, preview, this);
 }
 
+bool MainWindow::sendInvoice()
+{
+    // What is sent is what is stored.
+    if (!m_hasInvoice || !saveInvoice() || m_model->invoice()->id < 0)
+        return false;
+    InvoicePrintModel model(m_registry);
+    model.criteria().id = m_model->invoice()->id;
+    if (!model.run()) {
+        showCriticalMessage(tr("Tulosteen muodostaminen epäonnistui. %1").arg(model.lastError()));
+        return false;
+    }
+    PrintScriptEngine engine;
+    if (!ScriptHelper(m_registry).loadInvoiceScript(&engine)) {
+        showCriticalMessage(tr("Laskupohjan lataaminen epäonnistui. %1")
+                                .arg(engine.lastError().section(QLatin1Char('\n'), 0, 0)));
+        return false;
+    }
+    EmailHelper helper(m_registry, &engine);
+    if (helper.startApplication(&model))
+        return true;
+    showInformationMessage(EmailHelper::messageTitle(), helper.lastError());
+    return false;
+}
+
+void MainWindow::editEmailSettings()
+{
+    EmailSettingsDialog dialog(m_registry, this);
+    execDialog(&dialog);
+}
+
 bool MainWindow::printSeveralInvoices(int kind)
 {
     if (m_hasInvoice && !saveInvoice())
@@ -828,6 +863,11 @@ void MainWindow::showCriticalMessage(const QString& message)
 void MainWindow::showWarningMessage(const QString& message)
 {
     QMessageBox::warning(this, windowTitle(), message);
+}
+
+void MainWindow::showInformationMessage(const QString& title, const QString& message)
+{
+    QMessageBox::information(this, title, message);
 }
 
 int MainWindow::execDialog(QDialog* dialog)

@@ -60,6 +60,8 @@ public:
     bool printInvoices(bool preview, int kind);
     // The invoices of a range of numbers chosen in a dialog, as kind.
     bool printSeveralInvoices(int kind);
+    // Saves the current invoice and hands it to the mail program.
+    bool sendInvoice();
 
     void showErrorMessage(const QString& message);
 
@@ -83,6 +85,7 @@ public slots:
     void editProducts();
     void editBankAccounts();
     void editPrintScripts();
+    void editEmailSettings();
     // Writes invoices as PDF and Finvoice files; the one shown names the examples.
     void exportInvoices();
     // Invoices from the time entries of the time-tracking program.
@@ -99,6 +102,7 @@ protected:
     virtual bool askQuestion(const QString& question);
     virtual void showCriticalMessage(const QString& message);
     virtual void showWarningMessage(const QString& message);
+    virtual void showInformationMessage(const QString& title, const QString& message);
     virtual int execDialog(QDialog* dialog);
     virtual bool openUrl(const QUrl& url);
 

@@ -256,8 +256,12 @@ void MainWindowActions::createOtherActions()
         &MainWindow::editBankAccounts);
     create(QStringLiteral("printScriptsAction"), tr("T&ulostuspohjat..."), QKeySequence(), w,
         &MainWindow::editPrintScripts);
+    create(QStringLiteral("emailSettingsAction"), tr("&Sähköpostiasetukset..."), QKeySequence(), w,
+        &MainWindow::editEmailSettings);
     create(QStringLiteral("exportAction"), tr("V&ie"), QKeySequence(Qt::CTRL | Qt::Key_E), w,
         &MainWindow::exportInvoices);
+    create(QStringLiteral("sendAction"), tr("L&ähetä"), QKeySequence(Qt::CTRL | Qt::Key_M), w,
+        &MainWindow::sendInvoice);
     create(QStringLiteral("helpAction"), tr("&Sisältö"), QKeySequence(Qt::Key_F1), w,
         &MainWindow::showHelp);
     create(
@@ -266,16 +270,14 @@ void MainWindowActions::createOtherActions()
     create(QStringLiteral("raveloAction"), tr("&Ravelo-aineiston tuonti"), QKeySequence(), w,
         &MainWindow::importTimeEntries);
 
-    // E-mail, payment import, interest and group invoicing come with their
-    // dialogs; until then the commands are shown but cannot be used (see
-    // update()).
+    // Payment import, interest and group invoicing come with their dialogs;
+    // until then the commands are shown but cannot be used (see update()).
     const struct
     {
         const char* name;
         const char* text;
         QKeySequence shortcut;
     } later[] = {
-        { "sendAction", "L&ähetä", QKeySequence(Qt::CTRL | Qt::Key_M) },
         { "importPaymentsAction", "&Maksusuoritusten tuonti", QKeySequence(Qt::CTRL | Qt::Key_I) },
         { "interestAction", "&Viivästyskoron laskenta", QKeySequence(Qt::CTRL | Qt::Key_K) },
         { "groupInvoicingAction", "&Ryhmälaskutus", QKeySequence(Qt::CTRL | Qt::Key_R) },
@@ -325,7 +327,7 @@ void MainWindowActions::createMenus(QAction* listToggle)
             "customerListAction", "productListAction" });
     add(bar->addMenu(tr("&Asetukset")),
         { "settingsAction", "customersAction", "productsAction", "bankAccountsAction",
-            "printScriptsAction" });
+            "printScriptsAction", nullptr, "emailSettingsAction" });
     add(bar->addMenu(tr("&Ohje")), { "helpAction", "aboutAction" });
 
     QToolBar* toolBar = m_window->addToolBar(tr("Työkalurivi"));
@@ -377,6 +379,9 @@ void MainWindowActions::update(const State& state)
         enable(name, connected);
     enable("exportAction", connected);
     enable("raveloAction", connected);
+    enable("sendAction", shown);
+    // The mail program is the machine's, not the database's.
+    enable("emailSettingsAction", true);
 
     for (const char* name :
         { "printAction", "printSelectedAction", "printReminderAction", "printReceiptAction" })
@@ -386,10 +391,9 @@ void MainWindowActions::update(const State& state)
             "paymentJournalAction", "customerListAction", "productListAction" })
         enable(name, connected);
 
-    // Not available yet: e-mail, payment import, interest on arrears and
-    // group invoicing.
-    for (const char* name :
-        { "sendAction", "importPaymentsAction", "interestAction", "groupInvoicingAction" })
+    // Not available yet: payment import, interest on arrears and group
+    // invoicing.
+    for (const char* name : { "importPaymentsAction", "interestAction", "groupInvoicingAction" })
         enable(name, false);
 }
 

@@ -5,6 +5,7 @@
 #include "ui/bankaccountdialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
+#include "ui/emailsettingsdialog.h"
 #include "ui/exportdialog.h"
 #include "ui/finvoicedialog.h"
 #include "ui/productdialog.h"
@@ -164,13 +165,14 @@ void TestMainWindowCommands::commandTable_data()
         { "&Leikkaa", "Ctrl+X", false },
         { "&Liitä laskurivit", "Ctrl+V", true },
         { "Tee &laskusta kopio", "Ctrl+Shift+C", true },
-        { "L&ähetä", "Ctrl+M", false },
+        { "L&ähetä", "Ctrl+M", true },
         { "&Ravelo-aineiston tuonti", "", true },
         { "&Yrityksen tiedot...", "", true },
         { "&Asiakkaat...", "", true },
         { "&Tuotteet...", "", true },
         { "&Pankkitilit...", "", true },
         { "T&ulostuspohjat...", "", true },
+        { "&Sähköpostiasetukset...", "", true },
         { "&Tietoja", "", true },
     };
     for (const auto& command : commands)
@@ -198,7 +200,7 @@ void TestMainWindowCommands::mnemonicsAreUnique_data()
     QTest::addColumn<QString>("window");
     QTest::addColumn<int>("page");
     for (const char* name : { "main window", "customers", "products", "accounts", "search",
-             "reference number", "time entries" })
+             "reference number", "time entries", "e-mail settings" })
         QTest::newRow(name) << QString::fromLatin1(name) << 0;
     for (int page = 0; page < SettingsDialog::PageCount; ++page)
         QTest::addRow("settings %d", page) << QStringLiteral("settings") << page;
@@ -271,6 +273,8 @@ void TestMainWindowCommands::mnemonicsAreUnique()
         dialog = std::move(exportDialog);
     } else if (window == QLatin1String("time entries")) {
         dialog = std::make_unique<RaveloDialog>(registry);
+    } else if (window == QLatin1String("e-mail settings")) {
+        dialog = std::make_unique<EmailSettingsDialog>(registry);
     } else if (window == QLatin1String("finvoice script")) {
         dialog = std::make_unique<FinvoiceDialog>(registry);
     } else {

@@ -51,6 +51,10 @@ protected:
     }
     void showCriticalMessage(const QString& message) override { messages.append(message); }
     void showWarningMessage(const QString& message) override { messages.append(message); }
+    void showInformationMessage(const QString& title, const QString& message) override
+    {
+        messages.append(title + QLatin1String(": ") + message);
+    }
     int execDialog(QDialog* dialog) override
     {
         return dialogHandler ? dialogHandler(dialog) : int(QDialog::Rejected);
