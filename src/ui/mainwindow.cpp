@@ -1,12 +1,14 @@
 #include "mainwindow.h"
 
 #include "core/databaselist.h"
+#include "core/interestonarrearstablemodel.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/invoicesavecheck.h"
 #include "core/invoicetablemodel.h"
 #include "core/mainmodel.h"
 #include "core/paymenttablemodel.h"
 #include "core/registry.h"
+#include "domain/customer.h"
 #include "domain/invoicecriteria.h"
 #include "domain/invoicetype.h"
 #include "domain/logging.h"
@@ -17,6 +19,7 @@
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
 #include "ui/exportdialog.h"
+#include "ui/interestonarrearspanel.h"
 #include "ui/invoiceform.h"
 #include "ui/invoiceprintpreviewdialog.h"
 #include "ui/invoicerangedialog.h"
@@ -60,6 +63,7 @@ MainWindow::MainWindow(Registry* registry, QWidget* parent)
     m_form->setRowActions(m_actions->rowButtonActions(), m_actions->rowMenuActions());
     setCentralWidget(m_form);
     createInvoiceList();
+    createInterestPanel();
     m_actions->createMenus(m_invoiceDock->toggleViewAction());
 
     m_positionLabel = new QLabel(this);
@@ -135,6 +139,26 @@ void MainWindow::createInvoiceList()
     m_invoiceDock->setFeatures(QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable
         | QDockWidget::DockWidgetFloatable);
     addDockWidget(Qt::BottomDockWidgetArea, m_invoiceDock);
+}
+
+void MainWindow::createInterestPanel()
+{
+    m_interestPanel = new InterestOnArrearsPanel(m_model->interestTableModel());
+    m_interestDock = new QDockWidget(tr("Viivästyskorko"), this);
+    m_interestDock->setObjectName(QStringLiteral("interestDock"));
+    m_interestDock->setWidget(m_interestPanel);
+    addDockWidget(Qt::RightDockWidgetArea, m_interestDock);
+    m_interestDock->hide();
+    connect(m_interestPanel, &InterestOnArrearsPanel::calculateRequested, this,
+        &MainWindow::calculateInterest);
+    connect(m_interestPanel, &InterestOnArrearsPanel::removeRequested, this,
+        &MainWindow::removeInterestRow);
+    connect(
+        m_interestPanel, &InterestOnArrearsPanel::clearRequested, this, &MainWindow::clearInterest);
+    connect(m_interestPanel, &InterestOnArrearsPanel::createInvoiceRequested, this,
+        &MainWindow::createInterestInvoice);
+    connect(m_interestPanel, &InterestOnArrearsPanel::addRowsRequested, this,
+        &MainWindow::addInterestRows);
 }
 
 // --- Opening a database ------------------------------------------------------
@@ -434,6 +458,7 @@ void MainWindow::showFound(bool ok)
     m_actions->showQuickSearch(m_model->currentQuickSearch());
     updatePosition();
     updateActions();
+    updateInterestButtons();
 }
 
 void MainWindow::refresh()
@@ -495,9 +520,15 @@ void MainWindow::editReferenceNumber()
 
 void MainWindow::editSettings()
 {
+    editSettingsPage(SettingsDialog::SellerPage);
+}
+
+void MainWindow::editSettingsPage(int page)
+{
     if (!m_registry->isConnected())
         return;
     SettingsDialog dialog(m_registry, this);
+    dialog.setCurrentPage(page);
     if (execDialog(&dialog) != QDialog::Accepted)
         return;
     dialog.settings()->copy(m_registry->settings());
@@ -556,6 +587,110 @@ void MainWindow::exportInvoices()
     dialog.setSampleInvoice(m_hasInvoice ? m_model->invoice() : nullptr);
     dialog.setCriteria(*m_model->lastCriteria());
     execDialog(&dialog);
+}
+
+// --- Interest on arrears -----------------------------------------------------
+
+void MainWindow::showInterestPanel()
+{
+    m_interestDock->show();
+    m_interestDock->raise();
+    updateInterestButtons();
+}
+
+void MainWindow::updateInterestButtons()
+{
+    m_interestPanel->updateButtons(m_registry->isConnected() && m_hasInvoice);
+}
+
+void MainWindow::calculateInterest()
+{
+    if (!m_registry->isConnected() || !m_hasInvoice)
+        return;
+    const InterestOnArrearsTableModel* table = m_model->interestTableModel();
+    const Invoice* invoice = m_model->invoice();
+    if (table->rowCount() > 0 && table->customerId() != invoice->customerId) {
+        bool tableFound = false;
+        bool invoiceFound = false;
+        const Customer* tableCustomer = m_registry->customerById(table->customerId(), tableFound);
+        const Customer* invoiceCustomer
+            = m_registry->customerById(invoice->customerId, invoiceFound);
+        if (tableFound && invoiceFound
+            && !askQuestion(tr("Viivästyskoron laskennassa on jo asiakkaan %1 korko. Haluatko "
+                               "lisätä asiakkaan %2 koron?")
+                                .arg(tableCustomer->name, invoiceCustomer->name)))
+            return;
+    }
+    m_model->calculateInterestOnArrears();
+    updateInterestButtons();
+}
+
+void MainWindow::removeInterestRow()
+{
+    const int row = m_interestPanel->currentRow();
+    if (row >= 0)
+        m_model->interestTableModel()->removeRows(row, 1);
+    updateInterestButtons();
+}
+
+void MainWindow::clearInterest()
+{
+    m_model->interestTableModel()->clear();
+    updateInterestButtons();
+}
+
+const Product* MainWindow::findProductForInterestOnArrears(bool& found)
+{
+    found = false;
+    const Settings* settings = m_registry->settings();
+    const QString number = settings
+        ? settings->property(SettingsKeys::interestProduct, QString()).toString()
+        : QString();
+    const Product* product = m_registry->productByNumber(number, found);
+    if (found && product)
+        return product;
+    found = false;
+    showInformationMessage(tr("Viivästyskorkorivin tuotetta ei ole määritelty."));
+    // The product is chosen with the other invoicing settings.
+    editSettingsPage(SettingsDialog::InvoicingPage);
+    return nullptr;
+}
+
+void MainWindow::createInterestInvoice()
+{
+    const InterestOnArrearsTableModel* table = m_model->interestTableModel();
+    if (!m_registry->isConnected() || table->rowCount() == 0)
+        return;
+    if (!table->hasOneCustomer()) {
+        showWarningMessage(tr("Viivästyskoron laskennassa on usean asiakkaan laskuja. Korkolasku "
+                              "luodaan yhden asiakkaan laskuista: poista muiden asiakkaiden "
+                              "rivit."));
+        return;
+    }
+    if (!saveInvoice())
+        return;
+    bool found = false;
+    const Product* product = findProductForInterestOnArrears(found);
+    if (!found)
+        return;
+    showCreatedInvoice(m_model->createInterestInvoice(product));
+    updateInterestButtons();
+}
+
+void MainWindow::addInterestRows()
+{
+    if (!m_registry->isConnected() || !m_hasInvoice
+        || m_model->interestTableModel()->rowCount() == 0)
+        return;
+    if (!toggleEditMode(true))
+        return;
+    bool found = false;
+    const Product* product = findProductForInterestOnArrears(found);
+    if (!found)
+        return;
+    m_model->addInterestRows(product);
+    m_form->updateAmounts();
+    updateActions();
 }
 
 void MainWindow::showAbout()
@@ -691,6 +826,7 @@ void MainWindow::loadForm()
     m_form->updateAmounts();
     updatePosition();
     updateActions();
+    updateInterestButtons();
 }
 
 void MainWindow::updateCustomers()
@@ -703,7 +839,8 @@ QMap<QString, QTableView*> MainWindow::layoutTables() const
 {
     return { { QStringLiteral("invoiceTable"), m_invoiceTableView },
         { QStringLiteral("paymentTable"), paymentTableView() },
-        { QStringLiteral("invoiceItemTable"), invoiceItemTableView() } };
+        { QStringLiteral("invoiceItemTable"), invoiceItemTableView() },
+        { QStringLiteral("interestTable"), m_interestPanel->tableView() } };
 }
 
 void MainWindow::saveLayout()
@@ -809,6 +946,11 @@ void MainWindow::showCriticalMessage(const QString& message)
 void MainWindow::showWarningMessage(const QString& message)
 {
     QMessageBox::warning(this, windowTitle(), message);
+}
+
+void MainWindow::showInformationMessage(const QString& message)
+{
+    QMessageBox::information(this, windowTitle(), message);
 }
 
 int MainWindow::execDialog(QDialog* dialog)

@@ -6,6 +6,7 @@
 
 #include <memory>
 
+class InterestOnArrearsPanel;
 class InvoiceForm;
 class MainModel;
 class MainWindowActions;
@@ -14,6 +15,7 @@ class QDockWidget;
 class QLabel;
 class QModelIndex;
 class QTableView;
+class Product;
 class QUrl;
 class Registry;
 
@@ -63,6 +65,12 @@ public:
 
     void showErrorMessage(const QString& message);
 
+    // The product of interest rows from the company settings. Without one
+    // the user is told so and gets the settings to choose it; found is
+    // false then.
+    const Product* findProductForInterestOnArrears(bool& found);
+    InterestOnArrearsPanel* interestPanel() const { return m_interestPanel; }
+
 public slots:
     void newInvoice();
     void copyInvoice();
@@ -85,6 +93,13 @@ public slots:
     void editPrintScripts();
     // Writes invoices as PDF and Finvoice files; the one shown names the examples.
     void exportInvoices();
+    // The interest panel and its buttons.
+    void showInterestPanel();
+    void calculateInterest();
+    void removeInterestRow();
+    void clearInterest();
+    void createInterestInvoice();
+    void addInterestRows();
     void showAbout();
     void setVatIncluded(bool vatIncluded);
 
@@ -97,6 +112,7 @@ protected:
     virtual bool askQuestion(const QString& question);
     virtual void showCriticalMessage(const QString& message);
     virtual void showWarningMessage(const QString& message);
+    virtual void showInformationMessage(const QString& message);
     virtual int execDialog(QDialog* dialog);
     virtual bool openUrl(const QUrl& url);
 
@@ -105,6 +121,9 @@ private slots:
 
 private:
     void createInvoiceList();
+    void createInterestPanel();
+    void updateInterestButtons();
+    void editSettingsPage(int page);
     // Shows list row `index` without saving what was shown before.
     bool loadInvoice(int index);
     // Shows the invoice that createInvoice() or createInvoiceCopy() of the
@@ -144,6 +163,8 @@ private:
     QLabel* m_positionLabel;
     QDockWidget* m_invoiceDock;
     QTableView* m_invoiceTableView;
+    QDockWidget* m_interestDock;
+    InterestOnArrearsPanel* m_interestPanel;
 };
 
 #endif // MAINWINDOW_H

@@ -148,7 +148,7 @@ void TestMainWindowCommands::commandTable_data()
         { "Lasku&luettelo", "Alt+6", true },
         { "&Suorituspäiväkirja", "Alt+7", true },
         { "&Maksusuoritusten tuonti", "Ctrl+I", false },
-        { "&Viivästyskoron laskenta", "Ctrl+K", false },
+        { "&Viivästyskoron laskenta", "Ctrl+K", true },
         { "Siirrä ylös", "Ctrl+Up", false },
         { "Siirrä alas", "Ctrl+Down", false },
         { "Ve&rollinen", "", true },

@@ -51,6 +51,7 @@ protected:
     }
     void showCriticalMessage(const QString& message) override { messages.append(message); }
     void showWarningMessage(const QString& message) override { messages.append(message); }
+    void showInformationMessage(const QString& message) override { messages.append(message); }
     int execDialog(QDialog* dialog) override
     {
         return dialogHandler ? dialogHandler(dialog) : int(QDialog::Rejected);
