@@ -16,6 +16,7 @@
 #include "domain/settingskeys.h"
 #include "ui/aboutdialog.h"
 #include "ui/bankaccountdialog.h"
+#include "ui/copydialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
 #include "ui/exportdialog.h"
@@ -691,6 +692,29 @@ void MainWindow::addInterestRows()
     m_model->addInterestRows(product);
     m_form->updateAmounts();
     updateActions();
+}
+
+void MainWindow::groupInvoicing()
+{
+    if (!m_registry->isConnected())
+        return;
+    // What is copied is what is stored.
+    if (m_hasInvoice && !saveInvoice())
+        return;
+    // A new invoice with nothing in it is not saved, and not a choice.
+    if (!m_hasInvoice || m_model->invoice()->id < 0) {
+        showWarningMessage(tr("Valitse kopioitava lasku."));
+        return;
+    }
+    CopyDialog dialog(m_registry, *m_model->invoice(), this);
+    execDialog(&dialog);
+    // The groups and the undo record are company settings.
+    saveSettings();
+    if (!m_model->refresh())
+        showFetchError();
+    if (m_hasInvoice && m_model->invoiceIndex() >= 0)
+        loadInvoice(m_model->invoiceIndex());
+    loadForm();
 }
 
 void MainWindow::showAbout()

@@ -100,6 +100,9 @@ public slots:
     void clearInterest();
     void createInterestInvoice();
     void addInterestRows();
+    // Copies the current invoice to a group of customers, or undoes the
+    // last such run.
+    void groupInvoicing();
     void showAbout();
     void setVatIncluded(bool vatIncluded);
 

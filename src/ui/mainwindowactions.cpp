@@ -258,6 +258,8 @@ void MainWindowActions::createOtherActions()
         &MainWindow::editPrintScripts);
     create(QStringLiteral("exportAction"), tr("V&ie"), QKeySequence(Qt::CTRL | Qt::Key_E), w,
         &MainWindow::exportInvoices);
+    create(QStringLiteral("groupInvoicingAction"), tr("&Ryhmälaskutus"),
+        QKeySequence(Qt::CTRL | Qt::Key_R), w, &MainWindow::groupInvoicing);
     create(QStringLiteral("interestAction"), tr("&Viivästyskoron laskenta"),
         QKeySequence(Qt::CTRL | Qt::Key_K), w, &MainWindow::showInterestPanel);
     create(QStringLiteral("helpAction"), tr("&Sisältö"), QKeySequence(Qt::Key_F1), w,
@@ -265,8 +267,8 @@ void MainWindowActions::createOtherActions()
     create(
         QStringLiteral("aboutAction"), tr("&Tietoja"), QKeySequence(), w, &MainWindow::showAbout);
 
-    // E-mail, payment import, group invoicing and time-entry import come
-    // with their dialogs; until then the commands are
+    // E-mail, payment import and time-entry import come with their
+    // dialogs; until then the commands are
     // shown but cannot be used (see update()).
     const struct
     {
@@ -276,7 +278,6 @@ void MainWindowActions::createOtherActions()
     } later[] = {
         { "sendAction", "L&ähetä", QKeySequence(Qt::CTRL | Qt::Key_M) },
         { "importPaymentsAction", "&Maksusuoritusten tuonti", QKeySequence(Qt::CTRL | Qt::Key_I) },
-        { "groupInvoicingAction", "&Ryhmälaskutus", QKeySequence(Qt::CTRL | Qt::Key_R) },
         { "raveloAction", "&Ravelo-aineiston tuonti", QKeySequence() },
     };
     for (const auto& entry : later)
@@ -376,6 +377,7 @@ void MainWindowActions::update(const State& state)
         enable(name, connected);
     enable("exportAction", connected);
     enable("interestAction", connected);
+    enable("groupInvoicingAction", connected);
 
     for (const char* name :
         { "printAction", "printSelectedAction", "printReminderAction", "printReceiptAction" })
@@ -385,10 +387,8 @@ void MainWindowActions::update(const State& state)
             "paymentJournalAction", "customerListAction", "productListAction" })
         enable(name, connected);
 
-    // Not available yet: e-mail, payment import, group invoicing and the
-    // time-entry import.
-    for (const char* name :
-        { "sendAction", "importPaymentsAction", "groupInvoicingAction", "raveloAction" })
+    // Not available yet: e-mail, payment import and the time-entry import.
+    for (const char* name : { "sendAction", "importPaymentsAction", "raveloAction" })
         enable(name, false);
 }
 

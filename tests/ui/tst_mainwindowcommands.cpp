@@ -1,8 +1,10 @@
 #include "core/mainmodel.h"
 #include "core/registry.h"
+#include "domain/invoice.h"
 #include "domain/invoicecriteria.h"
 #include "tst_mainwindowfixture.h"
 #include "ui/bankaccountdialog.h"
+#include "ui/copydialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
 #include "ui/exportdialog.h"
@@ -158,7 +160,7 @@ void TestMainWindowCommands::commandTable_data()
         { "Näytä ALV-%", "", true },
         { "Valitse &yritys", "F10", true },
         { "&Viitenumero ja lisätiedot", "Ctrl+L", true },
-        { "&Ryhmälaskutus", "Ctrl+R", false },
+        { "&Ryhmälaskutus", "Ctrl+R", true },
         { "&Kopioi laskurivit", "", false },
         { "&Leikkaa", "Ctrl+X", false },
         { "&Liitä laskurivit", "Ctrl+V", true },
@@ -196,8 +198,8 @@ void TestMainWindowCommands::mnemonicsAreUnique_data()
 {
     QTest::addColumn<QString>("window");
     QTest::addColumn<int>("page");
-    for (const char* name :
-        { "main window", "customers", "products", "accounts", "search", "reference number" })
+    for (const char* name : { "main window", "customers", "products", "accounts", "search",
+             "reference number", "group invoicing" })
         QTest::newRow(name) << QString::fromLatin1(name) << 0;
     for (int page = 0; page < SettingsDialog::PageCount; ++page)
         QTest::addRow("settings %d", page) << QStringLiteral("settings") << page;
@@ -268,6 +270,8 @@ void TestMainWindowCommands::mnemonicsAreUnique()
         auto exportDialog = std::make_unique<ExportDialog>(registry);
         exportDialog->findChild<QTabWidget*>(QStringLiteral("pages"))->setCurrentIndex(page);
         dialog = std::move(exportDialog);
+    } else if (window == QLatin1String("group invoicing")) {
+        dialog = std::make_unique<CopyDialog>(registry, Invoice());
     } else if (window == QLatin1String("finvoice script")) {
         dialog = std::make_unique<FinvoiceDialog>(registry);
     } else {
