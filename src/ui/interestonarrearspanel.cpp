@@ -2,7 +2,7 @@
 
 #include "core/interestonarrearstablemodel.h"
 
-#include <QHBoxLayout>
+#include <QGridLayout>
 #include <QHeaderView>
 #include <QPushButton>
 #include <QTableView>
@@ -18,10 +18,6 @@ InterestOnArrearsPanel::InterestOnArrearsPanel(InterestOnArrearsTableModel* mode
     m_tableView->verticalHeader()->hide();
     m_tableView->horizontalHeader()->setStretchLastSection(true);
 
-    QHBoxLayout* buttons = new QHBoxLayout();
-    QVBoxLayout* layout = new QVBoxLayout(this);
-    layout->addWidget(m_tableView);
-    layout->addLayout(buttons);
     m_calculateButton = addButton(QStringLiteral("calculateInterestButton"), tr("Laske"),
         &InterestOnArrearsPanel::calculateRequested);
     m_rowButtons = { addButton(QStringLiteral("removeInterestButton"), tr("Poista"),
@@ -33,10 +29,18 @@ InterestOnArrearsPanel::InterestOnArrearsPanel(InterestOnArrearsTableModel* mode
         addButton(QStringLiteral("addInterestRowsButton"), tr("Lisää laskurivit"),
             &InterestOnArrearsPanel::addRowsRequested) };
     m_addRowsButton = m_rowButtons.last();
-    for (QPushButton* button : qAsConst(m_rowButtons))
-        buttons->addWidget(button);
-    buttons->insertWidget(0, m_calculateButton);
-    buttons->addStretch();
+
+    // Collecting in the first row, what is done with the rows in the second:
+    // the panel stays narrow beside the invoice.
+    QGridLayout* buttons = new QGridLayout();
+    buttons->addWidget(m_calculateButton, 0, 0);
+    buttons->addWidget(m_rowButtons.at(0), 0, 1);
+    buttons->addWidget(m_rowButtons.at(1), 0, 2);
+    buttons->addWidget(m_rowButtons.at(2), 1, 0, 1, 2);
+    buttons->addWidget(m_rowButtons.at(3), 1, 2);
+    QVBoxLayout* layout = new QVBoxLayout(this);
+    layout->addWidget(m_tableView);
+    layout->addLayout(buttons);
     updateButtons(false);
 }
 

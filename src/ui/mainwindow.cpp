@@ -37,7 +37,9 @@
 #include <QDockWidget>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSortFilterProxyModel>
 #include <QStatusBar>
@@ -594,6 +596,16 @@ void MainWindow::exportInvoices()
 
 void MainWindow::showInterestPanel()
 {
+    // The first time, as wide as its table needs, leaving the form the rest.
+    if (m_interestDock->isHidden() && !m_interestDockSized && !m_interestDock->isFloating()) {
+        m_interestDockSized = true;
+        const QTableView* table = m_interestPanel->tableView();
+        const QMargins margins = m_interestPanel->layout()->contentsMargins();
+        const int width = table->horizontalHeader()->length() + 2 * table->frameWidth()
+            + table->verticalScrollBar()->sizeHint().width() + margins.left() + margins.right();
+        m_interestDock->show();
+        resizeDocks({ m_interestDock }, { width }, Qt::Horizontal);
+    }
     m_interestDock->show();
     m_interestDock->raise();
     updateInterestButtons();
@@ -617,8 +629,8 @@ void MainWindow::calculateInterest()
         const Customer* invoiceCustomer
             = m_registry->customerById(invoice->customerId, invoiceFound);
         if (tableFound && invoiceFound
-            && !askQuestion(tr("Viivästyskoron laskennassa on jo asiakkaan %1 korko. Haluatko "
-                               "lisätä asiakkaan %2 koron?")
+            && !askQuestion(tr(
+                "Viivästyskoron laskennassa on jo asiakkaan %1 korko. Haluatko lisätä asiakkaan %2 koron?")
                                 .arg(tableCustomer->name, invoiceCustomer->name)))
             return;
     }

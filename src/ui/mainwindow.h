@@ -168,6 +168,7 @@ private:
     QTableView* m_invoiceTableView;
     QDockWidget* m_interestDock;
     InterestOnArrearsPanel* m_interestPanel;
+    bool m_interestDockSized = false;
 };
 
 #endif // MAINWINDOW_H
