@@ -724,8 +724,11 @@ void MainWindow::groupInvoicing()
     saveSettings();
     if (!m_model->refresh())
         showFetchError();
-    if (m_hasInvoice && m_model->invoiceIndex() >= 0)
+    // An undo may have removed the invoice shown, when it was a copy.
+    if (m_model->invoiceIndex() >= 0)
         loadInvoice(m_model->invoiceIndex());
+    else
+        m_hasInvoice = false;
     loadForm();
 }
 

@@ -1,3 +1,4 @@
+#include "core/invoicecopier.h"
 #include "core/invoicetablemodel.h"
 #include "core/mainmodel.h"
 #include "core/registry.h"
@@ -192,6 +193,19 @@ void TestCopyDialogWindow::fromTheMenu()
     const QString properties
         = m_f->storedValue(QStringLiteral("SELECT properties FROM settings")).toString();
     QVERIFY2(properties.contains(SettingsKeys::copyLastNumber), qPrintable(properties));
+
+    // Undone while the copy is shown, the copy goes from the window too.
+    QVERIFY(m_f->window()->goToInvoice(1));
+    QCOMPARE(m_f->window()->model()->invoice()->number, 2);
+    Registry* registry = m_f->registry();
+    m_f->window()->dialogHandler = [registry](QDialog*) {
+        InvoiceCopier(registry, Invoice()).undoCopy();
+        return int(QDialog::Rejected);
+    };
+    m_f->action("groupInvoicingAction")->trigger();
+    QCOMPARE(m_f->storedInvoiceCount(), 1);
+    QCOMPARE(m_f->window()->model()->invoiceCount(), 1);
+    QVERIFY(!m_f->window()->hasInvoice());
 }
 
 QTEST_MAIN(TestCopyDialogWindow)
