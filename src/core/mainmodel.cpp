@@ -2,15 +2,19 @@
 
 #include "core/databasefactory.h"
 #include "core/databaselist.h"
+#include "core/interestonarrearstablemodel.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/invoicetablemodel.h"
 #include "core/newinvoice.h"
 #include "core/paymenttablemodel.h"
 #include "core/registry.h"
+#include "domain/constants.h"
 #include "domain/customer.h"
 #include "domain/invoiceitem.h"
+#include "domain/invoicetype.h"
 #include "domain/logging.h"
 #include "domain/payment.h"
+#include "domain/product.h"
 #include "domain/settings.h"
 #include "domain/settingskeys.h"
 #include "storage/database.h"
@@ -54,6 +58,7 @@ MainModel::MainModel(Registry* registry, QObject* parent)
     , m_invoiceProxyModel(new QSortFilterProxyModel(this))
     , m_invoiceItemTableModel(new InvoiceItemTableModel(registry, this))
     , m_paymentTableModel(new PaymentTableModel(registry, this))
+    , m_interestTableModel(new InterestOnArrearsTableModel(this))
     , m_lastCriteria(&m_criteria)
 {
     m_invoiceProxyModel->setSourceModel(m_invoiceTableModel);
@@ -115,6 +120,7 @@ bool MainModel::closeDatabase()
     m_invoiceTableModel->clear();
     m_invoiceItemTableModel->clearInvoiceItems();
     m_paymentTableModel->clearPayments();
+    m_interestTableModel->clear();
     m_invoiceIndex = -1;
     m_lastInvoiceId = -1;
     m_invoice.clear();
@@ -476,6 +482,77 @@ QString MainModel::buildReferenceNumber1() const
 void MainModel::updateReferenceNumber()
 {
     NewInvoice::updateReferenceNumber(m_registry, &m_invoice);
+}
+
+void MainModel::calculateInterestOnArrears()
+{
+    // The rate is in 1/100 %: 800 is 8 %. A year counts 365 days, also a
+    // leap year, and each period charges the balance open during it.
+    const double rate = m_invoice.interestOnArrears / double(Constants::percentageScale * 100);
+    constexpr double daysInYear = 365.0;
+    long long balance = m_invoice.totalAmount;
+    QDate periodStart = m_invoice.dueDate;
+    double interest = 0.0;
+    int days = 0;
+    for (int row = 0; row < m_paymentTableModel->rowCount(); ++row) {
+        const Payment* payment = m_paymentTableModel->paymentAt(row);
+        const qint64 d = periodStart.daysTo(payment->date);
+        if (d > 0) {
+            interest += rate * double(balance) * double(d) / daysInYear;
+            days += int(d);
+        }
+        // A payment before the due date only lowers the balance.
+        balance -= payment->amount;
+        periodStart = payment->date;
+    }
+    const QDate end = today();
+    if (balance > 0 && periodStart < end) {
+        const qint64 d = periodStart.daysTo(end);
+        interest += rate * double(balance) * double(d) / daysInYear;
+        days += int(d);
+    }
+    const int cents = int(interest + (interest < 0 ? -0.5 : 0.5));
+    m_interestTableModel->addRow(m_invoice.number, m_invoice.date, days, cents);
+    m_interestTableModel->setCustomerId(m_invoice.customerId);
+}
+
+void MainModel::addInterestRows(const Product* product)
+{
+    InvoiceItemTableModel* rows = m_invoiceItemTableModel;
+    const int first = rows->rowCount();
+    for (int i = 0; i < m_interestTableModel->rowCount(); ++i) {
+        const int number = m_interestTableModel->invoiceNumber(i);
+        const QString text = number == m_invoice.number
+            ? tr("Viivästyskorko")
+            : tr("Laskun %1 viivästyskorko").arg(number);
+        const int row = first + i;
+        if (!rows->insertRow(row))
+            return;
+        rows->setProduct(row, product);
+        const long long amount = static_cast<long long>(m_interestTableModel->amount(i))
+            * Constants::amountScale / Constants::totalAmountScale;
+        rows->setQuantityAndAmountAndVat0(row, Constants::quantityScale, amount);
+        rows->setText(row, text);
+    }
+}
+
+int MainModel::createInterestInvoice(const Product* product)
+{
+    const int highest = createInvoice();
+    if (highest < 0)
+        return highest;
+    m_invoice.type = InvoiceType::InterestInvoice;
+    m_invoice.customerId = m_interestTableModel->customerId();
+    bool found = false;
+    const Customer* customer = m_registry->customerById(m_invoice.customerId, found);
+    if (found && customer && !customer->paymentTerms.isEmpty()) {
+        m_invoice.paymentTerms = customer->paymentTerms;
+        calculateDueDate();
+    }
+    // The customer brings its own reference number and notice texts.
+    updateReferenceNumber();
+    addInterestRows(product);
+    return highest;
 }
 
 void MainModel::setupQuickSearchCriteria(int n)

@@ -12,9 +12,11 @@
 
 class QAbstractItemModel;
 class QSortFilterProxyModel;
+class InterestOnArrearsTableModel;
 class InvoiceItemTableModel;
 class InvoiceTableModel;
 class PaymentTableModel;
+class Product;
 class Query;
 class Registry;
 
@@ -55,8 +57,8 @@ public:
     QSortFilterProxyModel* invoiceProxyModel() const { return m_invoiceProxyModel; }
     InvoiceItemTableModel* invoiceItemTableModel() const { return m_invoiceItemTableModel; }
     PaymentTableModel* paymentTableModel() const { return m_paymentTableModel; }
-    // Overdue invoices for an interest invoice; not available yet.
-    QAbstractItemModel* interestTableModel() const { return nullptr; }
+    // Late invoices collected for an interest invoice.
+    InterestOnArrearsTableModel* interestTableModel() const { return m_interestTableModel; }
 
     int invoiceCount() const;
     Invoice* invoice() { return &m_invoice; }
@@ -114,6 +116,18 @@ public:
     // Reference number and, with a known customer, the notice texts "t1"/"t2".
     void updateReferenceNumber();
 
+    // Appends the current invoice's interest on arrears to the interest
+    // table: the open balance of each period between the due date, the
+    // payments and today, at the invoice's rate over a 365-day year.
+    void calculateInterestOnArrears();
+    // One row of product for each row of the interest table, after the
+    // current invoice's rows.
+    void addInterestRows(const Product* product);
+    // Starts a new interest invoice to the interest table's customer, with
+    // that customer's payment terms and the interest rows of product.
+    // Returns what createInvoice() returns.
+    int createInterestInvoice(const Product* product);
+
     // Quick searches: 0 the latest 100, 1 due today or later, 2 open,
     // 3 dated today, 4 the current invoice's customer; others list all.
     void setupQuickSearchCriteria(int n);
@@ -146,6 +160,7 @@ private:
     QSortFilterProxyModel* m_invoiceProxyModel;
     InvoiceItemTableModel* m_invoiceItemTableModel;
     PaymentTableModel* m_paymentTableModel;
+    InterestOnArrearsTableModel* m_interestTableModel;
     QString m_lastError;
     QString m_missingDatabaseName;
     Invoice m_invoice;

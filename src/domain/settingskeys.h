@@ -47,6 +47,17 @@ inline const QString epiInstructionId = QStringLiteral("finvoice/epiInstructionI
 inline const QString soapEnv = QStringLiteral("finvoice/soapEnv");
 inline const QString xmlSchema = QStringLiteral("finvoice/xmlSchema");
 
+// Group invoicing: customer groups ("%1" the group's index from 0) and the
+// range of invoices the last run created, which undo removes.
+inline const QString groupPrefix = QStringLiteral("groups/");
+inline const QString groupName = QStringLiteral("groups/%1/name");
+inline const QString groupCustomers = QStringLiteral("groups/%1/customers");
+inline const QString copyFirstId = QStringLiteral("copy/firstId");
+inline const QString copyLastId = QStringLiteral("copy/lastId");
+inline const QString copyFirstNumber = QStringLiteral("copy/firstNumber");
+inline const QString copyLastNumber = QStringLiteral("copy/lastNumber");
+inline const QString copyDate = QStringLiteral("copy/date");
+
 // Messages handed to the mail program.
 inline const QString emailSubject = QStringLiteral("email/subject");
 inline const QString emailBody = QStringLiteral("email/body");

@@ -930,6 +930,12 @@ bool Query::deletePaymentsBetween(int firstInvoiceId, int lastInvoiceId)
         { firstInvoiceId, lastInvoiceId });
 }
 
+bool Query::deleteInvoiceRange(int firstId, int lastId)
+{
+    return deletePaymentsBetween(firstId, lastId) && deleteInvoiceItemsBetween(firstId, lastId)
+        && deleteInvoicesBetween(firstId, lastId);
+}
+
 bool Query::deletePrintScript(int id)
 {
     return runStatement(QStringLiteral("DELETE FROM print_script WHERE id = ?"), { id });

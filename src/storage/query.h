@@ -116,6 +116,9 @@ public:
     bool deletePayment(int id);
     bool deletePayments(int invoiceId);
     bool deletePaymentsBetween(int firstInvoiceId, int lastInvoiceId);
+    // The invoices whose ids lie in the range with their payments and rows,
+    // in the order the foreign keys allow; run it inside a transaction.
+    bool deleteInvoiceRange(int firstId, int lastId);
     bool deletePrintScript(int id);
 
     // The settings row of a new database and the product of interest rows.

@@ -1,12 +1,14 @@
 #include "mainwindow.h"
 
 #include "core/databaselist.h"
+#include "core/interestonarrearstablemodel.h"
 #include "core/invoiceitemtablemodel.h"
 #include "core/invoicesavecheck.h"
 #include "core/invoicetablemodel.h"
 #include "core/mainmodel.h"
 #include "core/paymenttablemodel.h"
 #include "core/registry.h"
+#include "domain/customer.h"
 #include "domain/invoicecriteria.h"
 #include "domain/invoicetype.h"
 #include "domain/logging.h"
@@ -18,10 +20,12 @@
 #include "print/scripthelper.h"
 #include "ui/aboutdialog.h"
 #include "ui/bankaccountdialog.h"
+#include "ui/copydialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
 #include "ui/emailsettingsdialog.h"
 #include "ui/exportdialog.h"
+#include "ui/interestonarrearspanel.h"
 #include "ui/invoiceform.h"
 #include "ui/invoiceprintpreviewdialog.h"
 #include "ui/invoicerangedialog.h"
@@ -39,7 +43,9 @@
 #include <QDockWidget>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSortFilterProxyModel>
 #include <QStatusBar>
@@ -66,6 +72,7 @@ MainWindow::MainWindow(Registry* registry, QWidget* parent)
     m_form->setRowActions(m_actions->rowButtonActions(), m_actions->rowMenuActions());
     setCentralWidget(m_form);
     createInvoiceList();
+    createInterestPanel();
     m_actions->createMenus(m_invoiceDock->toggleViewAction());
 
     m_positionLabel = new QLabel(this);
@@ -141,6 +148,26 @@ void MainWindow::createInvoiceList()
     m_invoiceDock->setFeatures(QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable
         | QDockWidget::DockWidgetFloatable);
     addDockWidget(Qt::BottomDockWidgetArea, m_invoiceDock);
+}
+
+void MainWindow::createInterestPanel()
+{
+    m_interestPanel = new InterestOnArrearsPanel(m_model->interestTableModel());
+    m_interestDock = new QDockWidget(tr("Viivästyskorko"), this);
+    m_interestDock->setObjectName(QStringLiteral("interestDock"));
+    m_interestDock->setWidget(m_interestPanel);
+    addDockWidget(Qt::RightDockWidgetArea, m_interestDock);
+    m_interestDock->hide();
+    connect(m_interestPanel, &InterestOnArrearsPanel::calculateRequested, this,
+        &MainWindow::calculateInterest);
+    connect(m_interestPanel, &InterestOnArrearsPanel::removeRequested, this,
+        &MainWindow::removeInterestRow);
+    connect(
+        m_interestPanel, &InterestOnArrearsPanel::clearRequested, this, &MainWindow::clearInterest);
+    connect(m_interestPanel, &InterestOnArrearsPanel::createInvoiceRequested, this,
+        &MainWindow::createInterestInvoice);
+    connect(m_interestPanel, &InterestOnArrearsPanel::addRowsRequested, this,
+        &MainWindow::addInterestRows);
 }
 
 // --- Opening a database ------------------------------------------------------
@@ -440,6 +467,7 @@ void MainWindow::showFound(bool ok)
     m_actions->showQuickSearch(m_model->currentQuickSearch());
     updatePosition();
     updateActions();
+    updateInterestButtons();
 }
 
 void MainWindow::refresh()
@@ -501,9 +529,15 @@ void MainWindow::editReferenceNumber()
 
 void MainWindow::editSettings()
 {
+    editSettingsPage(SettingsDialog::SellerPage);
+}
+
+void MainWindow::editSettingsPage(int page)
+{
     if (!m_registry->isConnected())
         return;
     SettingsDialog dialog(m_registry, this);
+    dialog.setCurrentPage(page);
     if (execDialog(&dialog) != QDialog::Accepted)
         return;
     dialog.settings()->copy(m_registry->settings());
@@ -580,6 +614,146 @@ void MainWindow::importTimeEntries()
     }
     goToLastInvoice();
     updateActions();
+}
+
+// --- Interest on arrears -----------------------------------------------------
+
+void MainWindow::showInterestPanel()
+{
+    // The first time, as wide as its table needs, leaving the form the rest.
+    if (m_interestDock->isHidden() && !m_interestDockSized && !m_interestDock->isFloating()) {
+        m_interestDockSized = true;
+        const QTableView* table = m_interestPanel->tableView();
+        const QMargins margins = m_interestPanel->layout()->contentsMargins();
+        const int width = table->horizontalHeader()->length() + 2 * table->frameWidth()
+            + table->verticalScrollBar()->sizeHint().width() + margins.left() + margins.right();
+        m_interestDock->show();
+        resizeDocks({ m_interestDock }, { width }, Qt::Horizontal);
+    }
+    m_interestDock->show();
+    m_interestDock->raise();
+    updateInterestButtons();
+}
+
+void MainWindow::updateInterestButtons()
+{
+    m_interestPanel->updateButtons(m_registry->isConnected() && m_hasInvoice);
+}
+
+void MainWindow::calculateInterest()
+{
+    if (!m_registry->isConnected() || !m_hasInvoice)
+        return;
+    const InterestOnArrearsTableModel* table = m_model->interestTableModel();
+    const Invoice* invoice = m_model->invoice();
+    if (table->rowCount() > 0 && table->customerId() != invoice->customerId) {
+        bool tableFound = false;
+        bool invoiceFound = false;
+        const Customer* tableCustomer = m_registry->customerById(table->customerId(), tableFound);
+        const Customer* invoiceCustomer
+            = m_registry->customerById(invoice->customerId, invoiceFound);
+        if (tableFound && invoiceFound
+            && !askQuestion(tr(
+                "Viivästyskoron laskennassa on jo asiakkaan %1 korko. Haluatko lisätä asiakkaan %2 koron?")
+                                .arg(tableCustomer->name, invoiceCustomer->name)))
+            return;
+    }
+    m_model->calculateInterestOnArrears();
+    updateInterestButtons();
+}
+
+void MainWindow::removeInterestRow()
+{
+    const int row = m_interestPanel->currentRow();
+    if (row >= 0)
+        m_model->interestTableModel()->removeRows(row, 1);
+    updateInterestButtons();
+}
+
+void MainWindow::clearInterest()
+{
+    m_model->interestTableModel()->clear();
+    updateInterestButtons();
+}
+
+const Product* MainWindow::findProductForInterestOnArrears(bool& found)
+{
+    found = false;
+    const Settings* settings = m_registry->settings();
+    const QString number = settings
+        ? settings->property(SettingsKeys::interestProduct, QString()).toString()
+        : QString();
+    const Product* product = m_registry->productByNumber(number, found);
+    if (found && product)
+        return product;
+    found = false;
+    showInformationMessage(windowTitle(), tr("Viivästyskorkorivin tuotetta ei ole määritelty."));
+    // The product is chosen with the other invoicing settings.
+    editSettingsPage(SettingsDialog::InvoicingPage);
+    return nullptr;
+}
+
+void MainWindow::createInterestInvoice()
+{
+    const InterestOnArrearsTableModel* table = m_model->interestTableModel();
+    if (!m_registry->isConnected() || table->rowCount() == 0)
+        return;
+    if (!table->hasOneCustomer()) {
+        showWarningMessage(tr("Viivästyskoron laskennassa on usean asiakkaan laskuja. Korkolasku "
+                              "luodaan yhden asiakkaan laskuista: poista muiden asiakkaiden "
+                              "rivit."));
+        return;
+    }
+    if (!saveInvoice())
+        return;
+    bool found = false;
+    const Product* product = findProductForInterestOnArrears(found);
+    if (!found)
+        return;
+    showCreatedInvoice(m_model->createInterestInvoice(product));
+    updateInterestButtons();
+}
+
+void MainWindow::addInterestRows()
+{
+    if (!m_registry->isConnected() || !m_hasInvoice
+        || m_model->interestTableModel()->rowCount() == 0)
+        return;
+    if (!toggleEditMode(true))
+        return;
+    bool found = false;
+    const Product* product = findProductForInterestOnArrears(found);
+    if (!found)
+        return;
+    m_model->addInterestRows(product);
+    m_form->updateAmounts();
+    updateActions();
+}
+
+void MainWindow::groupInvoicing()
+{
+    if (!m_registry->isConnected())
+        return;
+    // What is copied is what is stored.
+    if (m_hasInvoice && !saveInvoice())
+        return;
+    // A new invoice with nothing in it is not saved, and not a choice.
+    if (!m_hasInvoice || m_model->invoice()->id < 0) {
+        showWarningMessage(tr("Valitse kopioitava lasku."));
+        return;
+    }
+    CopyDialog dialog(m_registry, *m_model->invoice(), this);
+    execDialog(&dialog);
+    // The groups and the undo record are company settings.
+    saveSettings();
+    if (!m_model->refresh())
+        showFetchError();
+    // An undo may have removed the invoice shown, when it was a copy.
+    if (m_model->invoiceIndex() >= 0)
+        loadInvoice(m_model->invoiceIndex());
+    else
+        m_hasInvoice = false;
+    loadForm();
 }
 
 void MainWindow::showAbout()
@@ -745,6 +919,7 @@ void MainWindow::loadForm()
     m_form->updateAmounts();
     updatePosition();
     updateActions();
+    updateInterestButtons();
 }
 
 void MainWindow::updateCustomers()
@@ -757,7 +932,8 @@ QMap<QString, QTableView*> MainWindow::layoutTables() const
 {
     return { { QStringLiteral("invoiceTable"), m_invoiceTableView },
         { QStringLiteral("paymentTable"), paymentTableView() },
-        { QStringLiteral("invoiceItemTable"), invoiceItemTableView() } };
+        { QStringLiteral("invoiceItemTable"), invoiceItemTableView() },
+        { QStringLiteral("interestTable"), m_interestPanel->tableView() } };
 }
 
 void MainWindow::saveLayout()

@@ -6,6 +6,7 @@
 
 #include <memory>
 
+class InterestOnArrearsPanel;
 class InvoiceForm;
 class MainModel;
 class MainWindowActions;
@@ -14,6 +15,7 @@ class QDockWidget;
 class QLabel;
 class QModelIndex;
 class QTableView;
+class Product;
 class QUrl;
 class Registry;
 
@@ -65,6 +67,12 @@ public:
 
     void showErrorMessage(const QString& message);
 
+    // The product of interest rows from the company settings. Without one
+    // the user is told so and gets the settings to choose it; found is
+    // false then.
+    const Product* findProductForInterestOnArrears(bool& found);
+    InterestOnArrearsPanel* interestPanel() const { return m_interestPanel; }
+
 public slots:
     void newInvoice();
     void copyInvoice();
@@ -90,6 +98,16 @@ public slots:
     void exportInvoices();
     // Invoices from the time entries of the time-tracking program.
     void importTimeEntries();
+    // The interest panel and its buttons.
+    void showInterestPanel();
+    void calculateInterest();
+    void removeInterestRow();
+    void clearInterest();
+    void createInterestInvoice();
+    void addInterestRows();
+    // Copies the current invoice to a group of customers, or undoes the
+    // last such run.
+    void groupInvoicing();
     void showAbout();
     void setVatIncluded(bool vatIncluded);
 
@@ -111,6 +129,9 @@ private slots:
 
 private:
     void createInvoiceList();
+    void createInterestPanel();
+    void updateInterestButtons();
+    void editSettingsPage(int page);
     // Shows list row `index` without saving what was shown before.
     bool loadInvoice(int index);
     // Shows the invoice that createInvoice() or createInvoiceCopy() of the
@@ -150,6 +171,9 @@ private:
     QLabel* m_positionLabel;
     QDockWidget* m_invoiceDock;
     QTableView* m_invoiceTableView;
+    QDockWidget* m_interestDock;
+    InterestOnArrearsPanel* m_interestPanel;
+    bool m_interestDockSized = false;
 };
 
 #endif // MAINWINDOW_H

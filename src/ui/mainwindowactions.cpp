@@ -262,6 +262,10 @@ void MainWindowActions::createOtherActions()
         &MainWindow::exportInvoices);
     create(QStringLiteral("sendAction"), tr("L&ähetä"), QKeySequence(Qt::CTRL | Qt::Key_M), w,
         &MainWindow::sendInvoice);
+    create(QStringLiteral("groupInvoicingAction"), tr("&Ryhmälaskutus"),
+        QKeySequence(Qt::CTRL | Qt::Key_R), w, &MainWindow::groupInvoicing);
+    create(QStringLiteral("interestAction"), tr("&Viivästyskoron laskenta"),
+        QKeySequence(Qt::CTRL | Qt::Key_K), w, &MainWindow::showInterestPanel);
     create(QStringLiteral("helpAction"), tr("&Sisältö"), QKeySequence(Qt::Key_F1), w,
         &MainWindow::showHelp);
     create(
@@ -270,8 +274,8 @@ void MainWindowActions::createOtherActions()
     create(QStringLiteral("raveloAction"), tr("&Ravelo-aineiston tuonti"), QKeySequence(), w,
         &MainWindow::importTimeEntries);
 
-    // Payment import, interest and group invoicing come with their dialogs;
-    // until then the commands are shown but cannot be used (see update()).
+    // The payment import comes with its dialog; until then the command is
+    // shown but cannot be used (see update()).
     const struct
     {
         const char* name;
@@ -279,8 +283,6 @@ void MainWindowActions::createOtherActions()
         QKeySequence shortcut;
     } later[] = {
         { "importPaymentsAction", "&Maksusuoritusten tuonti", QKeySequence(Qt::CTRL | Qt::Key_I) },
-        { "interestAction", "&Viivästyskoron laskenta", QKeySequence(Qt::CTRL | Qt::Key_K) },
-        { "groupInvoicingAction", "&Ryhmälaskutus", QKeySequence(Qt::CTRL | Qt::Key_R) },
     };
     for (const auto& entry : later)
         create(QLatin1String(entry.name), tr(entry.text), entry.shortcut);
@@ -382,6 +384,8 @@ void MainWindowActions::update(const State& state)
     enable("sendAction", shown);
     // The mail program is the machine's, not the database's.
     enable("emailSettingsAction", true);
+    enable("interestAction", connected);
+    enable("groupInvoicingAction", connected);
 
     for (const char* name :
         { "printAction", "printSelectedAction", "printReminderAction", "printReceiptAction" })
@@ -391,9 +395,8 @@ void MainWindowActions::update(const State& state)
             "paymentJournalAction", "customerListAction", "productListAction" })
         enable(name, connected);
 
-    // Not available yet: payment import, interest on arrears and group
-    // invoicing.
-    for (const char* name : { "importPaymentsAction", "interestAction", "groupInvoicingAction" })
+    // Not available yet: the payment import.
+    for (const char* name : { "importPaymentsAction" })
         enable(name, false);
 }
 

@@ -1,8 +1,10 @@
 #include "core/mainmodel.h"
 #include "core/registry.h"
+#include "domain/invoice.h"
 #include "domain/invoicecriteria.h"
 #include "tst_mainwindowfixture.h"
 #include "ui/bankaccountdialog.h"
+#include "ui/copydialog.h"
 #include "ui/customerdialog.h"
 #include "ui/databaselistdialog.h"
 #include "ui/emailsettingsdialog.h"
@@ -150,7 +152,7 @@ void TestMainWindowCommands::commandTable_data()
         { "Lasku&luettelo", "Alt+6", true },
         { "&Suorituspäiväkirja", "Alt+7", true },
         { "&Maksusuoritusten tuonti", "Ctrl+I", false },
-        { "&Viivästyskoron laskenta", "Ctrl+K", false },
+        { "&Viivästyskoron laskenta", "Ctrl+K", true },
         { "Siirrä ylös", "Ctrl+Up", false },
         { "Siirrä alas", "Ctrl+Down", false },
         { "Ve&rollinen", "", true },
@@ -160,7 +162,7 @@ void TestMainWindowCommands::commandTable_data()
         { "Näytä ALV-%", "", true },
         { "Valitse &yritys", "F10", true },
         { "&Viitenumero ja lisätiedot", "Ctrl+L", true },
-        { "&Ryhmälaskutus", "Ctrl+R", false },
+        { "&Ryhmälaskutus", "Ctrl+R", true },
         { "&Kopioi laskurivit", "", false },
         { "&Leikkaa", "Ctrl+X", false },
         { "&Liitä laskurivit", "Ctrl+V", true },
@@ -200,7 +202,7 @@ void TestMainWindowCommands::mnemonicsAreUnique_data()
     QTest::addColumn<QString>("window");
     QTest::addColumn<int>("page");
     for (const char* name : { "main window", "customers", "products", "accounts", "search",
-             "reference number", "time entries", "e-mail settings" })
+             "reference number", "time entries", "e-mail settings", "group invoicing" })
         QTest::newRow(name) << QString::fromLatin1(name) << 0;
     for (int page = 0; page < SettingsDialog::PageCount; ++page)
         QTest::addRow("settings %d", page) << QStringLiteral("settings") << page;
@@ -275,6 +277,8 @@ void TestMainWindowCommands::mnemonicsAreUnique()
         dialog = std::make_unique<RaveloDialog>(registry);
     } else if (window == QLatin1String("e-mail settings")) {
         dialog = std::make_unique<EmailSettingsDialog>(registry);
+    } else if (window == QLatin1String("group invoicing")) {
+        dialog = std::make_unique<CopyDialog>(registry, Invoice());
     } else if (window == QLatin1String("finvoice script")) {
         dialog = std::make_unique<FinvoiceDialog>(registry);
     } else {
