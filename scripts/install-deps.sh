@@ -10,6 +10,7 @@ PACKAGES=(
     duktape-dev libxml2-dev libqrencode-dev libbenchmark-dev
     postgresql poppler-utils libxml2-utils fonts-liberation2
     xvfb xauth clang-format zbar-tools
+    dpkg-dev desktop-file-utils appstream lintian
 )
 
 missing=()
