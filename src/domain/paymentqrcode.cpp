@@ -28,6 +28,8 @@ QString PaymentQrCode::text(const QString& name, const QString& iban, const QStr
                               .arg(amount % centsPerEuro, 2, 10, QLatin1Char('0'));
     const QString ref = ReferenceNumber::compact(reference);
     const bool rf = ref.startsWith(rfPrefix);
+    if (ref.size() > (rf ? maxCreditorReferenceLength : maxRemittanceLength))
+        return QString();
     // Purpose, structured reference, remittance text; empty trailing lines are left out.
     QStringList lines { serviceTag, version, utf8, sepaCreditTransfer,
         ReferenceNumber::compact(bic), payee, account, currency + euros, QString(),

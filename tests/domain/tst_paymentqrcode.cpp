@@ -64,6 +64,9 @@ void TestPaymentQrCode::fields_data()
                              << ""
                              << "" << qint64(100) << ""
                              << "";
+    QTest::addRow("RF reference too long") << "A"
+                                           << "FI3457200020086597"
+                                           << "" << qint64(100) << "RF" + QString(34, u'1') << "";
     QTest::addRow("no name") << " "
                              << "FI3457200020086597"
                              << "" << qint64(100) << ""
