@@ -7,9 +7,10 @@ set -euo pipefail
 PACKAGES=(
     cmake g++ make pkg-config
     qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql qt6-translations-l10n
-    duktape-dev libxml2-dev libbenchmark-dev
+    duktape-dev libxml2-dev libqrencode-dev libbenchmark-dev
     postgresql poppler-utils libxml2-utils fonts-liberation2
-    xvfb xauth clang-format xdg-utils
+    xvfb xauth clang-format xdg-utils zbar-tools
+    dpkg-dev desktop-file-utils appstream lintian
 )
 
 missing=()

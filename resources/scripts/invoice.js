@@ -1,6 +1,7 @@
 /*
  * The default Finnish invoice: address block, header, rows, totals, notice
- * texts, VAT breakdown, footer and the bank transfer form with the barcode.
+ * texts, VAT breakdown, footer and the bank transfer form with the barcode
+ * and the payment QR code.
  * Lengths are millimetres from the top-left corner of an A4 page, font sizes
  * are points. Serves invoices, interest invoices, credit notes, reminders,
  * receipts and delivery notes (types 0 to 5).
@@ -12,6 +13,10 @@ var RIGHT = 195;
 var TABLE_WIDTH = RIGHT - LEFT;
 var FOOTER_TOP = 278;
 var FORM_TOP = FOOTER_TOP - 95;
+// The payment QR code stands right of the barcode, centred between the form
+// and the footer line so that some white stays around it for the camera.
+var QR_SIZE = 14;
+var QR_TOP = FORM_TOP + 77 + (FOOTER_TOP - 1 - FORM_TOP - 77 - QR_SIZE) / 2;
 var ROW_GAP = 2;
 var ROW_TEXT_LIMIT = 25;
 var SELLER_FONT_SIZE = 12;
@@ -718,6 +723,14 @@ function drawTransferForm(d) {
         var code = text(p + (d.type === 4 ? 'barcode' : 'balanceBarcode'));
         if (code)
             drawBarcode128C(20, f + 79, 95, 12, code);
+    }
+    // Only documents that ask for a payment: invoices, interest invoices and
+    // reminders; the model leaves the text empty for nothing to pay.
+    var asksPayment = d.type === 0 || d.type === 1 || d.type === 3;
+    if (asksPayment && get('settings/qrCode')) {
+        var qr = text(p + 'balanceQrCode');
+        if (qr)
+            drawQrCode(RIGHT - QR_SIZE, QR_TOP, QR_SIZE, QR_SIZE, qr);
     }
 }
 

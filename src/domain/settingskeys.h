@@ -22,6 +22,8 @@ inline const QString language = QStringLiteral("invoiceForm/language");
 inline const QString invoiceItemOptions = QStringLiteral("invoiceForm/invoiceItemOptions");
 inline const QString roundingMode = QStringLiteral("invoiceForm/roundingMode");
 inline const QString barcodeVisible = QStringLiteral("invoiceForm/barcodeVisible");
+// The payment QR code beside the barcode; on when the key is missing.
+inline const QString qrCode = QStringLiteral("invoiceForm/qrCode");
 inline const QString logoHeight = QStringLiteral("invoiceForm/logoHeight");
 inline const QString noticeText1 = QStringLiteral("invoiceForm/noticeText1");
 inline const QString noticeText2 = QStringLiteral("invoiceForm/noticeText2");

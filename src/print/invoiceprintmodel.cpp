@@ -8,6 +8,7 @@
 #include "domain/invoice.h"
 #include "domain/invoiceitem.h"
 #include "domain/invoicetype.h"
+#include "domain/paymentqrcode.h"
 #include "domain/settings.h"
 #include "domain/settingskeys.h"
 #include "listreportformat.h"
@@ -188,6 +189,17 @@ QString InvoicePrintModel::createBarcode(Invoice* invoice, int version, bool use
     return invoice->barcode(accounts.first(), version, useBalance);
 }
 
+QString InvoicePrintModel::createQrCode(Invoice* invoice, bool useBalance) const
+{
+    const QList<BankAccount*> accounts = visibleBankAccounts();
+    const Settings* settings = m_registry ? m_registry->settings() : nullptr;
+    if (!invoice || accounts.isEmpty() || !settings)
+        return QString("");
+    const BankAccount* account = accounts.first();
+    return PaymentQrCode::text(settings->sellerName, account->iban, account->bic,
+        useBalance ? invoice->balance : invoice->totalAmount, invoice->referenceNumber);
+}
+
 QVariant InvoicePrintModel::setting(const QString& key) const
 {
     const Settings* settings = m_registry ? m_registry->settings() : nullptr;
@@ -301,6 +313,10 @@ QVariant InvoicePrintModel::invoiceField(int index, const QString& key, const QS
             return createBarcode(invoice, 5, true);
         if (key == QLatin1String("balanceBarcode4"))
             return createBarcode(invoice, 4, true);
+        if (key == QLatin1String("qrCode"))
+            return createQrCode(invoice, false);
+        if (key == QLatin1String("balanceQrCode"))
+            return createQrCode(invoice, true);
         if (key == QLatin1String("noticeText1"))
             return invoice->property(QStringLiteral("t1")).toString();
         if (key == QLatin1String("noticeText2"))
@@ -503,6 +519,11 @@ QVariant InvoicePrintModel::settingsValue(const QStringList& path) const
     bool ok = false;
     if (key == QLatin1String("barcodeVisible"))
         return setting(SettingsKeys::barcodeVisible).toBool();
+    if (key == QLatin1String("qrCode")) {
+        // On unless switched off: databases from before the setting get the code too.
+        const QVariant value = setting(SettingsKeys::qrCode);
+        return value.toString().isEmpty() || value.toBool();
+    }
     if (key == QLatin1String("logoHeight") || key == QLatin1String("invoiceItemOptions")) {
         const int number = setting(SettingsKeys::invoiceFormGroup + key).toInt(&ok);
         return ok ? QVariant(number) : QVariant();

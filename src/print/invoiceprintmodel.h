@@ -56,6 +56,9 @@ public:
 
     // The bank barcode for the seller's first bank account; empty without one.
     QString createBarcode(Invoice* invoice, int version, bool useBalance) const;
+    // The payment QR code's text for the same account and the amount the
+    // barcode carries; empty without an account or a positive amount.
+    QString createQrCode(Invoice* invoice, bool useBalance) const;
     static QString typeName(int printedType);
 
 private:

@@ -3,6 +3,7 @@
 #include "domain/barcode128.h"
 #include "domain/logging.h"
 #include "printmodel.h"
+#include "qrsymbol.h"
 
 #include <QFontMetricsF>
 #include <QPagedPaintDevice>
@@ -40,6 +41,7 @@ void PrintScriptEngine::initialize()
     registerFunc("drawTextCenter", this, "envDrawTextCenter()");
     registerFunc("drawImage", this, "envDrawImage()");
     registerFunc("drawBarcode128C", this, "envDrawBarcode128C()");
+    registerFunc("drawQrCode", this, "envDrawQrCode()");
     registerFunc("boundingRect", this, "envBoundingRect()");
     registerFunc("boundingRectRight", this, "envBoundingRectRight()");
     registerFunc("boundingRectCenter", this, "envBoundingRectCenter()");
@@ -464,6 +466,25 @@ int PrintScriptEngine::envDrawBarcode128C()
         return 0;
     applyFontAndPen();
     Barcode128::renderC(m_painter, rect.x(), rect.y(), rect.width(), rect.height(), stringArg(4));
+    return 0;
+}
+
+int PrintScriptEngine::envDrawQrCode()
+{
+    if (checkArgCount(5) < 0)
+        return 0;
+    QRect rect;
+    if (!readRect(0, rect) || !canDraw())
+        return 0;
+    const QString text = stringArg(4);
+    if (text.isEmpty())
+        return 0;
+    QrSymbol symbol;
+    if (!symbol.encode(text.toUtf8())) {
+        qCWarning(logScript) << "QR-koodia ei voi tehdä:" << symbol.lastError();
+        return 0;
+    }
+    symbol.draw(m_painter, rect);
     return 0;
 }
 

@@ -66,6 +66,7 @@ public slots:
     int envDrawTextCenter();
     int envDrawImage();
     int envDrawBarcode128C();
+    int envDrawQrCode();
     int envBoundingRect();
     int envBoundingRectRight();
     int envBoundingRectCenter();

@@ -207,6 +207,8 @@ QWidget* SettingsDialog::createInvoiceFormPage()
     m_logoHeightEdit->setPlaceholderText(QString::number(defaultLogoHeight));
     m_barcodeVisibleCheck = FormHelper::addCheckBox(
         layout, tr("Tulosta &pankkiviivakoodi"), QStringLiteral("barcodeVisibleCheck"));
+    m_qrCodeCheck = FormHelper::addCheckBox(
+        layout, tr("Tulosta maksun &QR-koodi"), QStringLiteral("qrCodeCheck"));
     return widget;
 }
 
@@ -345,6 +347,7 @@ void SettingsDialog::loadValues()
     m_logoHeightEdit->setText(ok ? QString::number(logoHeight) : QString());
     m_barcodeVisibleCheck->setChecked(
         settings->property(SettingsKeys::barcodeVisible, false).toBool());
+    m_qrCodeCheck->setChecked(settings->property(SettingsKeys::qrCode, true).toBool());
 
     m_noticeText1Edit->setPlainText(text(SettingsKeys::noticeText1));
     m_noticeText2Edit->setPlainText(text(SettingsKeys::noticeText2));
@@ -464,6 +467,7 @@ void SettingsDialog::storeValues()
     else
         settings->setProperty(SettingsKeys::logoHeight, logoHeight.toInt());
     settings->setProperty(SettingsKeys::barcodeVisible, m_barcodeVisibleCheck->isChecked());
+    settings->setProperty(SettingsKeys::qrCode, m_qrCodeCheck->isChecked());
 
     // Texts keep their inner line breaks; only the ends are trimmed.
     store(SettingsKeys::noticeText1, m_noticeText1Edit->toPlainText());

@@ -101,6 +101,7 @@ private:
     QComboBox* m_invoiceItemOptionsCombo;
     QComboBox* m_roundingModeCombo;
     QCheckBox* m_barcodeVisibleCheck;
+    QCheckBox* m_qrCodeCheck;
     QLineEdit* m_logoHeightEdit;
 
     QPlainTextEdit* m_noticeText1Edit;

@@ -139,8 +139,8 @@ QString InvoiceFixture::referenceNumber(int number) const
     return Invoice::appendCheckDigitToReferenceNumber(QString::number(number) + "00");
 }
 
-int InvoiceFixture::addInvoice(
-    int type, const QList<InvoiceItem>& items, int number, int customerIndex, int paid)
+int InvoiceFixture::addInvoice(int type, const QList<InvoiceItem>& items, int number,
+    int customerIndex, int paid, const QString& reference)
 {
     std::unique_ptr<Query> query(m_database->database()->query());
     Invoice invoice;
@@ -151,7 +151,7 @@ int InvoiceFixture::addInvoice(
     invoice.dueDate = QDate(2025, 3, 15);
     invoice.paymentTerms = QStringLiteral("14 päivää netto");
     invoice.interestOnArrears = 800;
-    invoice.referenceNumber = referenceNumber(number);
+    invoice.referenceNumber = reference.isEmpty() ? referenceNumber(number) : reference;
     Vat vat;
     vat.setRoundingMode(1);
     for (const InvoiceItem& row : items)
@@ -194,7 +194,10 @@ bool InvoiceFixture::showBankAccounts(int count)
 
 bool InvoiceFixture::setSetting(const QString& key, const QVariant& value)
 {
-    m_registry->settings()->setProperty(key, value);
+    if (value.isValid())
+        m_registry->settings()->setProperty(key, value);
+    else
+        m_registry->settings()->removeProperty(key);
     std::unique_ptr<Query> query(m_database->database()->query());
     return query->updateSettings(m_registry->settings()) || failed(query->lastError());
 }

@@ -27,9 +27,10 @@ public:
     Registry* registry() const { return m_registry.get(); }
     TestDatabase* testDatabase() const { return m_database.get(); }
 
-    // An invoice of 1.3.2025, due 15.3.2025, its totals from the rows; its id or -1.
+    // An invoice of 1.3.2025, due 15.3.2025, its totals from the rows; its id or -1. Its
+    // reference is referenceNumber(number) unless one is given.
     int addInvoice(int type, const QList<InvoiceItem>& items, int number = 1001,
-        int customerIndex = 0, int paid = 0);
+        int customerIndex = 0, int paid = 0, const QString& reference = QString());
     // Two VAT rates, a discount and a description-only row.
     static QList<InvoiceItem> sampleItems();
     // count rows, now and then with a text long enough to wrap.
@@ -38,6 +39,7 @@ public:
     int addCustomer(Customer customer);
     // Shows the first count of the three bank accounts on invoices and hides the rest.
     bool showBankAccounts(int count);
+    // An invalid value removes the key.
     bool setSetting(const QString& key, const QVariant& value);
     int addPrintScript(const QString& name, const QString& type, const QString& source);
     bool removePrintScript(int id);

@@ -52,6 +52,35 @@ QImage renderPage(const QString& fileName, int page, int dpi)
     return QImage(prefix + ".png").convertToFormat(QImage::Format_Grayscale8);
 }
 
+QStringList qrCodes(const QString& fileName, int page, int dpi)
+{
+    QTemporaryDir dir;
+    const QString prefix = dir.filePath(QStringLiteral("page"));
+    run("pdftoppm",
+        { "-gray", "-r", QString::number(dpi), "-f", QString::number(page), "-l",
+            QString::number(page), "-singlefile", "-png", fileName, prefix });
+    // The XML form keeps the line breaks inside a code; exit status 4 means none was found.
+    QProcess zbar;
+    zbar.start(QStringLiteral("zbarimg"),
+        { "--quiet", "--xml", "-Sdisable", "-Sqrcode.enable", prefix + ".png" });
+    const bool finished = zbar.waitForFinished(60000) && zbar.exitStatus() == QProcess::NormalExit;
+    if (!finished || (zbar.exitCode() != 0 && zbar.exitCode() != 4)) {
+        qWarning() << "zbarimg failed:" << zbar.readAllStandardError();
+        return {};
+    }
+    QStringList codes;
+    QXmlStreamReader xml(zbar.readAllStandardOutput());
+    while (!xml.atEnd()) {
+        if (xml.readNext() != QXmlStreamReader::StartElement || xml.name() != QLatin1String("data"))
+            continue;
+        const bool base64
+            = xml.attributes().value(QLatin1String("format")) == QLatin1String("base64");
+        const QString data = xml.readElementText();
+        codes.append(base64 ? QString::fromUtf8(QByteArray::fromBase64(data.toLatin1())) : data);
+    }
+    return codes;
+}
+
 static double millimeters(const QXmlStreamAttributes& attributes, const char* name)
 {
     constexpr double millimetersPerPoint = 25.4 / 72.0;

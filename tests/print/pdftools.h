@@ -16,6 +16,8 @@ int pageCount(const QString& fileName); // -1 when pdfinfo fails
 // pdftotext -layout of one page (from 1) or of all (0), no-break spaces as plain ones.
 QString text(const QString& fileName, int page = 0);
 QImage renderPage(const QString& fileName, int page, int dpi); // in grey scale
+// The texts of the QR codes that zbarimg reads on a page rendered at dpi; empty when none.
+QStringList qrCodes(const QString& fileName, int page, int dpi);
 
 // A word as pdftotext -bbox finds it; lengths in millimetres from the top-left corner.
 struct Word

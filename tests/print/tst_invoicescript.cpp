@@ -16,6 +16,8 @@ private slots:
     void types();
     void barcode_data();
     void barcode();
+    void qrCode_data();
+    void qrCode();
     void manyRowsBreakPages();
     void languages_data();
     void languages();
@@ -149,6 +151,84 @@ void TestInvoiceScript::barcode()
     } else {
         QCOMPARE(dark, 0);
     }
+}
+
+void TestInvoiceScript::qrCode_data()
+{
+    QTest::addColumn<int>("storedType");
+    QTest::addColumn<int>("printType");
+    QTest::addColumn<int>("paid"); // cents
+    QTest::addColumn<QString>("reference"); // empty: the fixture's national reference
+    QTest::addColumn<QString>("setting"); // invoiceForm/qrCode, empty: not stored
+    QTest::addColumn<int>("accounts"); // visible bank accounts
+    QTest::addColumn<bool>("present");
+
+    const int total = int(Expected::total(InvoiceFixture::sampleItems()));
+    const QString rf = QStringLiteral("RF18539007547034");
+    QTest::addRow("invoice") << 0 << 0 << 0 << ""
+                             << "" << 2 << true;
+    QTest::addRow("part paid: the balance") << 0 << 0 << 12345 << ""
+                                            << "true" << 2 << true;
+    QTest::addRow("RF reference") << 0 << 0 << 0 << rf << "" << 2 << true;
+    QTest::addRow("interest invoice") << 1 << 0 << 0 << ""
+                                      << "" << 2 << true;
+    QTest::addRow("reminder") << 0 << 3 << 0 << ""
+                              << "" << 2 << true;
+    QTest::addRow("credit note") << 2 << 0 << 0 << ""
+                                 << "" << 2 << false;
+    QTest::addRow("receipt") << 0 << 4 << 0 << ""
+                             << "" << 2 << false;
+    QTest::addRow("delivery note") << 0 << 5 << 0 << ""
+                                   << "" << 2 << false;
+    QTest::addRow("paid in full") << 0 << 0 << total << ""
+                                  << "" << 2 << false;
+    QTest::addRow("overpaid") << 0 << 0 << total + 100 << ""
+                              << "" << 2 << false;
+    QTest::addRow("switched off") << 0 << 0 << 0 << ""
+                                  << "false" << 2 << false;
+    QTest::addRow("no bank account") << 0 << 0 << 0 << ""
+                                     << "" << 0 << false;
+}
+
+void TestInvoiceScript::qrCode()
+{
+    QFETCH(int, storedType);
+    QFETCH(int, printType);
+    QFETCH(int, paid);
+    QFETCH(QString, reference);
+    QFETCH(QString, setting);
+    QFETCH(int, accounts);
+    QFETCH(bool, present);
+
+    static int number = 1400;
+    ++number;
+    const QList<InvoiceItem> items = InvoiceFixture::sampleItems();
+    const int id = m_fixture.addInvoice(storedType, items, number, 0, paid, reference);
+    QVERIFY(id >= 0);
+    QVERIFY(m_fixture.setSetting("invoiceForm/qrCode", setting.isEmpty() ? QVariant() : setting));
+    QVERIFY(m_fixture.showBankAccounts(accounts));
+    const QString file = m_dir.filePath(QStringLiteral("qr-%1.pdf").arg(number));
+    const bool printed = m_fixture.printInvoice(id, file, printType);
+    QVERIFY(m_fixture.setSetting("invoiceForm/qrCode", QVariant()));
+    QVERIFY(m_fixture.showBankAccounts(2));
+    QVERIFY2(printed, qPrintable(m_fixture.lastError()));
+
+    const QStringList codes = PdfTools::qrCodes(file, 1, 300);
+    if (!present) {
+        QCOMPARE(codes, QStringList());
+        return;
+    }
+    QCOMPARE(codes.size(), 1);
+    // The payment goes to the first visible account, for what is still open.
+    const QString amount = Expected::plainEuros(Expected::total(items) - paid).replace(',', '.');
+    const bool rf = !reference.isEmpty();
+    const QString national = m_fixture.referenceNumber(number);
+    const QStringList expected { "BCD", "002", "1", "SCT", "OKOYFIHH", "Kuusela Design Oy",
+        "FI3457200020086597", "EUR" + amount, "", rf ? reference : "", rf ? "" : national };
+    QStringList lines = codes.first().split('\n');
+    while (rf && lines.size() < expected.size())
+        lines.append(QString()); // trailing empty fields may be left out
+    QCOMPARE(lines, expected);
 }
 
 void TestInvoiceScript::manyRowsBreakPages()

@@ -156,6 +156,7 @@ void TestSettingsDialog::unchangedValuesRoundTrip()
                          "settings/vatIncluded=false|printScripts/invoice=%2|"
                          "invoiceForm/language=sv|invoiceForm/invoiceItemOptions=1|"
                          "invoiceForm/roundingMode=2|invoiceForm/barcodeVisible=true|"
+                         "invoiceForm/qrCode=false|"
                          "invoiceForm/logoHeight=30|invoiceForm/noticeText1=Rivi 1\nRivi 2|"
                          "invoiceForm/noticeText2=N2|invoiceForm/reminderText=R|"
                          "invoiceForm/footer/text1=F1|invoiceForm/footer/text2=F2|"
