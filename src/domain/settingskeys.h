@@ -51,6 +51,11 @@ inline const QString xmlSchema = QStringLiteral("finvoice/xmlSchema");
 inline const QString emailSubject = QStringLiteral("email/subject");
 inline const QString emailBody = QStringLiteral("email/body");
 inline const QString attachmentName = QStringLiteral("email/attachmentName");
+
+// Bank files: the timestamp of the last file whose payments were saved and
+// the bank account chosen then.
+inline const QString irpLastTimestamp = QStringLiteral("irp/lastTimestamp");
+inline const QString irpBankAccount = QStringLiteral("irp/bankAccount");
 } // namespace SettingsKeys
 
 #endif // SETTINGSKEYS_H
