@@ -20,6 +20,7 @@
 #include "ui/invoiceform.h"
 #include "ui/invoiceprintpreviewdialog.h"
 #include "ui/invoicerangedialog.h"
+#include "ui/irpdialog.h"
 #include "ui/mainwindowactions.h"
 #include "ui/productdialog.h"
 #include "ui/referencenumberdialog.h"
@@ -556,6 +557,17 @@ void MainWindow::exportInvoices()
     dialog.setSampleInvoice(m_hasInvoice ? m_model->invoice() : nullptr);
     dialog.setCriteria(*m_model->lastCriteria());
     execDialog(&dialog);
+}
+
+void MainWindow::importPayments()
+{
+    // The balances change in the database, under the form's invoice too.
+    if (!m_registry->isConnected() || (m_hasInvoice && !saveInvoice()))
+        return;
+    IRPDialog dialog(m_registry, m_model, this);
+    execDialog(&dialog);
+    if (dialog.isAccepted())
+        refresh();
 }
 
 void MainWindow::showAbout()

@@ -85,6 +85,8 @@ public slots:
     void editPrintScripts();
     // Writes invoices as PDF and Finvoice files; the one shown names the examples.
     void exportInvoices();
+    // Imports a bank file; the window reloads when payments were saved.
+    void importPayments();
     void showAbout();
     void setVatIncluded(bool vatIncluded);
 

@@ -258,12 +258,14 @@ void MainWindowActions::createOtherActions()
         &MainWindow::editPrintScripts);
     create(QStringLiteral("exportAction"), tr("V&ie"), QKeySequence(Qt::CTRL | Qt::Key_E), w,
         &MainWindow::exportInvoices);
+    create(QStringLiteral("importPaymentsAction"), tr("&Maksusuoritusten tuonti"),
+        QKeySequence(Qt::CTRL | Qt::Key_I), w, &MainWindow::importPayments);
     create(QStringLiteral("helpAction"), tr("&Sisältö"), QKeySequence(Qt::Key_F1), w,
         &MainWindow::showHelp);
     create(
         QStringLiteral("aboutAction"), tr("&Tietoja"), QKeySequence(), w, &MainWindow::showAbout);
 
-    // E-mail, payment import, interest, group invoicing and time-entry
+    // E-mail, interest, group invoicing and time-entry
     // import come with their dialogs; until then the commands are
     // shown but cannot be used (see update()).
     const struct
@@ -273,7 +275,6 @@ void MainWindowActions::createOtherActions()
         QKeySequence shortcut;
     } later[] = {
         { "sendAction", "L&ähetä", QKeySequence(Qt::CTRL | Qt::Key_M) },
-        { "importPaymentsAction", "&Maksusuoritusten tuonti", QKeySequence(Qt::CTRL | Qt::Key_I) },
         { "interestAction", "&Viivästyskoron laskenta", QKeySequence(Qt::CTRL | Qt::Key_K) },
         { "groupInvoicingAction", "&Ryhmälaskutus", QKeySequence(Qt::CTRL | Qt::Key_R) },
         { "raveloAction", "&Ravelo-aineiston tuonti", QKeySequence() },
@@ -374,6 +375,7 @@ void MainWindowActions::update(const State& state)
              "bankAccountsAction", "printScriptsAction" })
         enable(name, connected);
     enable("exportAction", connected);
+    enable("importPaymentsAction", connected);
 
     for (const char* name :
         { "printAction", "printSelectedAction", "printReminderAction", "printReceiptAction" })
@@ -383,10 +385,10 @@ void MainWindowActions::update(const State& state)
             "paymentJournalAction", "customerListAction", "productListAction" })
         enable(name, connected);
 
-    // Not available yet: e-mail, payment import, interest on arrears, group
-    // invoicing and the time-entry import.
-    for (const char* name : { "sendAction", "importPaymentsAction", "interestAction",
-             "groupInvoicingAction", "raveloAction" })
+    // Not available yet: e-mail, interest on arrears, group invoicing and the
+    // time-entry import.
+    for (const char* name :
+        { "sendAction", "interestAction", "groupInvoicingAction", "raveloAction" })
         enable(name, false);
 }
 
