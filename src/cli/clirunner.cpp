@@ -481,8 +481,7 @@ int CliRunner::importPayments()
     if (m_commandLine.dryRun() || importer.referencePaymentCount() == 0)
         return Success;
     if (importer.isDuplicate() && !m_commandLine.force()) {
-        return fail(tr("Sähköisen aineiston tiedot on jo tallennettu aiemmin. Haluatko varmasti "
-                       "tallentaa tiedot uudelleen?"));
+        return fail(PaymentImporter::duplicateQuestion());
     }
     if (accountId < 0 && importer.bankAccountIndex() >= 0)
         accountId = registry->bankAccountAt(importer.bankAccountIndex())->id;

@@ -36,7 +36,7 @@ bool EASReader::readRecord()
         m_line.fail(lengthLabel, actualLength);
         return true;
     }
-    m_recordCode = readString(3);
+    m_recordCode = readString(3, tr("record code"));
     bool ok = false;
     m_recordLength = m_line.readNumber(3, tr("record length"), ok);
     if (!ok)
@@ -61,13 +61,13 @@ bool EASReader::readRecord()
 
 void EASReader::readStatementRecord()
 {
-    m_versionNumber = readString(3);
+    m_versionNumber = readString(3, tr("version number"));
     if (m_versionNumber != supportedVersion) {
         m_line.fail(tr("version number"), m_versionNumber);
         return;
     }
-    m_accountNumber = readString(14);
-    m_statementNumber = readString(3);
+    m_accountNumber = readString(14, tr("account number"));
+    m_statementNumber = readString(3, tr("account statement number"));
     bool ok = false;
     m_startingDate = m_line.readDate(tr("starting date"), ok);
     if (!ok)
@@ -87,7 +87,7 @@ void EASReader::readTransactionRecord()
     m_transactionNumber = m_line.readNumber(6, tr("transaction number"), ok);
     if (!ok)
         return;
-    m_filingCode = readString(18);
+    m_filingCode = readString(18, tr("filing code"));
     m_entryDate = m_line.readDate(tr("entry date"), ok);
     if (!ok)
         return;
@@ -97,14 +97,14 @@ void EASReader::readTransactionRecord()
     m_paymentDate = m_line.readDate(tr("payment date"), ok);
     if (!ok)
         return;
-    m_transactionCode = m_line.readChar();
-    m_entryDefinitionCode = readString(3);
-    m_entryDefinitionText = readString(35);
-    const bool debit = m_line.readChar() == QLatin1Char('-');
+    m_transactionCode = m_line.readChar(tr("transaction code"));
+    m_entryDefinitionCode = readString(3, tr("entry definition code"));
+    m_entryDefinitionText = readString(35, tr("entry definition text"));
+    const bool debit = m_line.readChar(tr("sign")) == QLatin1Char('-');
     const int amount = m_line.readNumber(18, tr("amount of transaction"), ok);
     if (!ok)
         return;
     m_amount = debit ? -amount : amount;
     m_line.skip(unreadTransactionFields);
-    m_referenceNumber = FixedWidthLine::withoutLeadingZeros(readString(20));
+    m_referenceNumber = FixedWidthLine::withoutLeadingZeros(readString(20, tr("reference number")));
 }

@@ -64,7 +64,10 @@ private:
 
     void readStatementRecord();
     void readTransactionRecord();
-    QString readString(int width) { return m_line.readString(width).trimmed(); }
+    QString readString(int width, const QString& label)
+    {
+        return m_line.readString(width, label).trimmed();
+    }
 
     QTextStream m_stream;
     FixedWidthLine m_line;

@@ -50,23 +50,27 @@ bool FixedWidthLine::fail(const QString& label, const QString& value)
     return false;
 }
 
-QChar FixedWidthLine::readChar()
+QChar FixedWidthLine::readChar(const QString& label)
 {
-    const QChar c = m_position < m_text.size() ? m_text.at(m_position) : QChar();
-    ++m_position;
-    return c;
+    if (m_position >= m_text.size()) {
+        fail(label, QString());
+        return QChar();
+    }
+    return m_text.at(m_position++);
 }
 
-QString FixedWidthLine::readString(int width)
+QString FixedWidthLine::readString(int width, const QString& label)
 {
     const QString field = m_text.mid(m_position, width);
     m_position += width;
+    if (field.size() < width)
+        fail(label, field);
     return field;
 }
 
 int FixedWidthLine::readNumber(int width, const QString& label, bool& ok)
 {
-    const QString field = readString(width);
+    const QString field = readString(width, label);
     const int value = field.toInt(&ok, 10);
     if (!ok)
         fail(label, field);
@@ -75,7 +79,7 @@ int FixedWidthLine::readNumber(int width, const QString& label, bool& ok)
 
 QDate FixedWidthLine::readDate(const QString& label, bool& ok)
 {
-    const QString field = readString(6);
+    const QString field = readString(6, label);
     ok = true;
     if (field == noDate)
         return QDate();
@@ -95,7 +99,7 @@ QDate FixedWidthLine::readDate(const QString& label, bool& ok)
 
 QTime FixedWidthLine::readTime(const QString& label, bool& ok)
 {
-    const QString field = readString(4);
+    const QString field = readString(4, label);
     bool hourOk = false;
     bool minuteOk = false;
     const QTime time(field.mid(0, 2).toInt(&hourOk, 10), field.mid(2, 2).toInt(&minuteOk, 10));

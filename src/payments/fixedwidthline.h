@@ -26,8 +26,9 @@ public:
     bool hasError() const { return m_error; }
     QString errorString() const { return m_errorString; }
 
-    QChar readChar();
-    QString readString(int width);
+    // A field that runs past the end of the line is an error with its label.
+    QChar readChar(const QString& label);
+    QString readString(int width, const QString& label);
     // A decimal integer that fits 32 signed bits, else an error.
     int readNumber(int width, const QString& label, bool& ok);
     // YYMMDD in this century; "000000" is no date and no error.

@@ -253,6 +253,12 @@ int PaymentImporter::savePayments(int bankAccountId)
     return count;
 }
 
+QString PaymentImporter::duplicateQuestion()
+{
+    return tr(
+        "Sähköisen aineiston tiedot on jo tallennettu aiemmin. Haluatko varmasti tallentaa tiedot uudelleen?");
+}
+
 QString PaymentImporter::resultText(int count)
 {
     if (count == 1)

@@ -55,6 +55,8 @@ public:
     // and remembers the file and the account; the number saved, -1 on failure
     // (lastError()), when nothing was stored.
     int savePayments(int bankAccountId);
+    // Asked before a file is saved a second time.
+    static QString duplicateQuestion();
     // "Tietokantaan lisättiin ..." for count payments.
     static QString resultText(int count);
 

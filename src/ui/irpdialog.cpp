@@ -221,9 +221,7 @@ int IRPDialog::selectedBankAccountId() const
 
 void IRPDialog::savePayments()
 {
-    if (m_importer->isDuplicate()
-        && !askQuestion(tr("Sähköisen aineiston tiedot on jo tallennettu aiemmin. Haluatko "
-                           "varmasti tallentaa tiedot uudelleen?")))
+    if (m_importer->isDuplicate() && !askQuestion(PaymentImporter::duplicateQuestion()))
         return;
     const int count = m_importer->savePayments(selectedBankAccountId());
     if (count < 0) {
