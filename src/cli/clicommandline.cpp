@@ -20,6 +20,11 @@ const QString singleOption = QStringLiteral("--single");
 const QString csvOption = QStringLiteral("--csv");
 const QString pdfOption = QStringLiteral("--pdf");
 const QString landscapeOption = QStringLiteral("--landscape");
+const QString dryRunOption = QStringLiteral("--dry-run");
+const QString entryDateOption = QStringLiteral("--entry-date");
+const QString paymentDateOption = QStringLiteral("--payment-date");
+const QString accountOption = QStringLiteral("--account");
+const QString forceOption = QStringLiteral("--force");
 
 const QStringList schemaVersions
     = { QStringLiteral("3.0"), QStringLiteral("2.01"), QStringLiteral("1.3") };
@@ -35,6 +40,7 @@ const CommandWord commandWords[] = {
     { "export", "finvoice", CliCommandLine::ExportFinvoice },
     { "export", "pdf", CliCommandLine::ExportPdf },
     { "list", "invoices", CliCommandLine::ListInvoices },
+    { "import", "payments", CliCommandLine::ImportPayments },
     { "report", "invoices", CliCommandLine::ReportInvoices },
     { "report", "payments", CliCommandLine::ReportPayments },
     { "report", "customers", CliCommandLine::ReportCustomers },
@@ -63,6 +69,9 @@ QMap<QString, bool> optionsOf(CliCommandLine::Command command)
         return { { dirOption, true }, { templateOption, true }, { singleOption, false } };
     case CliCommandLine::ListInvoices:
         return { { csvOption, false } };
+    case CliCommandLine::ImportPayments:
+        return { { dryRunOption, false }, { entryDateOption, false }, { paymentDateOption, false },
+            { accountOption, true }, { forceOption, false } };
     case CliCommandLine::NoCommand:
         return {};
     default:
@@ -228,6 +237,16 @@ bool CliCommandLine::parseCommandOptions(const QStringList& arguments, int next)
             m_pdfFile = value;
         } else if (name == landscapeOption) {
             m_landscape = true;
+        } else if (name == dryRunOption) {
+            m_dryRun = true;
+        } else if (name == entryDateOption || name == paymentDateOption) {
+            if (m_importDate != StoredDate)
+                return fail(tr("Anna joko %1 tai %2").arg(entryDateOption, paymentDateOption));
+            m_importDate = name == entryDateOption ? EntryDate : PaymentDate;
+        } else if (name == accountOption) {
+            m_account = value;
+        } else if (name == forceOption) {
+            m_force = true;
         }
     }
 
@@ -237,6 +256,12 @@ bool CliCommandLine::parseCommandOptions(const QStringList& arguments, int next)
             return fail(tr("Virheellinen laskuluettelo %1 (esimerkiksi 1001-1010,1015)")
                             .arg(positional.join(QLatin1Char(' '))));
         }
+    } else if (m_command == ImportPayments) {
+        if (positional.isEmpty())
+            return fail(tr("Maksusuoritusaineisto puuttuu"));
+        if (positional.size() > 1)
+            return fail(tr("Ylimääräinen argumentti %1").arg(positional.at(1)));
+        m_paymentFile = positional.first();
     } else if (!positional.isEmpty()) {
         return fail(tr("Ylimääräinen argumentti %1").arg(positional.first()));
     }
@@ -319,6 +344,24 @@ QString CliCommandLine::help(const QString& topic)
                   "  --csv                CSV-muodossa (erottimena puolipiste, otsikkorivi)")
             .arg(global);
     }
+    if (topic == QLatin1String("import")) {
+        return tr("Käyttö: %1 import payments TIEDOSTO [--dry-run]\n"
+                  "           [--entry-date|--payment-date] [--account IBAN] [--force]\n"
+                  "\n"
+                  "Lukee pankin maksusuoritusaineiston (viitesiirrot, tiliote, camt-XML tai\n"
+                  "CSV), kohdistaa viitemaksut laskuihin viitenumeron perusteella ja tallentaa\n"
+                  "ne. Tulostaa rivin jokaisesta viitemaksusta muodossa\n"
+                  "entry_date;payment_date;amount;reference;invoice;customer;info.\n"
+                  "\n"
+                  "  --dry-run            näyttää kohdistukset tallentamatta mitään\n"
+                  "  --entry-date         suorituksen päiväksi kirjauspäivä\n"
+                  "  --payment-date       suorituksen päiväksi maksupäivä\n"
+                  "                       (oletus: ikkunaohjelmassa viimeksi valittu)\n"
+                  "  --account IBAN       pankkitili, jolle suoritukset kirjataan\n"
+                  "                       (oletus: aineiston tili tai viimeksi käytetty)\n"
+                  "  --force              tallentaa aiemmin tallennetun aineiston uudelleen")
+            .arg(global);
+    }
     if (topic == QLatin1String("report")) {
         return tr("Käyttö: %1 report invoices|payments|customers|products\n"
                   "           (--pdf TIEDOSTO | --csv TIEDOSTO) [--landscape]\n"
@@ -347,6 +390,7 @@ QString CliCommandLine::help(const QString& topic)
               "  export finvoice      laskut Finvoice-verkkolaskuiksi\n"
               "  export pdf           laskut PDF-tiedostoiksi\n"
               "  list invoices        luettelo laskuista\n"
+              "  import payments      maksusuoritukset pankin aineistosta\n"
               "  report invoices|payments|customers|products\n"
               "                       raportti PDF- tai CSV-tiedostoon\n"
               "\n"

@@ -23,6 +23,7 @@ public:
         ExportFinvoice,
         ExportPdf,
         ListInvoices,
+        ImportPayments,
         ReportInvoices,
         ReportPayments,
         ReportCustomers,
@@ -66,6 +67,21 @@ public:
     // The invoice list as CSV instead of a table.
     bool csv() const { return m_csv; }
 
+    // Payment import: the bank file, whether only to show the matches, which
+    // date a payment gets (the stored choice unless given), the account to
+    // save to and whether a file saved before is saved again.
+    enum ImportDate
+    {
+        StoredDate,
+        EntryDate,
+        PaymentDate
+    };
+    QString paymentFile() const { return m_paymentFile; }
+    bool dryRun() const { return m_dryRun; }
+    ImportDate importDate() const { return m_importDate; }
+    QString account() const { return m_account; }
+    bool force() const { return m_force; }
+
     // Reports: exactly one of the two files is set.
     QString pdfFile() const { return m_pdfFile; }
     QString csvFile() const { return m_csvFile; }
@@ -106,6 +122,11 @@ private:
     QString m_pdfFile;
     QString m_csvFile;
     bool m_landscape = false;
+    QString m_paymentFile;
+    bool m_dryRun = false;
+    ImportDate m_importDate = StoredDate;
+    QString m_account;
+    bool m_force = false;
 };
 
 #endif // CLICOMMANDLINE_H

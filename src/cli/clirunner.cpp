@@ -4,9 +4,16 @@
 #include "core/databaselist.h"
 #include "core/invoicetablemodel.h"
 #include "core/registry.h"
+#include "domain/bankaccount.h"
+#include "domain/constants.h"
+#include "domain/customer.h"
 #include "domain/decimal.h"
+#include "domain/decimalformat.h"
+#include "domain/invoice.h"
 #include "domain/invoicetype.h"
 #include "export/invoiceexporter.h"
+#include "payments/irptablemodel.h"
+#include "payments/paymentimporter.h"
 #include "print/csvwriter.h"
 #include "print/customerlistprintmodel.h"
 #include "print/invoicelistprintmodel.h"
@@ -43,6 +50,17 @@ const InvoiceTableModel::Column listColumns[] = { InvoiceTableModel::NumberColum
     InvoiceTableModel::DateColumn, InvoiceTableModel::DueDateColumn,
     InvoiceTableModel::CustomerColumn, InvoiceTableModel::TypeColumn,
     InvoiceTableModel::TotalAmountColumn, InvoiceTableModel::BalanceColumn };
+
+// A field of the import's output, quoted as in CSV when it holds the
+// separator or a quote.
+QString importField(const QString& text)
+{
+    if (!text.contains(QLatin1Char(';')) && !text.contains(QLatin1Char('"')))
+        return text;
+    QString quoted = text;
+    quoted.replace(QLatin1String("\""), QLatin1String("\"\""));
+    return QLatin1Char('"') + quoted + QLatin1Char('"');
+}
 
 bool isRightAligned(InvoiceTableModel::Column column)
 {
@@ -214,6 +232,8 @@ int CliRunner::runCommand()
         return exportInvoices();
     case CliCommandLine::ListInvoices:
         return listInvoices();
+    case CliCommandLine::ImportPayments:
+        return importPayments();
     case CliCommandLine::NoCommand:
         return UsageFailure;
     default:
@@ -407,5 +427,72 @@ int CliRunner::writeReport()
     if (!error.isEmpty())
         return fail(tr("Tulosteen tallentaminen epäonnistui. %1").arg(error));
     m_out << QDir::toNativeSeparators(fileName) << '\n';
+    return Success;
+}
+
+int CliRunner::importPayments()
+{
+    Registry* registry = m_registry.get();
+    PaymentImporter importer(registry);
+    IRPTableModel* model = importer.model();
+    if (m_commandLine.importDate() != CliCommandLine::StoredDate)
+        model->setSaveEntryDate(m_commandLine.importDate() == CliCommandLine::EntryDate);
+
+    // The account asked for must be one of the business's.
+    int accountId = -1;
+    if (!m_commandLine.account().isEmpty()) {
+        const QString iban = m_commandLine.account().simplified().remove(QLatin1Char(' '));
+        for (const BankAccount* account : registry->bankAccounts()) {
+            if (account->iban.simplified().remove(QLatin1Char(' ')) == iban)
+                accountId = account->id;
+        }
+        if (accountId < 0) {
+            return fail(
+                tr("Pankkitiliä ei löytynyt tilinumerolla %1").arg(BankAccount::formatIban(iban)));
+        }
+    }
+
+    if (!importer.readFile(m_commandLine.paymentFile()))
+        return fail(tr("Tiedoston lukeminen epäonnistui. %1").arg(importer.lastError()));
+
+    DecimalFormat amountFormat(
+        Constants::totalAmountFractionDigits, Constants::totalAmountMinFractionDigits);
+    amountFormat.setDecimalPoint(QStringLiteral("."));
+    amountFormat.setNegativeSign(QStringLiteral("-"));
+    amountFormat.setGrouping(false);
+    const QString isoDate = QStringLiteral("yyyy-MM-dd");
+    m_out << "entry_date;payment_date;amount;reference;invoice;customer;info\n";
+    for (int row = 0; row < model->rowCount(); ++row) {
+        const Invoice* invoice = model->invoiceAt(model->invoiceIndex(row));
+        const QStringList fields = { model->entryDate(row).toString(isoDate),
+            model->paymentDate(row).toString(isoDate), amountFormat.format(model->amount(row)),
+            model->referenceNumber(row), invoice ? QString::number(invoice->number) : QString(),
+            model->customerText(row), model->info(row) };
+        QStringList quoted;
+        for (const QString& field : fields)
+            quoted.append(importField(field));
+        m_out << quoted.join(QLatin1Char(';')) << '\n';
+    }
+    m_out.flush();
+    if (!importer.accountText().isEmpty())
+        m_err << importer.accountText() << '\n';
+    m_err << importer.summaryText() << Qt::endl;
+
+    if (m_commandLine.dryRun() || importer.referencePaymentCount() == 0)
+        return Success;
+    if (importer.isDuplicate() && !m_commandLine.force()) {
+        return fail(PaymentImporter::duplicateQuestion());
+    }
+    if (accountId < 0 && importer.bankAccountIndex() >= 0)
+        accountId = registry->bankAccountAt(importer.bankAccountIndex())->id;
+    if (accountId < 0) {
+        bool found = false;
+        registry->bankAccountById(importer.storedBankAccountId(), found);
+        accountId = found ? importer.storedBankAccountId() : -1;
+    }
+    const int count = importer.savePayments(accountId);
+    if (count < 0)
+        return fail(tr("Maksusuoritusten tallentaminen epäonnistui. %1").arg(importer.lastError()));
+    m_err << PaymentImporter::resultText(count) << Qt::endl;
     return Success;
 }

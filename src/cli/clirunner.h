@@ -52,6 +52,7 @@ private:
     int exportInvoices();
     int listInvoices();
     int writeReport();
+    int importPayments();
     // The report's model with its script loaded into engine; null on failure.
     std::unique_ptr<ListPrintModel> newReport(PrintScriptEngine* engine);
     void closeDatabase();

@@ -76,6 +76,11 @@ inline const QString raveloWorkTypeProduct = QStringLiteral("ravelo/workTypes/%1
 inline const QString raveloItemization = QStringLiteral("ravelo/itemization");
 inline const QString raveloRoundingStep = QStringLiteral("ravelo/roundingStep");
 inline const QString raveloRoundUp = QStringLiteral("ravelo/roundUp");
+
+// Bank files: the timestamp of the last file whose payments were saved and
+// the bank account chosen then.
+inline const QString irpLastTimestamp = QStringLiteral("irp/lastTimestamp");
+inline const QString irpBankAccount = QStringLiteral("irp/bankAccount");
 } // namespace SettingsKeys
 
 #endif // SETTINGSKEYS_H

@@ -376,6 +376,18 @@ void Query::invoiceSummary(Invoice* invoice)
     invoice->balance = m_query.value(9).toInt();
 }
 
+bool Query::fetchInvoiceReferences()
+{
+    return runStatement(
+        QStringLiteral("SELECT id, reference_number FROM invoice ORDER BY number"), {});
+}
+
+void Query::invoiceReference(int* id, QString* referenceNumber)
+{
+    *id = m_query.value(0).toInt();
+    *referenceNumber = m_query.value(1).toString();
+}
+
 int Query::fetchInvoiceCount(const InvoiceCriteria& criteria)
 {
     QVariantList values;

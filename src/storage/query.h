@@ -57,6 +57,11 @@ public:
     void invoiceDetails(Invoice* invoice);
     bool fetchInvoiceSummaries(const InvoiceCriteria& criteria);
     void invoiceSummary(Invoice* invoice);
+    // The id and reference number of every invoice, in number order: one
+    // fetch to match many payments by reference. Read the rows with next()
+    // and invoiceReference().
+    bool fetchInvoiceReferences();
+    void invoiceReference(int* id, QString* referenceNumber);
     // Number of matching invoices, -1 on failure.
     int fetchInvoiceCount(const InvoiceCriteria& criteria);
     // Largest invoice number, 0 for an empty table, -1 on failure.

@@ -29,6 +29,7 @@
 #include "ui/invoiceform.h"
 #include "ui/invoiceprintpreviewdialog.h"
 #include "ui/invoicerangedialog.h"
+#include "ui/irpdialog.h"
 #include "ui/mainwindowactions.h"
 #include "ui/productdialog.h"
 #include "ui/ravelodialog.h"
@@ -754,6 +755,17 @@ void MainWindow::groupInvoicing()
     else
         m_hasInvoice = false;
     loadForm();
+}
+
+void MainWindow::importPayments()
+{
+    // The balances change in the database, under the form's invoice too.
+    if (!m_registry->isConnected() || (m_hasInvoice && !saveInvoice()))
+        return;
+    IRPDialog dialog(m_registry, m_model, this);
+    execDialog(&dialog);
+    if (dialog.isAccepted())
+        refresh();
 }
 
 void MainWindow::showAbout()

@@ -108,6 +108,8 @@ public slots:
     // Copies the current invoice to a group of customers, or undoes the
     // last such run.
     void groupInvoicing();
+    // Imports a bank file; the window reloads when payments were saved.
+    void importPayments();
     void showAbout();
     void setVatIncluded(bool vatIncluded);
 

@@ -266,6 +266,8 @@ void MainWindowActions::createOtherActions()
         QKeySequence(Qt::CTRL | Qt::Key_R), w, &MainWindow::groupInvoicing);
     create(QStringLiteral("interestAction"), tr("&Viivästyskoron laskenta"),
         QKeySequence(Qt::CTRL | Qt::Key_K), w, &MainWindow::showInterestPanel);
+    create(QStringLiteral("importPaymentsAction"), tr("&Maksusuoritusten tuonti"),
+        QKeySequence(Qt::CTRL | Qt::Key_I), w, &MainWindow::importPayments);
     create(QStringLiteral("helpAction"), tr("&Sisältö"), QKeySequence(Qt::Key_F1), w,
         &MainWindow::showHelp);
     create(
@@ -273,19 +275,6 @@ void MainWindowActions::createOtherActions()
 
     create(QStringLiteral("raveloAction"), tr("&Ravelo-aineiston tuonti"), QKeySequence(), w,
         &MainWindow::importTimeEntries);
-
-    // The payment import comes with its dialog; until then the command is
-    // shown but cannot be used (see update()).
-    const struct
-    {
-        const char* name;
-        const char* text;
-        QKeySequence shortcut;
-    } later[] = {
-        { "importPaymentsAction", "&Maksusuoritusten tuonti", QKeySequence(Qt::CTRL | Qt::Key_I) },
-    };
-    for (const auto& entry : later)
-        create(QLatin1String(entry.name), tr(entry.text), entry.shortcut);
 }
 
 void MainWindowActions::createMenus(QAction* listToggle)
@@ -386,6 +375,7 @@ void MainWindowActions::update(const State& state)
     enable("emailSettingsAction", true);
     enable("interestAction", connected);
     enable("groupInvoicingAction", connected);
+    enable("importPaymentsAction", connected);
 
     for (const char* name :
         { "printAction", "printSelectedAction", "printReminderAction", "printReceiptAction" })
@@ -394,10 +384,6 @@ void MainWindowActions::update(const State& state)
         { "printSeveralAction", "printRemindersAction", "printReceiptsAction", "invoiceListAction",
             "paymentJournalAction", "customerListAction", "productListAction" })
         enable(name, connected);
-
-    // Not available yet: the payment import.
-    for (const char* name : { "importPaymentsAction" })
-        enable(name, false);
 }
 
 void MainWindowActions::showQuickSearch(int n)

@@ -10,6 +10,7 @@
 #include "ui/emailsettingsdialog.h"
 #include "ui/exportdialog.h"
 #include "ui/finvoicedialog.h"
+#include "ui/irpdialog.h"
 #include "ui/productdialog.h"
 #include "ui/ravelodialog.h"
 #include "ui/referencenumberdialog.h"
@@ -151,7 +152,7 @@ void TestMainWindowCommands::commandTable_data()
         { "Useita ku&itteja", "", true },
         { "Lasku&luettelo", "Alt+6", true },
         { "&Suorituspäiväkirja", "Alt+7", true },
-        { "&Maksusuoritusten tuonti", "Ctrl+I", false },
+        { "&Maksusuoritusten tuonti", "Ctrl+I", true },
         { "&Viivästyskoron laskenta", "Ctrl+K", true },
         { "Siirrä ylös", "Ctrl+Up", false },
         { "Siirrä alas", "Ctrl+Down", false },
@@ -202,7 +203,8 @@ void TestMainWindowCommands::mnemonicsAreUnique_data()
     QTest::addColumn<QString>("window");
     QTest::addColumn<int>("page");
     for (const char* name : { "main window", "customers", "products", "accounts", "search",
-             "reference number", "time entries", "e-mail settings", "group invoicing" })
+             "reference number", "time entries", "e-mail settings", "group invoicing",
+             "payment import" })
         QTest::newRow(name) << QString::fromLatin1(name) << 0;
     for (int page = 0; page < SettingsDialog::PageCount; ++page)
         QTest::addRow("settings %d", page) << QStringLiteral("settings") << page;
@@ -225,6 +227,7 @@ void TestMainWindowCommands::mnemonicsAreUnique()
     InvoiceCriteria criteria;
     std::unique_ptr<QWidget> dialog;
     QStringList texts;
+    QStringList allowed;
     if (window == QLatin1String("menus")) {
         // Within one menu (and its submenus) every entry has its own letter.
         QStringList found;
@@ -265,6 +268,13 @@ void TestMainWindowCommands::mnemonicsAreUnique()
         dialog = std::make_unique<SearchDialog>(registry, &criteria);
     } else if (window == QLatin1String("reference number")) {
         dialog = std::make_unique<ReferenceNumberDialog>(registry, m_f->window()->model());
+    } else if (window == QLatin1String("payment import")) {
+        dialog = std::make_unique<IRPDialog>(registry, m_f->window()->model());
+        // Every field shown, as when the file names no account.
+        static_cast<IRPDialog*>(dialog.get())->setBankAccountComboBoxVisible(true);
+        // The file field and the print button keep their established names,
+        // which share a letter.
+        allowed = QStringList({ QStringLiteral("T: &Tiedosto:,&Tulosta") });
     } else if (window == QLatin1String("settings")) {
         auto settings = std::make_unique<SettingsDialog>(registry);
         settings->setCurrentPage(page);
@@ -288,7 +298,7 @@ void TestMainWindowCommands::mnemonicsAreUnique()
     if (dialog)
         texts = mnemonicTexts(dialog.get());
     QVERIFY(texts.size() > 2);
-    QCOMPARE(clashes(texts), QStringList());
+    QCOMPARE(clashes(texts), allowed);
 }
 
 QTEST_MAIN(TestMainWindowCommands)
