@@ -202,9 +202,9 @@ void TestMainWindowCommands::mnemonicsAreUnique_data()
 {
     QTest::addColumn<QString>("window");
     QTest::addColumn<int>("page");
-    for (const char* name : { "main window", "customers", "products", "accounts", "search",
-             "reference number", "time entries", "e-mail settings", "group invoicing",
-             "payment import" })
+    for (const char* name :
+        { "main window", "customers", "products", "accounts", "search", "reference number",
+            "time entries", "e-mail settings", "group invoicing", "payment import" })
         QTest::newRow(name) << QString::fromLatin1(name) << 0;
     for (int page = 0; page < SettingsDialog::PageCount; ++page)
         QTest::addRow("settings %d", page) << QStringLiteral("settings") << page;
