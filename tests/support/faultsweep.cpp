@@ -41,12 +41,15 @@ bool FaultSweep::run()
         const bool succeeded = operation(&error);
         const bool fired = !FaultInjector::isPending();
         FaultInjector::clear();
+        const QString wrong = afterFailure && !succeeded ? afterFailure() : QString();
         if (tearDown)
             tearDown();
         if (!fired)
             return fail(n, QStringLiteral("the statement was not reached"));
         if (succeeded)
             return fail(n, QStringLiteral("the operation reported success"));
+        if (!wrong.isEmpty())
+            return fail(n, wrong);
         if (!error.contains(expectedError(n)))
             return fail(n, QStringLiteral("the message does not name the failure: ") + error);
         const QStringList after = dump();

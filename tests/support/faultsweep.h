@@ -27,6 +27,9 @@ public:
     std::function<bool(QString* error)> operation;
     // The database's contents, taken before and after each failed run.
     std::function<QStringList()> dump;
+    // What else must hold after a failed run: empty when all is well, else
+    // what is wrong. Called before tearDown.
+    std::function<QString()> afterFailure;
     // Called after each run, before the dump (closes what the run opened).
     std::function<void()> tearDown;
     // Makes the n-th statement from now on fail; by default an injected
