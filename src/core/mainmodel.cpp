@@ -380,7 +380,10 @@ bool MainModel::saveInvoice()
     }
     m_lastInvoiceId = m_invoice.id;
     if (!loadInvoiceList(query.get())) {
-        m_lastError = query->lastError();
+        // The invoice is stored: only the list beside it is out of date.
+        m_lastError = tr("Lasku tallennettiin, mutta laskuluettelon päivittäminen "
+                         "epäonnistui: %1")
+                          .arg(query->lastError());
         return false;
     }
     return true;

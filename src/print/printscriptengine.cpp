@@ -106,11 +106,7 @@ bool PrintScriptEngine::run(QPagedPaintDevice* device, QPainter* painter, int re
     m_lineHeight = -1.0;
     setPageNumber(1);
 
-    bool result = true;
-    if (duk_pcall(ctx, 0) != DUK_EXEC_SUCCESS) {
-        errorFromStack();
-        result = false;
-    }
+    const bool result = callFunction(0);
     duk_pop(ctx);
 
     m_device = nullptr;
@@ -129,9 +125,7 @@ int PrintScriptEngine::supportedOrientations()
         return 1;
     }
     int result = 1;
-    if (duk_pcall(ctx, 0) != DUK_EXEC_SUCCESS) {
-        errorFromStack();
-    } else if (duk_is_number(ctx, -1)) {
+    if (callFunction(0) && duk_is_number(ctx, -1)) {
         const double value = duk_get_number(ctx, -1);
         if (value == 1.0 || value == 2.0 || value == 3.0)
             result = int(value);

@@ -330,9 +330,7 @@ bool XmlScriptEngine::writeDocument(QString* document)
     xml.setAutoFormatting(true);
     m_writer = &xml;
     m_elements.clear();
-    const bool ok = duk_pcall(ctx, 0) == DUK_EXEC_SUCCESS;
-    if (!ok)
-        errorFromStack();
+    const bool ok = callFunction(0);
     duk_pop(ctx);
     m_writer = nullptr;
     if (!ok)

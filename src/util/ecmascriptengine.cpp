@@ -6,7 +6,14 @@
 #include "scriptloader.h"
 
 #include <QDateTime>
+#include <QLocale>
 #include <QMetaObject>
+
+// The engine must be the one built with our configuration: the system's
+// library has no execution timeout check.
+#ifndef VEKLARI_DUK_CONFIG_H
+#error "duktape.h from util/duktape expected"
+#endif
 
 namespace {
 const char* const ptrKey = DUK_HIDDEN_SYMBOL("ptr");
@@ -15,6 +22,10 @@ const char* const indexKey = DUK_HIDDEN_SYMBOL("index");
 constexpr duk_uint_t evalFlags = DUK_COMPILE_EVAL | DUK_COMPILE_SAFE | DUK_COMPILE_NOSOURCE
     | DUK_COMPILE_STRLEN | DUK_COMPILE_NOFILENAME;
 static_assert(evalFlags == 0xE88, "eval flags");
+constexpr double millisecondsPerSecond = 1000.0;
+constexpr size_t bytesPerMegabyte = 1024 * 1024;
+// Duktape's messages for too deep a call stack, in script and in native code.
+const char* const recursionMessages[] = { "callstack limit", "C stack depth limit" };
 } // namespace
 
 ECMAScriptEngine::ECMAScriptEngine(QObject* parent) : QObject(parent) { }
@@ -31,7 +42,8 @@ void ECMAScriptEngine::initialize()
     m_pendingError.clear();
     if (m_context)
         duk_destroy_heap(m_context);
-    m_context = duk_create_heap(nullptr, nullptr, nullptr, nullptr, nullptr);
+    m_context = duk_create_heap(script_heap_guard_alloc, script_heap_guard_realloc,
+        script_heap_guard_free, &m_guard, nullptr);
     if (!m_context) {
         setError(tr("Skriptimoottorin käynnistäminen epäonnistui"));
         return;
@@ -59,15 +71,38 @@ bool ECMAScriptEngine::evaluate(const QByteArray& source)
         initialize();
     if (!m_context)
         return false;
+    beginRun();
     // The source is read up to its terminating NUL, which QByteArray keeps.
-    if (duk_eval_raw(m_context, source.constData(), 0, evalFlags) != 0) {
+    const bool ok = duk_eval_raw(m_context, source.constData(), 0, evalFlags) == 0;
+    endRun();
+    if (!ok)
         errorFromStack();
-        duk_pop(m_context);
-        return false;
-    }
     duk_pop(m_context);
-    m_evaluated = true;
-    return true;
+    if (ok)
+        m_evaluated = true;
+    return ok;
+}
+
+bool ECMAScriptEngine::callFunction(duk_idx_t argumentCount)
+{
+    beginRun();
+    const bool ok = duk_pcall(m_context, argumentCount) == DUK_EXEC_SUCCESS;
+    endRun();
+    if (!ok)
+        errorFromStack();
+    return ok;
+}
+
+void ECMAScriptEngine::beginRun()
+{
+    if (m_runDepth++ == 0)
+        script_heap_guard_arm(&m_guard, m_timeLimit);
+}
+
+void ECMAScriptEngine::endRun()
+{
+    if (--m_runDepth == 0)
+        script_heap_guard_disarm(&m_guard);
 }
 
 bool ECMAScriptEngine::evaluateScript(const QString& name)
@@ -280,16 +315,45 @@ void ECMAScriptEngine::setError(const QString& error)
 
 void ECMAScriptEngine::errorFromStack()
 {
+    QString text;
     if (duk_get_error_code(m_context, -1) != 0) {
         duk_get_prop_string(m_context, -1, "stack");
-        setError(QString::fromUtf8(duk_safe_to_string(m_context, -1)));
+        text = QString::fromUtf8(duk_safe_to_string(m_context, -1));
         duk_pop(m_context);
     } else {
         // duk_safe_to_string replaces the value in place; keep the original.
         duk_dup_top(m_context);
-        setError(QString::fromUtf8(duk_safe_to_string(m_context, -1)));
+        text = QString::fromUtf8(duk_safe_to_string(m_context, -1));
         duk_pop(m_context);
     }
+    const QString reason = stoppedReason();
+    setError(reason.isEmpty() ? text : reason + QLatin1Char('\n') + text);
+}
+
+QString ECMAScriptEngine::stoppedReason() const
+{
+    if (m_guard.timedOut) {
+        return tr("Skripti keskeytettiin, koska sen suoritus kesti yli %1 s. "
+                  "Skriptissä voi olla silmukka, joka ei pääty.")
+            .arg(QLocale().toString(m_timeLimit / millisecondsPerSecond));
+    }
+    if (m_guard.memoryExceeded) {
+        return tr("Skripti keskeytettiin, koska se varasi muistia yli %1 Mt.")
+            .arg(QLocale().toString(double(m_guard.memoryLimit) / bytesPerMegabyte));
+    }
+    if (duk_get_error_code(m_context, -1) == DUK_ERR_RANGE_ERROR) {
+        duk_get_prop_string(m_context, -1, "message");
+        const char* message = duk_get_string(m_context, -1);
+        bool recursion = false;
+        for (const char* known : recursionMessages)
+            recursion = recursion || (message && qstrcmp(message, known) == 0);
+        duk_pop(m_context);
+        if (recursion) {
+            return tr("Skripti keskeytettiin, koska sen funktiokutsuja oli sisäkkäin liian "
+                      "monta. Skriptissä voi olla rekursio, joka ei pääty.");
+        }
+    }
+    return QString();
 }
 
 void ECMAScriptEngine::registerModSearch()

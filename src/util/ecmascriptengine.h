@@ -1,6 +1,7 @@
 #ifndef ECMASCRIPTENGINE_H
 #define ECMASCRIPTENGINE_H
 
+#include "duktape/scriptheapguard.h"
 #include "scriptapimember.h"
 
 #include <QByteArray>
@@ -18,6 +19,11 @@ class ScriptLoader;
 // their native functions in initialize(); each one is a slot "int envName()"
 // that reads its arguments with the readers below, pushes at most one result
 // and returns 1 when it pushed one, else 0.
+//
+// Every run of script code (evaluate() and callFunction()) has a time limit
+// and the heap a memory limit: a script in an endless loop, in unbounded
+// recursion or allocating without end is stopped with an error that says so,
+// and the engine stays usable for the next script.
 //
 // Native code never unwinds through C++ frames: runtimeError() records the
 // error and the dispatcher throws it into the script as soon as the slot has
@@ -38,6 +44,15 @@ public:
     // Evaluates the stored script of that name (false without a loader).
     bool evaluateScript(const QString& name);
 
+    static constexpr int defaultTimeLimit = 30 * 1000;
+    static constexpr size_t defaultMemoryLimit = size_t(256) * 1024 * 1024;
+    // How long one run may last before it is stopped (0: no limit).
+    int timeLimit() const { return m_timeLimit; }
+    void setTimeLimit(int milliseconds) { m_timeLimit = milliseconds; }
+    // How much memory the heap may hold (0: no limit).
+    size_t memoryLimit() const { return m_guard.memoryLimit; }
+    void setMemoryLimit(size_t bytes) { m_guard.memoryLimit = bytes; }
+
     bool isEvaluated() const { return m_evaluated; }
     QString lastError() const { return m_lastError; }
     ScriptLoader* scriptLoader() const { return m_scriptLoader; }
@@ -50,6 +65,11 @@ public slots:
     virtual void initialize();
 
 protected:
+    // Calls the function below its argumentCount arguments on the value stack
+    // within the time limit (duk_pcall: the result or the error replaces
+    // them). A failure is stored as the last error.
+    bool callFunction(duk_idx_t argumentCount);
+
     // The object the function is stored on lies on top of the value stack
     // (the caller pushes the global object first).
     void registerFunc(const char* name, QObject* object, const char* signature);
@@ -74,7 +94,8 @@ protected:
     void setError(const QString& error);
     void clearError() { m_lastError.clear(); }
     // Takes the error text from the value on top of the stack (the error's
-    // stack trace when it is an error object).
+    // stack trace when it is an error object), after a sentence that names
+    // the limit when the script was stopped by one.
     void errorFromStack();
     void registerModSearch();
 
@@ -88,7 +109,15 @@ private:
     duk_idx_t pushDispatcher(
         duk_idx_t argumentCount, QObject* object, const char* signature, const char* name);
 
+    void beginRun();
+    void endRun();
+    QString stoppedReason() const;
+
     duk_context* m_context = nullptr;
+    ScriptHeapGuard m_guard { 0, 0, defaultMemoryLimit, 0, 0 };
+    int m_timeLimit = defaultTimeLimit;
+    // Nested runs (require() inside a script) share the outermost run's clock.
+    int m_runDepth = 0;
     ScriptLoader* m_scriptLoader = nullptr;
     QString m_lastError;
     QList<ScriptApiMember> m_members;

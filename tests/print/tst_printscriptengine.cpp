@@ -36,6 +36,8 @@ private slots:
     void pageRanges_data();
     void pageRanges();
     void failuresLeaveNoPdf();
+    void runawayScripts_data();
+    void runawayScripts();
     void fontAndPenWhileNotDrawing_data();
     void fontAndPenWhileNotDrawing();
 
@@ -199,6 +201,56 @@ void TestPrintScriptEngine::failuresLeaveNoPdf()
     QVERIFY(engine.evaluate("function print() { drawText(10, 10, 50, 'valmis'); }"));
     QVERIFY2(writer.write(&engine, file), qPrintable(writer.lastError()));
     QVERIFY(PdfTools::text(file).contains(QStringLiteral("valmis")));
+}
+
+// A print script that never ends, recurses without end or fills the memory is
+// stopped with an error that says why; no PDF is left and the same engine
+// prints the next script.
+void TestPrintScriptEngine::runawayScripts_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<QString>("error");
+    const QString time
+        = QStringLiteral("Skripti keskeytettiin, koska sen suoritus kesti yli 0,1 s.");
+    QTest::newRow("endless loop") << QByteArray("function print() {\n"
+                                                "  var y = 0;\n"
+                                                "  while (true) drawText(10, y++ % 200, 50, 'x');\n"
+                                                "}\n")
+                                  << time;
+    QTest::newRow("endless page loop")
+        << QByteArray("function print() { for (;;) newPage(); }") << time;
+    QTest::newRow("unbounded recursion")
+        << QByteArray("function rivi(n) { drawText(10, 10, 50, String(n)); rivi(n + 1); }\n"
+                      "function print() { rivi(0); }")
+        << QStringLiteral("Skripti keskeytettiin, koska sen funktiokutsuja oli sisäkkäin");
+    QTest::newRow("unbounded allocation")
+        << QByteArray("function print() { var s = get('name');\n"
+                      "  for (;;) s += s; }")
+        << QStringLiteral("Skripti keskeytettiin, koska se varasi muistia yli 16 Mt.");
+}
+
+void TestPrintScriptEngine::runawayScripts()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(QString, error);
+    constexpr int timeLimit = 100;
+    constexpr size_t memoryLimit = size_t(16) * 1024 * 1024;
+    QLocale::setDefault(QLocale(QLocale::Finnish, QLocale::Finland));
+    PrintScriptEngine engine;
+    engine.setTimeLimit(timeLimit);
+    engine.setMemoryLimit(memoryLimit);
+    const QStringList files = QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden);
+    QVERIFY(render(engine, script).isEmpty());
+    QLocale::setDefault(QLocale::c());
+    QVERIFY2(m_error.startsWith(error), qPrintable(m_error));
+    QCOMPARE(QDir(m_dir.path()).entryList(QDir::Files | QDir::Hidden), files);
+
+    const QString file = render(engine,
+        "function supportedOrientations() { return 1; }\n"
+        "function print() { drawText(10, 10, 50, 'seuraava ' + get('name')); }");
+    QVERIFY2(!file.isEmpty(), qPrintable(m_error));
+    QVERIFY(PdfTools::text(file).contains(QStringLiteral("seuraava Kuusela")));
+    QVERIFY(QFile::remove(file));
 }
 
 void TestPrintScriptEngine::fontAndPenWhileNotDrawing_data()

@@ -26,6 +26,8 @@ private slots:
     void failuresWriteNothing_data();
     void failuresWriteNothing();
     void storedScripts();
+    void runawayScripts_data();
+    void runawayScripts();
 
 private:
     QString newFile() { return m_dir.filePath(QStringLiteral("%1.xml").arg(++m_files)); }
@@ -329,6 +331,57 @@ void TestXmlScriptEngine::storedScripts()
     XmlScriptEngine builtIn;
     QVERIFY2(ScriptHelper(m_fixture.registry()).loadFinvoiceScript(&builtIn),
         qPrintable(builtIn.lastError()));
+}
+
+// A stored Finvoice script that never ends or fills the memory is stopped
+// with an error that says why and writes nothing; the built-in script then
+// writes the invoice with the same engine.
+void TestXmlScriptEngine::runawayScripts_data()
+{
+    QTest::addColumn<QByteArray>("script");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("endless loop") << QByteArray(
+        "function write() { startElement('Finvoice'); for (;;) { } }")
+                                  << QStringLiteral(
+                                         "Skripti keskeytettiin, koska sen suoritus kesti yli");
+    QTest::newRow("endless elements")
+        << QByteArray("function write() { for (;;) textElement('Rivi', get('invoice/number')); }")
+        << QStringLiteral("Skripti keskeytettiin, koska sen suoritus kesti yli");
+    QTest::newRow("unbounded recursion")
+        << QByteArray("function osa(n) { return osa(n + 1) + 1; }\nfunction write() { osa(0); }")
+        << QStringLiteral("Skripti keskeytettiin, koska sen funktiokutsuja oli sisäkkäin");
+    QTest::newRow("unbounded allocation")
+        << QByteArray(
+               "function write() { var s = String(get('invoice/number')); for (;;) s += s; }")
+        << QStringLiteral("Skripti keskeytettiin, koska se varasi muistia yli");
+}
+
+void TestXmlScriptEngine::runawayScripts()
+{
+    QFETCH(QByteArray, script);
+    QFETCH(QString, error);
+    constexpr int timeLimit = 100;
+    constexpr size_t memoryLimit = size_t(16) * 1024 * 1024;
+    const int id = m_fixture.addPrintScript(
+        QStringLiteral("karannut"), QStringLiteral("finvoice"), QString::fromUtf8(script));
+    QVERIFY2(id > 0 && m_fixture.refresh(), qPrintable(m_fixture.lastError()));
+    XmlScriptEngine engine;
+    engine.setSoapEnvEnabled(false);
+    engine.setTimeLimit(timeLimit);
+    engine.setMemoryLimit(memoryLimit);
+    const QString file = newFile();
+    const bool written = m_fixture.writeFinvoice(m_plainInvoice, "3.0", file, &engine);
+    QVERIFY(m_fixture.removePrintScript(id) && m_fixture.refresh());
+    QVERIFY(!written);
+    QVERIFY2(engine.lastError().startsWith(error), qPrintable(engine.lastError()));
+    QVERIFY(!QFile::exists(file));
+
+    engine.clear();
+    engine.setTimeLimit(ECMAScriptEngine::defaultTimeLimit);
+    FinvoiceReader reader;
+    QVERIFY2(m_fixture.writeFinvoice(m_plainInvoice, "3.0", file, &engine),
+        qPrintable(m_fixture.lastError()));
+    QVERIFY2(reader.readFile(file), qPrintable(reader.error()));
 }
 
 QTEST_MAIN(TestXmlScriptEngine)

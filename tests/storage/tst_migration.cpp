@@ -4,6 +4,7 @@
 #include "domain/invoiceitem.h"
 #include "domain/payment.h"
 #include "domain/product.h"
+#include "faultsweep.h"
 #include "logcapture.h"
 #include "storage/database.h"
 #include "storage/faultinjector.h"
@@ -170,6 +171,8 @@ private slots:
     void newerVersionIsLeftAlone();
     void failedUpgradeChangesNothing_data();
     void failedUpgradeChangesNothing();
+    void everyStatementOfAnUpgrade_data();
+    void everyStatementOfAnUpgrade();
 };
 
 void MigrationTest::initTestCase()
@@ -349,6 +352,38 @@ void MigrationTest::failedUpgradeChangesNothing()
         QVERIFY2(db.open(false), qPrintable(db.lastError()));
         QCOMPARE(db.value(QStringLiteral("SELECT version FROM settings")).toInt(), 10);
     }
+}
+
+void MigrationTest::everyStatementOfAnUpgrade_data()
+{
+    QTest::addColumn<int>("version");
+    QTest::addRow("all steps from version 1") << 1;
+    QTest::addRow("last step") << 9;
+}
+
+// Each statement of an upgrade fails in turn: the database is left as it was
+// and the message names the failure.
+void MigrationTest::everyStatementOfAnUpgrade()
+{
+    QFETCH(int, version);
+    std::unique_ptr<TestDatabase> db;
+    FaultSweep sweep;
+    sweep.setUp = [&] {
+        db = std::make_unique<TestDatabase>(VEKLARI_TEST_BACKEND);
+        return db->exec(oldSchema(db->backend(), version));
+    };
+    sweep.operation = [&](QString* error) {
+        const bool ok = db->open(false);
+        *error = db->lastError();
+        return ok;
+    };
+    sweep.tearDown = [&] { db->close(); };
+    sweep.dump = [&] { return snapshot(*db); };
+    QVERIFY2(sweep.run(), qPrintable(sweep.lastError()));
+    // Every step changes the schema and the version.
+    QVERIFY2(sweep.statements().filter(QRegularExpression("^UPDATE settings SET version=")).size()
+            == 10 - version,
+        qPrintable(sweep.statements().join('\n')));
 }
 
 QTEST_GUILESS_MAIN(MigrationTest)

@@ -3,6 +3,8 @@
 #   pgcluster.sh start DIR   initdb a fresh cluster, start it on a free loopback
 #                            port and write DIR/connection.ini
 #   pgcluster.sh stop DIR    stop the server and remove everything it made
+#   pgcluster.sh halt DIR    stop the server at once, as if it crashed; keep it
+#   pgcluster.sh resume DIR  start a halted server again on the same port
 # The cluster lives in its own temporary directory (owned by the "postgres"
 # user when run as root, since initdb refuses root); DIR only keeps the
 # connection file and the cluster's path.
@@ -77,6 +79,7 @@ start_cluster() {
     as_owner psql -v ON_ERROR_STOP=1 -q -h "$cluster" -p "$port" -U postgres -d postgres \
         -c "CREATE ROLE $ROLE LOGIN CREATEDB PASSWORD '$password'" || return 1
 
+    echo "$port" >"$dir/port"
     cat >"$dir/connection.ini" <<INI
 [postgresql]
 host=127.0.0.1
@@ -86,6 +89,19 @@ password=$password
 socketDir=$cluster
 INI
     echo "PostgreSQL test server on 127.0.0.1:$port ($cluster)"
+}
+
+halt_cluster() {
+    local cluster
+    cluster=$(cat "$1/cluster") || return 1
+    as_owner "$BINDIR/pg_ctl" -D "$cluster/data" -m immediate -w stop >/dev/null
+}
+
+resume_cluster() {
+    local cluster port
+    cluster=$(cat "$1/cluster") && port=$(cat "$1/port") || return 1
+    as_owner "$BINDIR/pg_ctl" -D "$cluster/data" -l "$cluster/server.log" -w -t 60 \
+        -o "-p $port -k $cluster -c listen_addresses=127.0.0.1 -c fsync=off" start >/dev/null
 }
 
 case "${1:-}" in
@@ -100,8 +116,12 @@ stop)
     [ $# -eq 2 ] || { echo "usage: $0 start|stop DIR" >&2; exit 2; }
     stop_cluster "$2"
     ;;
+halt | resume)
+    [ $# -eq 2 ] || { echo "usage: $0 $1 DIR" >&2; exit 2; }
+    "$1_cluster" "$2"
+    ;;
 *)
-    echo "usage: $0 start|stop DIR" >&2
+    echo "usage: $0 start|stop|halt|resume DIR" >&2
     exit 2
     ;;
 esac

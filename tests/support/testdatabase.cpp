@@ -165,6 +165,22 @@ QStringList TestDatabase::rows(const QString& sql)
     return lines;
 }
 
+QStringList TestDatabase::dump()
+{
+    const QStringList tables = rows(m_backend == SQLite
+            ? QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name")
+            : QStringLiteral("SELECT table_name FROM information_schema.tables WHERE "
+                             "table_schema = 'public' ORDER BY table_name"));
+    QStringList lines;
+    for (const QString& table : tables) {
+        const QStringList tableRows
+            = rows(QStringLiteral("SELECT * FROM %1 ORDER BY 1").arg(table));
+        for (const QString& row : tableRows)
+            lines.append(table + QLatin1Char(':') + row);
+    }
+    return lines;
+}
+
 bool TestDatabase::run(
     const QString& databaseName, const QStringList& statements, QList<QVariantList>* result)
 {

@@ -40,6 +40,9 @@ public:
     QVariant value(const QString& sql);
     // Every row of a SELECT, its values joined with "|".
     QStringList rows(const QString& sql);
+    // Every table of the database with its rows in the order of their first
+    // column, each line prefixed by the table's name.
+    QStringList dump();
 
     Database* database() const { return m_database.get(); }
     Backend backend() const { return m_backend; }

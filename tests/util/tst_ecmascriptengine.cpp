@@ -80,6 +80,9 @@ private slots:
     void scripts_data();
     void scripts();
     void scriptLoader();
+    void limits_data();
+    void limits();
+    void globals();
 
 private:
     ListScriptSource m_source;
@@ -98,6 +101,7 @@ void TestECMAScriptEngine::initTestCase()
         { "lib/b", "exports.name = 'b+' + require('../apu').kaksi(21);" },
         { "rikki", "var x = 1;\n\nthrow new Error('moduuli rikki');" },
         { "Ääkköset", "var s = 'Hämeenkatu €';" },
+        { "ikuinen", "while (true) { }" },
     };
 }
 
@@ -174,6 +178,79 @@ void TestECMAScriptEngine::scriptLoader()
     QCOMPARE(engine.result, QStringLiteral("ajettu 4"));
     QVERIFY(!engine.evaluateScript(QStringLiteral("puuttuva")));
     QCOMPARE(engine.lastError(), QStringLiteral("skriptiä puuttuva ei löytynyt"));
+}
+
+namespace {
+// Short limits, so that a runaway script is stopped soon.
+constexpr int testTimeLimit = 200;
+constexpr size_t testMemoryLimit = size_t(8) * 1024 * 1024;
+} // namespace
+
+// Runaway scripts are stopped with a sentence that names the limit, and the
+// same engine then runs the next script.
+void TestECMAScriptEngine::limits_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("error");
+    const QString time = QStringLiteral("Skripti keskeytettiin, koska sen suoritus kesti yli");
+    const QString memory
+        = QStringLiteral("Skripti keskeytettiin, koska se varasi muistia yli 8 Mt.");
+    const QString recursion
+        = QStringLiteral("Skripti keskeytettiin, koska sen funktiokutsuja oli sisäkkäin");
+    QTest::newRow("endless loop") << "var i = 0;\nwhile (true) { i++; }" << time;
+    QTest::newRow("empty endless loop") << "for (;;) {}" << time;
+    // Catching the timeout error does not keep the script running.
+    QTest::newRow("loop catches the stop")
+        << "for (;;) { try { for (;;) {} } catch (e) { report('kiinni'); } }" << time;
+    QTest::newRow("loop in a module") << "require('ikuinen');" << time;
+    QTest::newRow("unbounded recursion")
+        << "function f(n) { return f(n + 1) + 1; }\nf(0);" << recursion;
+    QTest::newRow("recursion through a native call")
+        << "function f() { [1].forEach(f); }\nf();" << recursion;
+    QTest::newRow("string doubling") << "var s = 'x';\nfor (;;) s = s + s;" << memory;
+    QTest::newRow("array growth") << "var a = [];\nfor (;;) a.push({ n: a.length });" << memory;
+}
+
+void TestECMAScriptEngine::limits()
+{
+    QFETCH(QString, source);
+    QFETCH(QString, error);
+    TestEngine engine;
+    engine.setScriptLoader(&m_loader);
+    engine.setTimeLimit(testTimeLimit);
+    engine.setMemoryLimit(testMemoryLimit);
+    QVERIFY(!engine.evaluate(source.toUtf8()));
+    QVERIFY2(engine.lastError().startsWith(error), qPrintable(engine.lastError()));
+    QVERIFY(engine.result.isEmpty());
+
+    // The heap is still usable, and the next run has its full time and memory.
+    QVERIFY2(engine.evaluate("var t = new Array(10000).join('y'); report('seuraava ' + t.length);"),
+        qPrintable(engine.lastError()));
+    QCOMPARE(engine.result, QStringLiteral("seuraava 9999"));
+    engine.initialize();
+    QVERIFY2(engine.evaluate("report('uusi');"), qPrintable(engine.lastError()));
+    QCOMPARE(engine.result, QStringLiteral("uusi"));
+}
+
+// Nothing beyond the language's own objects, the module loader and the
+// engine's functions is reachable: no file, network or process access.
+void TestECMAScriptEngine::globals()
+{
+    TestEngine engine;
+    QVERIFY(engine.evaluate("report(Object.getOwnPropertyNames(this).sort().join(' '));"));
+    QCOMPARE(engine.result,
+        QStringLiteral(
+            "Array ArrayBuffer Boolean Buffer CBOR DataView Date Duktape Error EvalError "
+            "Float32Array Float64Array Function Infinity Int16Array Int32Array Int8Array JSON "
+            "Math NaN Number Object Proxy RangeError ReferenceError Reflect RegExp String Symbol "
+            "SyntaxError TextDecoder TextEncoder TypeError URIError Uint16Array Uint32Array "
+            "Uint8Array Uint8ClampedArray counter decodeURI decodeURIComponent encodeURI "
+            "encodeURIComponent escape eval globalThis isFinite isNaN needThree parseFloat "
+            "parseInt performance report require undefined unescape"));
+    QVERIFY(engine.evaluate("report(Object.getOwnPropertyNames(Duktape).sort().join(' '));"));
+    QCOMPARE(engine.result,
+        QStringLiteral("Pointer Thread act compact dec enc env fin gc "
+                       "info modLoaded modSearch version"));
 }
 
 QTEST_MAIN(TestECMAScriptEngine)
