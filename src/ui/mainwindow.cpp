@@ -945,7 +945,7 @@ QMap<QString, QTableView*> MainWindow::layoutTables() const
     return { { QStringLiteral("invoiceTable"), m_invoiceTableView },
         { QStringLiteral("paymentTable"), paymentTableView() },
         { QStringLiteral("invoiceItemTable"), invoiceItemTableView() },
-        { QStringLiteral("interestTable"), m_interestPanel->tableView() } };
+        { QStringLiteral("interestOnArrearsTable"), m_interestPanel->tableView() } };
 }
 
 void MainWindow::saveLayout()
