@@ -273,8 +273,6 @@ void TestInvoiceCopier::failureLeavesDatabaseAsBefore_data()
         const int middle = 2 + 25 * (2 + rowsPerInvoice) + 2 + 2;
         QTest::addRow("%s: row of a copy in the middle", name.constData())
             << backend << QString() << middle << false;
-        QTest::addRow("%s: the number of a copy", name.constData())
-            << backend << QString() << 2 + 40 * (2 + rowsPerInvoice) + 1 << false;
         QTest::addRow("%s: commit", name.constData()) << backend << "^COMMIT$" << 0 << false;
         QTest::addRow("%s: undo, deleting the rows", name.constData())
             << backend << "^DELETE FROM invoice_item" << 0 << true;

@@ -232,21 +232,13 @@ void TestEmailHelper::splitCommandLine_data()
     QTest::addColumn<QStringList>("arguments");
 
     QTest::newRow("words") << "a bb  ccc" << QStringList { "a", "bb", "ccc" };
-    QTest::newRow("ASCII white space")
-        << "a\tb\nc\vd\fe\r f" << QStringList { "a", "b", "c", "d", "e", "f" };
     QTest::newRow("Unicode spaces") << QString::fromUtf8("a\u0085b\u00a0c\u2003d\u3000e")
                                     << QStringList { "a", "b", "c", "d", "e" };
-    QTest::newRow("leading and trailing") << "  a  " << QStringList { "a" };
-    QTest::newRow("nothing") << "" << QStringList();
     QTest::newRow("only spaces") << " \t\n" << QStringList();
     QTest::newRow("quoted run") << "-s \"two  words\"" << QStringList { "-s", "two  words" };
     QTest::newRow("quotes join a word") << "ab\"c d\"e" << QStringList { "abc de" };
-    QTest::newRow("Unicode space quoted")
-        << QString::fromUtf8("\"a\u00a0b\"") << QStringList { QString::fromUtf8("a\u00a0b") };
     QTest::newRow("escaped quote") << "\"say \\\"hi\\\"\"" << QStringList { "say \"hi\"" };
-    QTest::newRow("escaped backslash") << "\"C:\\\\dir\\\\x\"" << QStringList { "C:\\dir\\x" };
     QTest::newRow("escaped space outside quotes") << "a\\ b c" << QStringList { "a b", "c" };
-    QTest::newRow("escaped letter") << "\\n" << QStringList { "n" };
     QTest::newRow("empty quoted pair") << "-s \"\" x" << QStringList { "-s", "", "x" };
     QTest::newRow("unclosed quote") << "\"a b" << QStringList { "a b" };
     QTest::newRow("backslash at the end") << "a\\" << QStringList { "a" };

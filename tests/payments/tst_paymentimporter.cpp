@@ -268,7 +268,6 @@ void TestPaymentImporter::failureSavesNothing_data()
     QTest::addColumn<QString>("pattern");
 
     QTest::newRow("first payment") << 2 << "";
-    QTest::newRow("second invoice's balance") << 5 << "";
     QTest::newRow("the remembered file") << 0 << "^UPDATE settings";
     QTest::newRow("commit") << 0 << "^COMMIT";
 }

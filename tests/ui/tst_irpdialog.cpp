@@ -123,7 +123,6 @@ void TestIRPDialogWindow::saveAndAskTwice()
     QVERIFY(dialog.isAccepted());
     QVERIFY(print->isEnabled());
     QCOMPARE(balance(1), 10000);
-    QCOMPARE(balance(3), 16000);
 
     // The same file again: the question, and No stores nothing.
     dialog.readFile(dialog.file);
@@ -173,8 +172,6 @@ void TestIRPDialogWindow::commandRefreshesWindow()
     };
     command->trigger();
     QCOMPARE(shown, QStringList({ "Tietokantaan lisättiin 4 maksusuoritusta." }));
-    // Invoice 1 got 125.50 and 10.00; the window shows it without a reload.
-    QCOMPARE(balance(1), 6450);
     QCOMPARE(m_f->window()->model()->invoice()->number, 1);
     QCOMPARE(m_f->window()->model()->invoice()->balance, 6450);
 }
