@@ -14,7 +14,6 @@
 
 #include <QtTest>
 
-#include <cmath>
 #include <memory>
 
 namespace {
@@ -25,30 +24,11 @@ struct Paid
     int day;
     int amount;
 };
-// A period of the interest: the balance open during it and its days.
-struct Period
-{
-    int balance;
-    int days;
-};
 using Payments = QList<Paid>;
-using Periods = QList<Period>;
-
-// The interest in cents written out: the rate in 1/100 % over a 365-day
-// year on each period's balance, summed as a double and rounded half away
-// from zero.
-int interestOf(int rate, const Periods& periods)
-{
-    double interest = 0.0;
-    for (const Period& period : periods)
-        interest += rate / 10000.0 * period.balance * period.days / 365.0;
-    return int(std::round(interest));
-}
 
 } // namespace
 
 Q_DECLARE_METATYPE(Payments)
-Q_DECLARE_METATYPE(Periods)
 
 class TestInterestOnArrears : public QObject
 {
@@ -139,35 +119,38 @@ void TestInterestOnArrears::interest_data()
     QTest::addColumn<int>("rate");
     QTest::addColumn<Payments>("payments");
     QTest::addColumn<int>("today"); // days from the due date
-    QTest::addColumn<Periods>("periods");
-    QTest::addColumn<int>("cents"); // checked by hand; -1 leaves it to the formula
+    QTest::addColumn<int>("days");
+    QTest::addColumn<int>("cents"); // each period's balance x rate x days / 365, summed
 
     const QDate due(2024, 5, 2);
+    // 65.75
     QTest::newRow("no payments, 30 days late")
-        << due << 10000 << 800 << Payments() << 30 << Periods { { 10000, 30 } } << 66;
-    QTest::newRow("half paid 10 days late") << due << 10000 << 800 << Payments { { 10, 5000 } }
-                                            << 30 << Periods { { 10000, 10 }, { 5000, 20 } } << 44;
-    // The last period runs from the payment, also when it came early.
+        << due << 10000 << 800 << Payments() << 30 << 30 << 66;
+    // 21.92 + 21.92
+    QTest::newRow("half paid 10 days late")
+        << due << 10000 << 800 << Payments { { 10, 5000 } } << 30 << 30 << 44;
+    // The last period runs from the payment, also when it came early: 32.88.
     QTest::newRow("paid in part before the due date")
-        << due << 10000 << 800 << Payments { { -5, 4000 } } << 20 << Periods { { 6000, 25 } } << -1;
+        << due << 10000 << 800 << Payments { { -5, 4000 } } << 20 << 25 << 33;
+    // 26.30
     QTest::newRow("paid in part on the due date")
-        << due << 10000 << 800 << Payments { { 0, 4000 } } << 20 << Periods { { 6000, 20 } } << -1;
+        << due << 10000 << 800 << Payments { { 0, 4000 } } << 20 << 20 << 26;
+    // 15.34 + 4.38
     QTest::newRow("fully paid late, nothing after the payment")
-        << due << 10000 << 800 << Payments { { 7, 6000 }, { 12, 4000 } } << 40
-        << Periods { { 10000, 7 }, { 4000, 5 } } << -1;
-    QTest::newRow("paid on time") << due << 10000 << 800 << Payments { { -1, 10000 } } << 40
-                                  << Periods() << 0;
-    QTest::newRow("not due yet") << due << 10000 << 800 << Payments() << -3 << Periods() << 0;
-    // 20.2. + 9 days is the leap day 29.2.; the year still has 365 days.
+        << due << 10000 << 800 << Payments { { 7, 6000 }, { 12, 4000 } } << 40 << 12 << 20;
+    QTest::newRow("paid on time") << due << 10000 << 800 << Payments { { -1, 10000 } } << 40 << 0
+                                  << 0;
+    QTest::newRow("not due yet") << due << 10000 << 800 << Payments() << -3 << 0 << 0;
+    // 20.2. + 9 days is the leap day 29.2.; the year still has 365 days:
+    // 28.36 + 22.05.
     QTest::newRow("payment on a leap day")
-        << QDate(2024, 2, 20) << 10000 << 1150 << Payments { { 9, 3000 } } << 19
-        << Periods { { 10000, 9 }, { 7000, 10 } } << -1;
-    // Exactly 6.5 cents, but the double lands just below: 6 by the formula.
+        << QDate(2024, 2, 20) << 10000 << 1150 << Payments { { 9, 3000 } } << 19 << 19 << 50;
+    // Exactly 6.5 cents, but the double lands just below.
     QTest::newRow("half a cent in exact arithmetic")
-        << due << 13000 << 365 << Payments() << 5 << Periods { { 13000, 5 } } << 6;
+        << due << 13000 << 365 << Payments() << 5 << 5 << 6;
+    // 4383561.60 + 0.28
     QTest::newRow("large sum, long delay")
-        << due << 99999999 << 1600 << Payments { { 100, 99999998 } } << 730
-        << Periods { { 99999999, 100 }, { 1, 630 } } << -1;
+        << due << 99999999 << 1600 << Payments { { 100, 99999998 } } << 730 << 730 << 4383562;
 }
 
 void TestInterestOnArrears::interest()
@@ -177,8 +160,6 @@ void TestInterestOnArrears::interest()
     QFETCH(int, rate);
     QFETCH(Payments, payments);
     QFETCH(int, today);
-    QFETCH(Periods, periods);
-    QFETCH(int, cents);
 
     m_model->setToday(dueDate.addDays(today));
     setCurrent(42, 7, dueDate, total, rate);
@@ -193,15 +174,10 @@ void TestInterestOnArrears::interest()
     InterestOnArrearsTableModel* table = m_model->interestTableModel();
     QCOMPARE(table->rowCount(), 1);
     const InterestOnArrearsRow* row = table->rowAt(0);
-    int days = 0;
-    for (const Period& period : periods)
-        days += period.days;
     QCOMPARE(row->invoiceNumber, 42);
     QCOMPARE(row->date, dueDate.addDays(-14));
-    QCOMPARE(row->days, days);
-    QCOMPARE(row->amount, interestOf(rate, periods));
-    if (cents >= 0)
-        QCOMPARE(row->amount, cents);
+    QTEST(row->days, "days");
+    QTEST(row->amount, "cents");
     QCOMPARE(table->customerId(), 7);
 }
 
@@ -247,8 +223,9 @@ void TestInterestOnArrears::rowsOnCurrentInvoice()
     rows->setText(0, QStringLiteral("Työ"));
     m_model->addInterestRows(&m_product);
     QCOMPARE(rows->rowCount(), 3);
-    const int first = interestOf(800, { { 10000, 30 } });
-    const int second = interestOf(800, { { 30000, 30 } });
+    // 65.75 and 197.26
+    const int first = 66;
+    const int second = 197;
     QList<QStringList> found;
     for (int row = 1; row < 3; ++row) {
         InvoiceItem item;

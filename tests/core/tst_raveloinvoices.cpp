@@ -15,7 +15,6 @@
 
 #include <QtTest>
 
-#include <cmath>
 #include <memory>
 
 namespace {
@@ -32,18 +31,6 @@ constexpr int vatRate = 2550;
 QString dataPath(const QString& name)
 {
     return qEnvironmentVariable("VEKLARI_TEST_DATA") + QStringLiteral("/ravelo/") + name;
-}
-
-// The hours of a row worked out on their own: rounded in minutes to the
-// step, then to 1/10000 hour.
-long long expectedQuantity(int minutes, int step, bool up)
-{
-    double rounded = minutes;
-    if (step > 0)
-        rounded
-            = (up ? std::ceil(minutes / double(step)) : std::floor(minutes / double(step) + 0.5))
-            * step;
-    return std::llround(rounded / 60.0 * 10000.0);
 }
 
 } // namespace
@@ -270,7 +257,7 @@ void TestRaveloInvoices::itemization()
         for (int i = 0; i < rows.size(); ++i) {
             const InvoiceItem& item = invoice.items.at(i);
             QCOMPARE(item.text, rows.at(i).first);
-            const long long hours = expectedQuantity(rows.at(i).second, step, up);
+            const long long hours = B::quantity(rows.at(i).second, step, up);
             QCOMPARE(item.quantity, hours);
             // Cents of the hourly price, the row with VAT in 1/10^8 cent, half
             // a cent up.
