@@ -54,6 +54,7 @@ private slots:
     void cleanup();
     void matching_data();
     void matching();
+    void paddedRfReference();
     void chooseCandidate();
     void unmatchedRowCannotBeTicked();
     void failureSavesNothing_data();
@@ -219,6 +220,21 @@ void TestPaymentImporter::matching()
     QCOMPARE(m_registry->settings()->property(SettingsKeys::irpBankAccount).toInt(), accountId);
     QVERIFY(importer.model()->firstPaymentId() > 0);
     QCOMPARE(importer.model()->lastPaymentId() - importer.model()->firstPaymentId(), ticked - 1);
+}
+
+// An RF reference is matched by its national part without the padding zeros.
+void TestPaymentImporter::paddedRfReference()
+{
+    const QString path = m_dir.filePath(QStringLiteral("rf-%1.csv").arg(m_counter));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(QStringLiteral("Kirjauspäivä\tMaksupäivä\tMäärä\tViite\n"
+                              "19.03.2025\t18.03.2025\t15.00\tRF61 0001 0032\n")
+                   .toUtf8());
+    file.close();
+    PaymentImporter importer(m_registry.get());
+    QVERIFY2(importer.readFile(path), qPrintable(importer.lastError()));
+    QCOMPARE(rows(importer.model()), QStringList({ "x|1003|Kallio; \"Ky\"|1500|" }));
 }
 
 void TestPaymentImporter::chooseCandidate()
