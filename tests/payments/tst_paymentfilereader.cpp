@@ -1,5 +1,6 @@
 #include "domain/logging.h"
 #include "logcapture.h"
+#include "payments/csv.h"
 #include "payments/easreader.h"
 #include "payments/irpreader.h"
 #include "payments/paymentfilereader.h"
@@ -85,6 +86,8 @@ private slots:
     void files();
     void badInput_data();
     void badInput();
+    void csvDelimiter_data();
+    void csvDelimiter();
     void csvDate_data();
     void csvDate();
     void csvReference_data();
@@ -277,6 +280,22 @@ void TestPaymentFileReader::badInput()
         QVERIFY2(!warnings.isEmpty() && warnings.first().startsWith(logged),
             qPrintable(warnings.join(QLatin1Char('\n'))));
     }
+}
+
+void TestPaymentFileReader::csvDelimiter_data()
+{
+    QTest::addColumn<QString>("header");
+    QTest::addColumn<QChar>("delimiter");
+
+    QTest::newRow("the first one seen") << "Päivä;Määrä,Viite\tx" << QChar(';');
+    QTest::newRow("one in quotes is text") << "\"Määrä, euroa\"\tViite" << QChar('\t');
+    QTest::newRow("none") << "Viite" << QChar(',');
+}
+
+void TestPaymentFileReader::csvDelimiter()
+{
+    QFETCH(QString, header);
+    QTEST(CSV::guessDelimiter(header), "delimiter");
 }
 
 void TestPaymentFileReader::csvDate_data()
