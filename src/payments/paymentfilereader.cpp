@@ -14,6 +14,8 @@
 #include <QTextStream>
 #include <QXmlStreamReader>
 
+#include <limits>
+
 namespace {
 
 constexpr qint64 sampleLength = 200;
@@ -89,12 +91,19 @@ void PaymentFileReader::deliver(
 
 bool PaymentFileReader::readFile(QFile& file)
 {
+    const QFileInfo info(file);
+    return read(file, info.fileName(), info.lastModified());
+}
+
+bool PaymentFileReader::read(QIODevice& file, const QString& fileName, const QDateTime& modified)
+{
     resetPayment();
     m_lastError.clear();
     m_timestamp.clear();
     m_iban.clear();
     m_bban.clear();
-    m_fileName = QFileInfo(file).fileName();
+    m_fileName = fileName;
+    m_modified = modified;
 
     QByteArray sample = file.peek(sampleLength);
     if (sample.startsWith(utf8Bom))
@@ -116,7 +125,7 @@ bool PaymentFileReader::readFile(QFile& file)
     return ok;
 }
 
-bool PaymentFileReader::readIRPFile(QFile& file)
+bool PaymentFileReader::readIRPFile(QIODevice& file)
 {
     IRPReader reader(&file);
     while (reader.readRecord()) {
@@ -141,7 +150,7 @@ bool PaymentFileReader::readIRPFile(QFile& file)
     return true;
 }
 
-bool PaymentFileReader::readEASFile(QFile& file)
+bool PaymentFileReader::readEASFile(QIODevice& file)
 {
     EASReader reader(&file);
     if (!reader.readRecord() || reader.error()
@@ -175,7 +184,9 @@ bool PaymentFileReader::parseAmount(const QString& text, int* cents)
     number.replace(QLatin1Char(','), QLatin1Char('.'));
     DecimalFormat::ParseStatus status = DecimalFormat::ParseStatus::Invalid;
     const qint64 value = m_decimalFormat.parse(number, status);
-    if (status != DecimalFormat::ParseStatus::Ok) {
+    // Cents travel as int: a larger sum is an error, not a wrapped amount.
+    if (status != DecimalFormat::ParseStatus::Ok || value > std::numeric_limits<int>::max()
+        || value < -std::numeric_limits<int>::max()) {
         logLineError(FixedWidthLine::buildErrorMessage(tr("amount"), text));
         return false;
     }
@@ -183,7 +194,7 @@ bool PaymentFileReader::parseAmount(const QString& text, int* cents)
     return true;
 }
 
-bool PaymentFileReader::readXMLFile(QFile& file)
+bool PaymentFileReader::readXMLFile(QIODevice& file)
 {
     QXmlStreamReader xml(&file);
     while (!xml.atEnd()) {
@@ -368,14 +379,13 @@ QString PaymentFileReader::parseCSVReferenceNumber(const QString& text)
 }
 
 bool PaymentFileReader::readCSVFile(
-    QFile& file, const QString& header, QStringConverter::Encoding encoding)
+    QIODevice& file, const QString& header, QStringConverter::Encoding encoding)
 {
     QTextStream stream(&file);
     stream.setEncoding(encoding);
     CSV csv(&stream, CSV::guessDelimiter(header));
-    const QDateTime modified = QFileInfo(file).lastModified();
-    m_timestamp
-        = timestampFormat.arg(m_fileName, modified.toString(QStringLiteral("yyyy-MM-dd'T'HH:mm")));
+    m_timestamp = timestampFormat.arg(
+        m_fileName, m_modified.toString(QStringLiteral("yyyy-MM-dd'T'HH:mm")));
 
     int entryColumn = -1;
     int paymentColumn = -1;

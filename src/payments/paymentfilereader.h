@@ -4,12 +4,14 @@
 #include "domain/decimalformat.h"
 
 #include <QDate>
+#include <QDateTime>
 #include <QObject>
 #include <QString>
 #include <QStringConverter>
 
 class PaymentListener;
 class QFile;
+class QIODevice;
 class QXmlStreamReader;
 
 // Recognises a bank file by its first bytes and reads it: incoming reference
@@ -25,6 +27,9 @@ public:
     // False with lastError() when the format is unknown or the file broken;
     // single broken lines are only logged.
     bool readFile(QFile& file);
+    // The same over any device: fileName and modified identify the file for
+    // timestamp(), the statements without a creation time by modified.
+    bool read(QIODevice& device, const QString& fileName, const QDateTime& modified);
 
     QString lastError() const { return m_lastError; }
     // Identifies the file for the question of saving it twice.
@@ -51,10 +56,10 @@ private:
     };
 
     void resetPayment();
-    bool readIRPFile(QFile& file);
-    bool readEASFile(QFile& file);
-    bool readXMLFile(QFile& file);
-    bool readCSVFile(QFile& file, const QString& header, QStringConverter::Encoding encoding);
+    bool readIRPFile(QIODevice& file);
+    bool readEASFile(QIODevice& file);
+    bool readXMLFile(QIODevice& file);
+    bool readCSVFile(QIODevice& file, const QString& header, QStringConverter::Encoding encoding);
     void readNtryElement(QXmlStreamReader& xml);
     QDate readDtElement(QXmlStreamReader& xml);
     void readAcctElement(QXmlStreamReader& xml);
@@ -67,6 +72,7 @@ private:
     PaymentListener* m_listener;
     DecimalFormat m_decimalFormat;
     QString m_fileName;
+    QDateTime m_modified;
     QString m_lastError;
     QString m_timestamp;
     QString m_iban;

@@ -140,7 +140,7 @@ bool Query::execQuery()
 
 bool Query::fail()
 {
-    m_lastError = m_query.lastError().text();
+    m_lastError = SqlStatement::errorText(m_query.lastError());
     qCWarning(logDatabase).noquote() << "Tietokantavirhe:" << m_lastError;
     return false;
 }

@@ -2,6 +2,7 @@
 #include "domain/logging.h"
 #include "faultinjector.h"
 
+#include <QCoreApplication>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -28,7 +29,7 @@ bool SqlStatement::exec(QSqlQuery& query, const QString& sql, QString* error)
         [&](QString* text) {
             if (query.exec(sql))
                 return true;
-            *text = query.lastError().text();
+            *text = errorText(query.lastError());
             return false;
         },
         error);
@@ -41,7 +42,7 @@ bool SqlStatement::execPrepared(QSqlQuery& query, QString* error)
         [&](QString* text) {
             if (query.exec())
                 return true;
-            *text = query.lastError().text();
+            *text = errorText(query.lastError());
             return false;
         },
         error);
@@ -68,8 +69,27 @@ bool SqlStatement::transaction(QSqlDatabase& db, TransactionStep step, QString* 
                 : step == Commit            ? db.commit()
                                             : db.rollback();
             if (!done)
-                *text = db.lastError().text();
+                *text = errorText(db.lastError());
             return done;
         },
         error);
+}
+
+QString SqlStatement::errorText(const QSqlError& error)
+{
+    // SQLSTATE class 08 and the server shutting down (57P01..57P03); a
+    // connection that has just died gives no state, only libpq's words.
+    static const QLatin1String lostSigns[] = { QLatin1String("server closed the connection"),
+        QLatin1String("no connection to the server"),
+        QLatin1String("could not receive data from server"),
+        QLatin1String("could not send data to server") };
+    const QString state = error.nativeErrorCode();
+    bool lost = state.startsWith(QLatin1String("08")) || state == QLatin1String("57P01")
+        || state == QLatin1String("57P02") || state == QLatin1String("57P03");
+    for (const QLatin1String& sign : lostSigns)
+        lost = lost || error.text().contains(sign);
+    if (!lost)
+        return error.text();
+    return QCoreApplication::translate("SqlStatement", "Yhteys tietokantapalvelimeen katkesi: %1")
+        .arg(error.text());
 }

@@ -4,6 +4,7 @@
 #include <QString>
 
 class QSqlDatabase;
+class QSqlError;
 class QSqlQuery;
 
 // The one place where the storage room executes SQL. Each statement is first
@@ -25,6 +26,9 @@ public:
     // QSqlDatabase::transaction(), commit() or rollback() of the connection,
     // seen by FaultInjector as "BEGIN", "COMMIT" or "ROLLBACK".
     static bool transaction(QSqlDatabase& db, TransactionStep step, QString* error);
+    // The driver's text; a lost connection to the server says so first in
+    // the user's language, since the driver's words are English.
+    static QString errorText(const QSqlError& error);
 
     SqlStatement() = delete;
 

@@ -31,6 +31,8 @@ public:
 
     TestDatabase& database() { return m_db; }
     MainModel* model() const { return m_model.get(); }
+    Registry* registry() const { return m_registry.get(); }
+    int customerId() const { return m_customerId; }
     QString lastError() const { return m_lastError; }
 
     static const QDate today;

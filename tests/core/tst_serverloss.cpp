@@ -69,7 +69,7 @@ void TestServerLoss::serverStopsDuringSave()
         FaultInjector::beforeStatement(n, [&] { halted = cluster(QStringLiteral("halt")); });
     };
     sweep.expectedError
-        = [](int) { return QStringLiteral("server closed the connection unexpectedly"); };
+        = [](int) { return QStringLiteral("Yhteys tietokantapalvelimeen katkesi: server closed"); };
     sweep.afterFailure = [&] {
         MainModel* model = session->model();
         const int rows = model->invoiceItemTableModel()->rowCount();

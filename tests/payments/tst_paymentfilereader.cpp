@@ -234,6 +234,11 @@ void TestPaymentFileReader::badInput_data()
     QTest::newRow("csv + noise") << (fileStart(QStringLiteral("statement-tab.csv"), 2) + "\n"
         + noise) << true << QString()
                                  << 1 << QStringLiteral("warning: Virhe tiedostossa: Invalid ");
+    QTest::newRow("csv amount beyond 32 bits of cents")
+        << (fileStart(QStringLiteral("statement-tab.csv"), 1)
+               + "19.03.2025\t18.03.2025\t30000000.00\t10016\n")
+        << true << QString() << 0
+        << QStringLiteral("warning: Virhe tiedostossa: Invalid amount: 30000000.00");
     QTest::newRow("line of 1 MB")
         << (fileStart(QStringLiteral("reference-payments.txt"), 1) + QByteArray(1 << 20, '3') + "\n"
                + fileStart(QStringLiteral("reference-payments.txt"), 2).mid(92))

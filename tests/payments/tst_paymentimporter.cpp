@@ -4,6 +4,7 @@
 #include "domain/invoice.h"
 #include "domain/settings.h"
 #include "domain/settingskeys.h"
+#include "faultsweep.h"
 #include "payments/irptablemodel.h"
 #include "payments/paymentimporter.h"
 #include "storage/database.h"
@@ -59,10 +60,12 @@ private slots:
     void unmatchedRowCannotBeTicked();
     void failureSavesNothing_data();
     void failureSavesNothing();
+    void everyStatementFails();
     void duplicateFile();
     void unknownAccount();
 
 private:
+    bool openBusiness();
     bool createBusiness();
     QStringList balances();
     QStringList rows(const IRPTableModel* model) const;
@@ -80,13 +83,20 @@ void TestPaymentImporter::initTestCase()
 
 void TestPaymentImporter::init()
 {
+    QVERIFY2(openBusiness(), qPrintable(m_db->lastError()));
+}
+
+bool TestPaymentImporter::openBusiness()
+{
+    m_registry.reset();
     m_db = std::make_unique<TestDatabase>(VEKLARI_TEST_BACKEND);
-    QVERIFY2(m_db->open(), qPrintable(m_db->lastError()));
+    if (!m_db->open())
+        return false;
     m_registry = std::make_unique<Registry>();
     m_registry->loadSettings(m_dir.filePath(QStringLiteral("%1.ini").arg(++m_counter)));
     m_registry->setDatabase(m_db->database());
     m_registry->setConnected(true);
-    QVERIFY(createBusiness());
+    return createBusiness();
 }
 
 void TestPaymentImporter::cleanup()
@@ -312,6 +322,36 @@ void TestPaymentImporter::failureSavesNothing()
     // The rows are intact: saving again stores them once.
     QCOMPARE(importer.savePayments(-1), 4);
     QCOMPARE(balances().first(), QStringLiteral("1001|6450"));
+}
+
+// Each statement of the save fails in turn: the database stays as it was,
+// the message names the failure and the file is not remembered as saved.
+void TestPaymentImporter::everyStatementFails()
+{
+    std::unique_ptr<PaymentImporter> importer;
+    FaultSweep sweep;
+    sweep.setUp = [&] {
+        importer.reset();
+        if (!openBusiness())
+            return false;
+        importer = std::make_unique<PaymentImporter>(m_registry.get());
+        return importer->readFile(dataFile(QStringLiteral("reference-payments.txt")));
+    };
+    sweep.operation = [&](QString* error) {
+        const bool ok = importer->savePayments(m_registry->bankAccounts().first()->id) == 4;
+        *error = importer->lastError();
+        return ok;
+    };
+    sweep.dump = [&] { return m_db->dump(); };
+    sweep.afterFailure = [&] {
+        return importer->isDuplicate()
+                || m_registry->settings()->properties.contains(SettingsKeys::irpLastTimestamp)
+            ? QStringLiteral("the file is remembered as saved")
+            : QString();
+    };
+    QVERIFY2(sweep.run(), qPrintable(sweep.lastError()));
+    // BEGIN, a payment and a balance each, the remembered file, COMMIT.
+    QVERIFY2(sweep.statements().size() >= 11, qPrintable(sweep.statements().join('\n')));
 }
 
 void TestPaymentImporter::duplicateFile()
