@@ -35,7 +35,8 @@ shots() {
     # with the panel's Laske button; the panel stays open.
     shot interest-panel "ctrl+k ctrl+Prior $laske Next Next $laske Next $laske" 'Veklari$' ""
 }
-# Where the interest panel's Laske button is in the main window.
+# Where the interest panel's Laske button is in the main window of 1180x820
+# (below); it has no key of its own.
 laske=click:822,532
 # The first page of the invoice on screen as the built-in layout prints it.
 pages() {

@@ -145,7 +145,7 @@ bool fill(Query* query, Settings* settings, QList<Paid>* bankFile)
             0 },
         { 0, 3, InvoiceType::Invoice,
             { { 0, 75000, "Esitteen taitto ja kuvankäsittely" }, { 2, 30000, "Tuotekuvat" },
-                { 3, 500000, "" }, { -1, 0, "Toimitus sovitusti." } },
+                { 3, 500000, "" } },
             30, -10 },
     };
     const QDate today = QDate::currentDate();
@@ -166,8 +166,7 @@ bool fill(Query* query, Settings* settings, QList<Paid>* bankFile)
         Vat vat;
         for (const Row& row : sample.rows) {
             InvoiceItem item;
-            if (row.product >= 0)
-                products.at(row.product).toInvoiceItem(&item);
+            products.at(row.product).toInvoiceItem(&item);
             item.quantity = row.quantity;
             item.text = QString::fromUtf8(row.text);
             item.rowNumber = int(items.size());
