@@ -13,8 +13,9 @@ out=$root/docs/screenshots
 display=:${1:-99}
 
 # One line a screenshot: the file name, the keys that open the window (typed
-# in the main window, each word one xdotool key), the title of the window to
-# capture (an extended regular expression) and the keys that close it again.
+# in the main window, each word one xdotool key, or click:X,Y for a click at
+# that point of the window), the title of the window to capture (an extended
+# regular expression) and the keys that close it again.
 shots() {
     shot main-window "" 'Veklari$' ""
     shot settings-dialog "alt+a y" '^Asetukset$' "Escape"
@@ -22,10 +23,24 @@ shots() {
     shot print-preview "F9" '^Tulosteen esikatselu' "Escape"
     shot export-dialog "alt+t i" '^Vie laskut$' "Escape"
     shot customers-dialog "alt+a a" '^Asiakkaat$' "Escape"
+    shot email-settings "alt+a s" '^S.*hk.*postiasetukset$' "Escape"
+    # The sample company's bank file is the remembered one: the file dialog
+    # opens on it, and Return takes it.
+    shot payment-import "ctrl+i alt+t Return" '^Maksusuoritusten tuonti$' "Escape"
+    # The time entries are read from the remembered directory on opening.
+    shot ravelo-dialog "alt+t r" '^Ravelo-aineiston tuonti$' "Escape"
+    # Two customers chosen by hand; the sample company has a group too.
+    shot group-invoicing "ctrl+r alt+a End alt+v alt+a Home alt+v" '^Ryhm.*laskutus$' "Escape"
+    # The late invoices 1001, 1003 and 1004 of one customer, each counted
+    # with the panel's Laske button; the panel stays open.
+    shot interest-panel "ctrl+k ctrl+Prior $laske Next Next $laske Next $laske" 'Veklari$' ""
 }
+# Where the interest panel's Laske button is in the main window of 1180x820
+# (below); it has no key of its own.
+laske=click:822,532
 # The first page of the invoice on screen as the built-in layout prints it.
 pages() {
-    page invoice-page1 1004
+    page invoice-page1 1006
 }
 
 # The tools of this script, installed as scripts/install-deps.sh installs the build's.
@@ -98,7 +113,12 @@ press() {
     for key in $2; do
         # Time for a window that the last key opened to take the focus.
         sleep 1
-        xdotool key --clearmodifiers "$key"
+        if [[ $key == click:* ]]; then
+            key=${key#click:}
+            xdotool mousemove --window "$1" "${key%,*}" "${key#*,}" click 1
+        else
+            xdotool key --clearmodifiers "$key"
+        fi
     done
 }
 

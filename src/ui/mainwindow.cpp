@@ -37,8 +37,10 @@
 #include "ui/scripteditordialog.h"
 #include "ui/searchdialog.h"
 #include "ui/settingsdialog.h"
+#include "ui/shortcutpriorityfilter.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDockWidget>
@@ -75,6 +77,8 @@ MainWindow::MainWindow(Registry* registry, QWidget* parent)
     createInvoiceList();
     createInterestPanel();
     m_actions->createMenus(m_invoiceDock->toggleViewAction());
+    qApp->installEventFilter(
+        new ShortcutPriorityFilter(this, { m_actions->action("exportAction")->shortcut() }));
 
     m_positionLabel = new QLabel(this);
     m_positionLabel->setObjectName(QStringLiteral("positionLabel"));
