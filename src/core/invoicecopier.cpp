@@ -57,11 +57,6 @@ bool InvoiceCopier::createInvoices(const QList<int>& customerIds)
         query->invoiceItem(&item);
         items.append(item);
     }
-    if (!database->transaction()) {
-        m_lastError = database->lastError();
-        database->rollback();
-        return false;
-    }
 
     Invoice invoice;
     m_source.copy(&invoice);
@@ -76,72 +71,58 @@ bool InvoiceCopier::createInvoices(const QList<int>& customerIds)
     int firstNumber = -1;
     int lastNumber = -1;
     int count = 0;
-    bool ok = true;
-    for (const int customerId : customerIds) {
-        bool found = false;
-        const Customer* customer = m_registry->customerById(customerId, found);
-        if (customerId == m_source.customerId || !found || !customer)
-            continue;
-        invoice.customerId = customerId;
-        invoice.id = -1;
-        // Asked for every copy: the copies get consecutive numbers.
-        const int highest = query->maxInvoiceNumber();
-        if (highest < 0) {
-            ok = false;
-            break;
-        }
-        invoice.number = highest + 1;
-        invoice.referenceNumber = customer->referenceNumber;
-        if (invoice.referenceNumber.isEmpty())
-            invoice.referenceNumber = Invoice::appendCheckDigitToReferenceNumber(
-                helper.substituteVariables(referenceTemplate, &invoice, customer));
-        // The customer's terms when they give a due date, else the source's.
-        invoice.paymentTerms = m_source.paymentTerms;
-        invoice.dueDate = m_source.dueDate;
-        if (!customer->paymentTerms.isEmpty()) {
-            invoice.paymentTerms = customer->paymentTerms;
-            const QDate dueDate = invoice.calculateDueDate();
-            if (dueDate.isValid())
-                invoice.dueDate = dueDate;
-            else
-                invoice.paymentTerms = m_source.paymentTerms;
-        }
-        invoice.setPropertyIfNotEmpty(
-            noticeText1Key, helper.substituteVariables(noticeText1, &invoice, customer));
-        invoice.setPropertyIfNotEmpty(
-            noticeText2Key, helper.substituteVariables(noticeText2, &invoice, customer));
-        if (!query->saveInvoice(&invoice)) {
-            ok = false;
-            break;
-        }
-        if (firstId < 0) {
-            firstId = invoice.id;
-            firstNumber = invoice.number;
-        }
-        lastId = invoice.id;
-        lastNumber = invoice.number;
-        for (InvoiceItem item : qAsConst(items)) {
-            item.id = -1;
-            item.invoiceId = invoice.id;
-            if (!query->saveInvoiceItem(&item)) {
-                ok = false;
-                break;
+    const auto copyAll = [&] {
+        for (const int customerId : customerIds) {
+            bool found = false;
+            const Customer* customer = m_registry->customerById(customerId, found);
+            if (customerId == m_source.customerId || !found || !customer)
+                continue;
+            invoice.customerId = customerId;
+            invoice.id = -1;
+            // Asked for every copy: the copies get consecutive numbers.
+            const int highest = query->maxInvoiceNumber();
+            if (highest < 0)
+                return false;
+            invoice.number = highest + 1;
+            invoice.referenceNumber = customer->referenceNumber;
+            if (invoice.referenceNumber.isEmpty())
+                invoice.referenceNumber = Invoice::appendCheckDigitToReferenceNumber(
+                    helper.substituteVariables(referenceTemplate, &invoice, customer));
+            // The customer's terms when they give a due date, else the source's.
+            invoice.paymentTerms = m_source.paymentTerms;
+            invoice.dueDate = m_source.dueDate;
+            if (!customer->paymentTerms.isEmpty()) {
+                invoice.paymentTerms = customer->paymentTerms;
+                const QDate dueDate = invoice.calculateDueDate();
+                if (dueDate.isValid())
+                    invoice.dueDate = dueDate;
+                else
+                    invoice.paymentTerms = m_source.paymentTerms;
             }
+            invoice.setPropertyIfNotEmpty(
+                noticeText1Key, helper.substituteVariables(noticeText1, &invoice, customer));
+            invoice.setPropertyIfNotEmpty(
+                noticeText2Key, helper.substituteVariables(noticeText2, &invoice, customer));
+            if (!query->saveInvoice(&invoice))
+                return false;
+            if (firstId < 0) {
+                firstId = invoice.id;
+                firstNumber = invoice.number;
+            }
+            lastId = invoice.id;
+            lastNumber = invoice.number;
+            for (InvoiceItem item : qAsConst(items)) {
+                item.id = -1;
+                item.invoiceId = invoice.id;
+                if (!query->saveInvoiceItem(&item))
+                    return false;
+            }
+            ++count;
         }
-        if (!ok)
-            break;
-        ++count;
-    }
-    if (!ok) {
-        m_lastError = query->lastError();
-        database->rollback();
+        return true;
+    };
+    if (!database->runTransaction(copyAll, query.get(), &m_lastError))
         return false;
-    }
-    if (!database->commit()) {
-        m_lastError = database->lastError();
-        database->rollback();
-        return false;
-    }
     m_createdCount = count;
     if (firstId > 0 && lastId > 0 && firstId <= lastId) {
         settings->setProperty(SettingsKeys::copyFirstId, firstId);
@@ -184,21 +165,10 @@ bool InvoiceCopier::undoCopy()
                                     .arg(record.firstId)
                                     .arg(record.lastId);
     std::unique_ptr<Query> query(database->query());
-    if (!database->transaction()) {
-        m_lastError = database->lastError();
-        database->rollback();
+    const auto deleteCopies
+        = [&] { return query->deleteInvoiceRange(record.firstId, record.lastId); };
+    if (!database->runTransaction(deleteCopies, query.get(), &m_lastError))
         return false;
-    }
-    if (!query->deleteInvoiceRange(record.firstId, record.lastId)) {
-        m_lastError = query->lastError();
-        database->rollback();
-        return false;
-    }
-    if (!database->commit()) {
-        m_lastError = database->lastError();
-        database->rollback();
-        return false;
-    }
     // Empty ids disable undo until the next run.
     Settings* settings = m_registry->settings();
     settings->setProperty(SettingsKeys::copyFirstId, QString());

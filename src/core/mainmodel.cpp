@@ -326,23 +326,7 @@ void MainModel::setInvoiceNumber(int number)
 
 bool MainModel::runInTransaction(Query* query, const std::function<bool()>& work)
 {
-    Database* database = m_registry->database();
-    if (!database->transaction()) {
-        m_lastError = database->lastError();
-        database->rollback();
-        return false;
-    }
-    if (!work()) {
-        m_lastError = query->lastError();
-        database->rollback();
-        return false;
-    }
-    if (!database->commit()) {
-        m_lastError = database->lastError();
-        database->rollback();
-        return false;
-    }
-    return true;
+    return m_registry->database()->runTransaction(work, query, &m_lastError);
 }
 
 bool MainModel::saveInvoice()

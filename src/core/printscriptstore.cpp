@@ -61,14 +61,12 @@ bool PrintScriptStore::inTransaction(Work work)
     }
     const QVariant previousDefault = settings->property(SettingsKeys::invoiceScript);
     std::unique_ptr<Query> query(database->query());
-    m_lastError.clear();
-    if (database->transaction() && work(query.get(), settings) && database->commit()) {
+    const auto store = [&] { return work(query.get(), settings); };
+    if (database->runTransaction(store, query.get(), &m_lastError)) {
         std::unique_ptr<Query> listQuery(database->query());
         m_registry->fetchPrintScripts(listQuery.get());
         return true;
     }
-    m_lastError = query->lastError().isEmpty() ? database->lastError() : query->lastError();
-    database->rollback();
     if (previousDefault.isValid())
         settings->setProperty(SettingsKeys::invoiceScript, previousDefault);
     else

@@ -220,11 +220,6 @@ bool RaveloInvoiceBuilder::save(const QDate& date, Settings* settings)
         return false;
     }
     std::unique_ptr<Query> query(database->query());
-    if (!database->transaction()) {
-        m_lastError = database->lastError();
-        database->rollback();
-        return false;
-    }
     QList<int> numbers;
     auto saveAll = [&]() {
         for (const PlannedInvoice& planned : qAsConst(m_invoices)) {
@@ -257,17 +252,8 @@ bool RaveloInvoiceBuilder::save(const QDate& date, Settings* settings)
         }
         return !settings || query->updateSettings(settings);
     };
-    if (!saveAll()) {
-        if (m_lastError.isEmpty())
-            m_lastError = query->lastError();
-        database->rollback();
+    if (!database->runTransaction(saveAll, query.get(), &m_lastError))
         return false;
-    }
-    if (!database->commit()) {
-        m_lastError = database->lastError();
-        database->rollback();
-        return false;
-    }
     m_savedNumbers = numbers;
     return true;
 }

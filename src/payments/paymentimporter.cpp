@@ -209,12 +209,7 @@ void PaymentImporter::paymentRead()
 
 int PaymentImporter::savePayments(int bankAccountId)
 {
-    m_lastError.clear();
     Database* database = m_registry->database();
-    if (!database->transaction()) {
-        m_lastError = database->lastError();
-        return -1;
-    }
     std::unique_ptr<Query> query(database->query());
     Settings* settings = m_registry->settings();
     const QVariant oldTimestamp = settings->property(SettingsKeys::irpLastTimestamp);
@@ -230,24 +225,25 @@ int PaymentImporter::savePayments(int bankAccountId)
         }
     };
 
-    const int count = m_model->savePayments(query.get(), bankAccountId);
-    bool ok = count >= 0;
-    if (!ok)
-        m_lastError = m_model->lastError();
-    if (ok && count > 0) {
+    int count = -1;
+    bool started = false;
+    const auto save = [&] {
+        started = true;
+        count = m_model->savePayments(query.get(), bankAccountId);
+        if (count < 0) {
+            m_lastError = m_model->lastError();
+            return false;
+        }
+        if (count == 0)
+            return true;
         settings->setProperty(SettingsKeys::irpLastTimestamp, m_reader.timestamp());
         settings->setProperty(SettingsKeys::irpBankAccount, bankAccountId);
-        ok = query->updateSettings(settings);
-        if (!ok)
-            m_lastError = query->lastError();
-    }
-    if (ok && !database->commit()) {
-        ok = false;
-        m_lastError = database->lastError();
-    }
-    if (!ok) {
-        database->rollback();
-        restore();
+        return query->updateSettings(settings);
+    };
+    if (!database->runTransaction(save, query.get(), &m_lastError)) {
+        // Nothing to put back when the transaction did not even start.
+        if (started)
+            restore();
         return -1;
     }
     return count;

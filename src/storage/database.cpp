@@ -77,6 +77,28 @@ bool Database::rollback()
     return transactionStep("Peruutetaan tietokantatapahtuma", SqlStatement::Rollback);
 }
 
+bool Database::runTransaction(const std::function<bool()>& work, const Query* query, QString* error)
+{
+    error->clear();
+    if (!transaction()) {
+        *error = lastError();
+        rollback();
+        return false;
+    }
+    if (!work()) {
+        if (error->isEmpty())
+            *error = query && !query->lastError().isEmpty() ? query->lastError() : lastError();
+        rollback();
+        return false;
+    }
+    if (!commit()) {
+        *error = lastError();
+        rollback();
+        return false;
+    }
+    return true;
+}
+
 QString Database::lastError()
 {
     // Only our own text: the connection keeps the error of an attempt that

@@ -6,6 +6,8 @@
 #include <QSqlQuery>
 #include <QString>
 
+#include <functional>
+
 #include "sqlstatement.h"
 
 class QSettings;
@@ -41,6 +43,10 @@ public slots:
     bool transaction();
     bool commit();
     bool rollback();
+    // Runs work between a transaction's start and its commit, and rolls back
+    // when a step fails. On failure error holds the reason: what work put
+    // there itself, else the query's last error, else the failed step's.
+    bool runTransaction(const std::function<bool()>& work, const Query* query, QString* error);
     // The text of the last failure; empty after a successful open(),
     // statement or transaction step.
     QString lastError();
