@@ -10,6 +10,7 @@
 #include "print/invoiceprintmodel.h"
 #include "print/printscriptengine.h"
 #include "print/scripthelper.h"
+#include "standinprogram.h"
 #include "util/scriptloader.h"
 
 #include <QSettings>
@@ -174,29 +175,12 @@ QString TestEmailHelper::standIn(const QString& name, const QString& path)
 {
     const QString program = path.isEmpty() ? m_dir.filePath(name) : path;
     const QString record = m_dir.filePath(name + QStringLiteral(".args"));
-    QFile::remove(record);
-    QFile file(program);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return QString();
-    // Written aside and moved, so that the test never reads half a record.
-    file.write(QStringLiteral("#!/bin/sh\nprintf '%s\\0' \"$@\" > '%1.part' && mv '%1.part' '%1'\n")
-                   .arg(record)
-                   .toUtf8());
-    file.close();
-    file.setPermissions(file.permissions() | QFile::ExeOwner);
-    return program;
+    return StandInProgram::write(program, record) ? program : QString();
 }
 
 QStringList TestEmailHelper::recordedArguments(const QString& name)
 {
-    QFile file(m_dir.filePath(name + QStringLiteral(".args")));
-    // The program runs on its own after the start; wait for its record.
-    if (!QTest::qWaitFor([&file] { return file.exists(); }, 20000)
-        || !file.open(QIODevice::ReadOnly))
-        return { QStringLiteral("(no record)") };
-    QStringList arguments = QString::fromUtf8(file.readAll()).split(QChar(0));
-    arguments.removeLast();
-    return arguments;
+    return StandInProgram::recorded(m_dir.filePath(name + QStringLiteral(".args")));
 }
 
 void TestEmailHelper::configure(const QString& app, const QString& path, const QString& args)

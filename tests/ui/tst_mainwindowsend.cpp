@@ -3,6 +3,7 @@
 #include "domain/customer.h"
 #include "domain/invoice.h"
 #include "export/emailsettings.h"
+#include "standinprogram.h"
 #include "storage/database.h"
 #include "storage/query.h"
 #include "tst_mainwindowfixture.h"
@@ -77,28 +78,14 @@ void TestMainWindowSend::cleanupTestCase()
 QString TestMainWindowSend::standIn()
 {
     const QString program = m_dir.filePath(QStringLiteral("mailer"));
-    const QString record = m_dir.filePath(QStringLiteral("mailer.args"));
-    QFile::remove(record);
-    QFile file(program);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return QString();
-    file.write(QStringLiteral("#!/bin/sh\nprintf '%s\\0' \"$@\" > '%1.part' && mv '%1.part' '%1'\n")
-                   .arg(record)
-                   .toUtf8());
-    file.close();
-    file.setPermissions(file.permissions() | QFile::ExeOwner);
-    return program;
+    return StandInProgram::write(program, m_dir.filePath(QStringLiteral("mailer.args")))
+        ? program
+        : QString();
 }
 
 QStringList TestMainWindowSend::recorded()
 {
-    QFile file(m_dir.filePath(QStringLiteral("mailer.args")));
-    if (!QTest::qWaitFor([&file] { return file.exists(); }, 20000)
-        || !file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList arguments = QString::fromUtf8(file.readAll()).split(QChar(0));
-    arguments.removeLast();
-    return arguments;
+    return StandInProgram::recorded(m_dir.filePath(QStringLiteral("mailer.args")));
 }
 
 bool TestMainWindowSend::showInvoice(int number)
